@@ -1,0 +1,65 @@
+// The frame's Python names: the settings window entry and the test-only submodule.
+
+#include "frame/bindings.h"
+#include "frame/bridge_probe.h"
+#include "frame/guarded.h"
+#include "frame/qt_bridge.h"
+#include "frame/siblings.h"
+#include "frame/window_slots.h"
+
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+
+namespace cobaltrig {
+
+namespace py = pybind11;
+
+namespace {
+
+void bind_testing(py::module_& m) {
+    py::module_ testing = m.def_submodule("_testing", "Hooks for the module's own tests.");
+
+    py::class_<BridgeProbe, slots::WindowHolder<BridgeProbe>> probe(testing, "BridgeProbe");
+    probe.def(py::init<>())
+        .def("show", &QWidget::show)
+        .def("close", &QWidget::close)
+        .def("set_reaction", &BridgeProbe::set_reaction)
+        .def_property_readonly("widget", [](BridgeProbe& self) { return bridge::wrap(&self); });
+    bridge::def_widget(probe, "input_text", &BridgeProbe::input_text);
+    bridge::def_widget(probe, "push_apply", &BridgeProbe::push_apply);
+    bridge::def_widget(probe, "label_result", &BridgeProbe::label_result);
+
+    testing.def(
+        "unwrap_roundtrip",
+        [](py::object widget) { return bridge::wrap(bridge::unwrap(widget)); },
+        "The PySide2 object that the C++ side finds behind `widget`.");
+    testing.def(
+        "run_guarded",
+        [](py::object reaction) {
+            bool ran = false;
+            guarded("_testing.run_guarded", [&] {
+                ran = true;
+                reaction();
+            });
+            return ran;
+        },
+        "Runs `reaction` the way a signal reaction runs; failures go to stderr.");
+    testing.def("throw_in_guard", [] {
+        guarded("_testing.throw_in_guard", [] { throw std::runtime_error("C++ failure in a slot"); });
+    });
+}
+
+} // namespace
+
+void bind_frame(py::module_& m) {
+    m.def(
+        "show_settings",
+        [](py::args) {
+            return slots::open_window("settingswindow", [] { return siblings::make_settings_window(); });
+        },
+        "Opens the settings window, replacing one that is open.");
+    bind_testing(m);
+}
+
+} // namespace cobaltrig

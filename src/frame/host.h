@@ -1,0 +1,182 @@
+#pragma once
+// Typed C++ view of the compositing host's scripting modules `nuke` and `nukescripts`.
+//
+// Subsystem code talks to the host only through this facade. Every operation is looked up on its
+// module at the moment it is called, so a replaced `nuke.Panel` or a monkeypatched function takes
+// effect, and a later host version that moves things around needs changes here only.
+//
+// Handles are thin: a Node or a Knob holds the host's Python object and nothing else. A node that the
+// host deletes leaves a dead handle, and any call on it fails with the host's own error.
+
+#include <pybind11/pybind11.h>
+
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace cobaltrig::host {
+
+namespace py = pybind11;
+
+/// The host module `nuke`, looked up in sys.modules at call time.
+py::module_ nuke();
+/// The host module `nukescripts`.
+py::module_ nukescripts();
+
+class Node;
+
+class Knob {
+public:
+    explicit Knob(py::object obj) : obj_(std::move(obj)) {}
+
+    std::string name() const;
+    std::string label() const;
+    void setLabel(const std::string& label);
+    std::string tooltip() const;
+    void setTooltip(const std::string& text);
+    void setVisible(bool visible);
+    /// The knob's value as the host gives it (`value()`).
+    py::object value() const;
+    /// `getValue()`: for enumerations and most numeric knobs the number behind the value.
+    py::object getValue() const;
+    /// `value()` converted to text with Python's str().
+    std::string valueText() const;
+    void setValue(const py::object& value);
+    void setValue(const std::string& value);
+    /// Script knobs: the command text run when the button is pressed.
+    std::string command() const;
+    void setCommand(const std::string& command);
+    /// Script knobs: runs the command as if the button was pressed.
+    void execute();
+    std::optional<Node> node() const;
+    std::string Class() const;
+
+    const py::object& object() const { return obj_; }
+
+private:
+    py::object obj_;
+};
+
+class Node {
+public:
+    explicit Node(py::object obj) : obj_(std::move(obj)) {}
+
+    std::string Class() const;
+    std::string name() const;
+    void setName(const std::string& name, bool uncollide = true);
+    std::string fullName() const;
+
+    /// `knobs().items()` in the host's order: a snapshot, so knobs may be removed while walking it.
+    std::vector<std::pair<std::string, Knob>> knobs() const;
+    /// The knob of that name, or nothing.
+    std::optional<Knob> knob(const std::string& name) const;
+    /// `node[name]`: fails with the host's error when the knob is missing.
+    Knob operator[](const std::string& name) const;
+    void addKnob(const Knob& knob);
+    void removeKnob(const Knob& knob);
+
+    void selectOnly();
+    void setSelected(bool selected);
+    bool isSelected() const;
+
+    int xpos() const;
+    int ypos() const;
+    void setXYpos(int x, int y);
+    int screenWidth() const;
+    int screenHeight() const;
+
+    bool shown() const;
+    void showControlPanel();
+    void hideControlPanel();
+
+    int inputs() const;
+    std::optional<Node> input(int index) const;
+    void setInput(int index, const std::optional<Node>& node);
+    /// Upstream nodes, without gaps.
+    std::vector<Node> dependencies() const;
+    /// Downstream nodes.
+    std::vector<Node> dependent() const;
+
+    /// Group nodes only: the nodes inside.
+    std::vector<Node> nodes() const;
+
+    const py::object& object() const { return obj_; }
+    bool is(const Node& other) const { return obj_.is(other.obj_); }
+
+private:
+    py::object obj_;
+};
+
+/// Enters a group node's context for the life of the object and leaves it on every path out,
+/// failures included.
+class GroupContext {
+public:
+    explicit GroupContext(const Node& group);
+    ~GroupContext();
+    GroupContext(const GroupContext&) = delete;
+    GroupContext& operator=(const GroupContext&) = delete;
+
+private:
+    Node group_;
+};
+
+// --- finding ---
+std::vector<Node> selectedNodes();
+/// All nodes of the current context, optionally of one class.
+std::vector<Node> allNodes(const std::optional<std::string>& filter = std::nullopt);
+std::optional<Node> toNode(const std::string& name);
+std::optional<Node> thisNode();
+Node root();
+int frame();
+
+// --- making and removing ---
+Node createNode(const std::string& node_class, bool inpanel = false);
+/// `nuke.nodes.<Class>(**knobs)`: an unconnected node, selection untouched.
+Node makeNode(const std::string& node_class, const py::dict& knobs = py::dict());
+Node makeGroup(bool show = false);
+void deleteNode(const Node& node);
+
+// --- copying ---
+bool nodeCopy(const std::string& path);
+Node nodePaste(const std::string& path);
+bool scriptSave(const std::string& path);
+std::string cut_paste_file();
+void clear_selection_recursive();
+
+// --- rendering ---
+void execute(const Node& write, int first, int last);
+
+// --- knobs ---
+Knob Tab_Knob(const std::string& name, const std::string& label);
+Knob Text_Knob(const std::string& name, const std::string& label);
+Knob PyScript_Knob(const std::string& name, const std::string& label);
+Knob PythonKnob(const std::string& name);
+
+// --- viewer ---
+/// The node of the active viewer window, or nothing when the host has no viewer.
+std::optional<Node> activeViewerNode();
+/// The active input of the active viewer, or nothing.
+std::optional<int> activeViewerInput();
+
+// --- dialogs ---
+void message(const std::string& text);
+
+/// A host panel (`nuke.Panel`), modal while shown.
+class Panel {
+public:
+    explicit Panel(const std::string& title);
+    void addEnumerationPulldown(const std::string& name, const std::string& items);
+    /// True when the user confirmed the panel.
+    bool show();
+    /// The chosen value of a field, or nothing.
+    std::optional<std::string> value(const std::string& name) const;
+
+private:
+    py::object obj_;
+};
+
+/// The host's major version number.
+int versionMajor();
+
+} // namespace cobaltrig::host

@@ -1,0 +1,33 @@
+#pragma once
+// Hands Qt objects made in C++ to Python as real PySide2 objects, and back.
+//
+// A window's child widgets are reached from Python (the host, the sibling modules, tests) exactly as
+// if the window had been written with PySide2: `window.combo_pool.setCurrentIndex(3)` works. The
+// wrappers never own the C++ object; Qt parentage and the window slots do.
+
+#include <pybind11/pybind11.h>
+
+class QObject;
+class QWidget;
+
+namespace cobaltrig::bridge {
+
+namespace py = pybind11;
+
+/// The PySide2 object for `object`, typed as the most derived Qt class that PySide2 knows;
+/// None for a null pointer.
+py::object wrap(QObject* object);
+
+/// The C++ object behind a PySide2 object; nullptr for None.
+QObject* unwrap(const py::handle& pyside_object);
+
+/// The widget behind a PySide2 widget, or nullptr when it is None or not a widget.
+QWidget* unwrapWidget(const py::handle& pyside_object);
+
+/// Binds a read-only attribute `name` that gives the PySide2 object of a widget member.
+template <class Window, class Class, class Member>
+void def_widget(Class& cls, const char* name, Member* Window::*member) {
+    cls.def_property_readonly(name, [member](Window& self) { return wrap(self.*member); });
+}
+
+} // namespace cobaltrig::bridge

@@ -1,0 +1,62 @@
+"""Widgets made in C++ reach Python as PySide2 objects, and failing reactions stay contained."""
+
+import pytest
+from PySide2 import QtCore, QtWidgets
+
+
+@pytest.fixture
+def probe(rig, qtbot):
+    window = rig._testing.BridgeProbe()
+    qtbot.addWidget(window.widget)
+    window.show()
+    return window
+
+
+def test_child_widgets_are_pyside_objects_that_drive_the_cpp_window(probe, qtbot):
+    assert isinstance(probe.input_text, QtWidgets.QLineEdit)
+    assert isinstance(probe.push_apply, QtWidgets.QPushButton)
+    assert isinstance(probe.widget, QtWidgets.QWidget)
+    assert probe.input_text.parent() is not None
+
+    qtbot.keyClicks(probe.input_text, "grade look")
+    qtbot.mouseClick(probe.push_apply, QtCore.Qt.LeftButton)
+    assert probe.label_result.text() == "grade look"
+
+
+def test_pyside_objects_round_trip_to_the_same_cpp_object(rig, probe):
+    assert rig._testing.unwrap_roundtrip(probe.input_text) is probe.input_text
+    assert rig._testing.unwrap_roundtrip(None) is None
+
+
+def test_a_failing_reaction_reports_to_the_console_and_the_window_lives_on(probe, qtbot, capsys):
+    seen = []
+
+    def reaction(text):
+        seen.append(text)
+        if len(seen) == 1:
+            raise ValueError("look store failed")
+
+    probe.set_reaction(reaction)
+    qtbot.keyClicks(probe.input_text, "a")
+    qtbot.mouseClick(probe.push_apply, QtCore.Qt.LeftButton)
+    err = capsys.readouterr().err
+    assert "BridgeProbe.apply failed" in err
+    assert "Traceback" in err and "ValueError: look store failed" in err
+
+    qtbot.keyClicks(probe.input_text, "b")
+    qtbot.mouseClick(probe.push_apply, QtCore.Qt.LeftButton)
+    assert seen == ["a", "ab"]
+    assert probe.label_result.text() == "ab"
+
+
+def test_a_cpp_exception_in_a_slot_is_reported_not_thrown(rig, capsys):
+    rig._testing.throw_in_guard()
+    assert "C++ failure in a slot" in capsys.readouterr().err
+
+
+def test_a_guarded_python_failure_does_not_escape(rig, capsys):
+    def fail():
+        raise KeyError("pools")
+
+    assert rig._testing.run_guarded(fail) is True
+    assert "KeyError" in capsys.readouterr().err

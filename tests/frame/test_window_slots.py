@@ -1,0 +1,47 @@
+"""The opening pattern shared by every window entry, shown on the settings window."""
+
+import pytest
+
+
+def test_show_settings_replaces_the_open_window(rig, qtbot):
+    rig.__dict__.pop("settingswindow", None)
+
+    first = rig.show_settings()
+    assert rig.settingswindow is first and first.isVisible()
+
+    second = rig.show_settings("extra signal value")
+    assert rig.settingswindow is second
+    assert second is not first
+    assert not first.isVisible() and second.isVisible()
+    second.close()
+
+
+@pytest.mark.parametrize("old", [
+    "broken close",   # the old window fails to close
+    "no close",       # the slot holds something that is no window at all
+])
+def test_failures_of_the_old_window_are_swallowed(rig, monkeypatch, capsys, old):
+    class Broken:
+        def close(self):
+            raise RuntimeError("already deleted")
+
+    monkeypatch.setattr(rig, "settingswindow", Broken() if old == "broken close" else 42,
+                        raising=False)
+    window = rig.show_settings()
+    assert rig.settingswindow is window
+    assert capsys.readouterr().err == ""
+    window.close()
+
+
+def test_failed_construction_propagates_and_leaves_the_slot_unset(rig, monkeypatch):
+    from cobaltRig import settings
+
+    rig.show_settings().close()
+
+    def refuse():
+        raise RuntimeError("cannot build")
+
+    monkeypatch.setattr(settings, "Settings", refuse)
+    with pytest.raises(RuntimeError, match="cannot build"):
+        rig.show_settings()
+    assert not hasattr(rig, "settingswindow")

@@ -1,0 +1,162 @@
+"""The look tab and its buttons on a node, and taking them off again."""
+
+import pytest
+
+from cobaltRig import helper
+
+WIDGETS = ["looks", "look_uid", "look_new", "look_update", "look_delete", "preset_import",
+           "preset_export", "look_divider", "look_knob_values"]
+
+COMMANDS = {
+    "look_new": "import cobaltRig.osl as lk;lk.set_look(nuke.thisNode())",
+    "look_update": "import cobaltRig.osl as lk;lk.update_preset()",
+    "look_delete": "import cobaltRig.osl as lk;lk.delete_preset()",
+    "preset_import": "import cobaltRig.osl as lk;lk.import_preset()",
+    "preset_export": "import cobaltRig.osl as lk;lk.export_preset(nuke.thisNode())",
+}
+
+ICON_LABELS = {
+    "look_new": "<img src='look_star.png' /> new",
+    "look_update": "<img src='look_update.png' /> update",
+    "look_delete": "<img src='look_delete.png' /> delete",
+    "preset_import": "<img src='look_import.png' /> import",
+    "preset_export": "<img src='look_export.png' /> export",
+}
+
+
+def knob_names(node):
+    return [k.name() for k in node.allKnobs()]
+
+
+def look_part(node):
+    names = knob_names(node)
+    return names[names.index("looks"):] if "looks" in names else []
+
+
+@pytest.fixture
+def blur(nuke):
+    return nuke.createNode("Blur", inpanel=False)
+
+
+@pytest.mark.parametrize("setting, icons", [("True", True), ("true", False), ("", False),
+                                            ("False", False)])
+def test_widgets_in_order_with_labels_commands_and_hidden_knobs(rig, blur, setting, icons):
+    helper.update_xml("look_icons", setting)
+    rig.create_looks_widgets(blur)
+
+    assert look_part(blur) == WIDGETS
+    assert blur["looks"].Class() == "Tab_Knob" and blur["looks"].label() == "looks"
+    for name, command in COMMANDS.items():
+        knob = blur[name]
+        assert knob.Class() == "PyScript_Knob"
+        assert knob.command() == command
+        expected = ICON_LABELS[name] if icons else ICON_LABELS[name].split("> ")[1]
+        assert knob.label() == expected
+    assert not blur["look_uid"].visible() and not blur["look_knob_values"].visible()
+    assert blur["look_divider"].visible() and blur["look_divider"].label() == ""
+    assert blur["look_uid"].label() and "'" not in blur["look_uid"].label()
+    assert blur["look_knob_values"].Class() == "PythonKnob"
+
+
+@pytest.mark.parametrize("node_class, refused", [
+    ("Viewer", True), ("Preferecnes", True),
+    ("viewer", False), ("Preferences", False), ("Viewer2", False),
+])
+def test_refused_classes_are_compared_as_exact_text(rig, blur, monkeypatch, node_class, refused):
+    monkeypatch.setattr(type(blur), "Class", lambda self: node_class)
+    rig.create_looks_widgets(blur)
+    assert (look_part(blur) == []) == refused
+
+
+def test_a_real_viewer_gets_no_look_tab(rig, nuke):
+    viewer = nuke.createNode("Viewer", inpanel=False)
+    rig.create_looks_widgets(viewer)
+    assert "looks" not in knob_names(viewer)
+
+
+def test_an_existing_looks_tab_is_left_as_it_is(rig, nuke, blur, host):
+    blur.addKnob(nuke.Tab_Knob("looks", "my own looks"))
+    rig.create_looks_widgets(blur)
+    assert look_part(blur) == ["looks"]
+
+    rig.create_looks_widgets(blur)
+    assert host.messages == []
+
+
+def test_a_tab_that_lost_its_buttons_does_not_get_them_back(rig, blur):
+    rig.create_looks_widgets(blur)
+    blur.removeKnob(blur["look_update"])
+    rig.create_looks_widgets(blur)
+    assert "look_update" not in knob_names(blur)
+    assert look_part(blur) == [w for w in WIDGETS if w != "look_update"]
+
+
+def test_a_failing_host_adds_nothing_and_reports_nothing(rig, nuke, blur, monkeypatch, capsys,
+                                                         host):
+    def refuse(*args, **kwargs):
+        raise RuntimeError("knob refused")
+
+    monkeypatch.setattr(nuke, "PythonKnob", refuse)
+    rig.create_looks_widgets(blur)
+    assert look_part(blur) == []
+    assert host.messages == [] and capsys.readouterr().err == ""
+
+
+def test_look_knobs_are_found_by_containment(rig, nuke, blur):
+    rig.create_looks_widgets(blur)
+    for name in ("look_preset_1", "look_preset_10", "my_look_preset_x"):
+        blur.addKnob(nuke.PyScript_Knob(name, name))
+    blur.addKnob(nuke.PyScript_Knob("look_presets", "not a look"))
+
+    assert sorted(k.name() for k in rig.get_preset_knobs(blur)) == [
+        "look_preset_1", "look_preset_10", "my_look_preset_x"]
+    rig.remove_preset_knobs(blur)
+    assert rig.get_preset_knobs(blur) == []
+    assert "look_presets" in knob_names(blur)
+    assert look_part(blur)[:len(WIDGETS)] == WIDGETS
+
+
+def test_deleting_looks_of_the_selection_takes_everything_off(rig, nuke, host):
+    nodes = [nuke.createNode(cls, inpanel=False) for cls in ("Blur", "Grade", "Transform")]
+    for node in nodes:
+        rig.create_looks_widgets(node)
+        node.addKnob(nuke.PyScript_Knob("look_preset_1", "1"))
+    standard = {node.name(): set(knob_names(node)) - set(WIDGETS) - {"look_preset_1"}
+                for node in nodes}
+    old_uid = nodes[0]["look_uid"].label()
+    kept = nodes[2]
+    for node in nodes:
+        node.setSelected(node is not kept)
+
+    rig.delete_selected_nodes_looks()
+
+    for node in nodes[:2]:
+        assert set(knob_names(node)) == standard[node.name()]
+    assert look_part(kept)[:len(WIDGETS)] == WIDGETS
+
+    rig.create_looks_widgets(nodes[0])
+    assert look_part(nodes[0]) == WIDGETS
+    assert nodes[0]["look_uid"].label() != old_uid
+
+
+def test_deleting_looks_with_nothing_selected_does_nothing(rig, blur, nuke):
+    rig.create_looks_widgets(blur)
+    blur.setSelected(False)
+    rig.delete_selected_nodes_looks()
+    assert look_part(blur) == WIDGETS
+
+
+@pytest.mark.parametrize("button, operation, args", [
+    ("look_new", "set_look", "node"),
+    ("look_update", "update_preset", ""),
+    ("look_delete", "delete_preset", ""),
+    ("preset_import", "import_preset", ""),
+    ("preset_export", "export_preset", "node"),
+])
+def test_pressing_a_button_reaches_the_module_through_osl(rig, blur, monkeypatch, button,
+                                                          operation, args):
+    calls = []
+    monkeypatch.setattr(rig, operation, lambda *a: calls.append(a), raising=False)
+    rig.create_looks_widgets(blur)
+    blur[button].execute()
+    assert calls == [((blur,) if args == "node" else ())]
