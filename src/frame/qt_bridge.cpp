@@ -48,4 +48,11 @@ QWidget* unwrapWidget(const py::handle& pyside_object) {
     return object && object->isWidgetType() ? static_cast<QWidget*>(object) : nullptr;
 }
 
+QTreeWidgetItem* unwrapTreeItem(const py::handle& pyside_item) {
+    if (pyside_item.is_none())
+        return nullptr;
+    py::tuple pointers = py::module_::import("shiboken2").attr("getCppPointer")(pyside_item);
+    return reinterpret_cast<QTreeWidgetItem*>(pointers[0].cast<std::uintptr_t>());
+}
+
 } // namespace cobaltrig::bridge

@@ -9,6 +9,7 @@
 
 class QObject;
 class QWidget;
+class QTreeWidgetItem;
 
 namespace cobaltrig::bridge {
 
@@ -23,6 +24,9 @@ QObject* unwrap(const py::handle& pyside_object);
 
 /// The widget behind a PySide2 widget, or nullptr when it is None or not a widget.
 QWidget* unwrapWidget(const py::handle& pyside_object);
+
+/// The C++ item behind a PySide2 QTreeWidgetItem (not a QObject, so it has its own way back).
+QTreeWidgetItem* unwrapTreeItem(const py::handle& pyside_item);
 
 /// Binds a read-only attribute `name` that gives the PySide2 object of a widget member.
 template <class Window, class Class, class Member>

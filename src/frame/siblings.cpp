@@ -190,4 +190,27 @@ void show_panel_new_pool(const py::object& exportwindow) {
     settings_module().attr("show_panel_new_pool")(py::none(), py::arg("exportwindow") = exportwindow);
 }
 
+py::object parse_advanced_settings() { return callHelper("parse_advanced_settings"); }
+
+std::string advanced_text(const py::object& mapping, const std::string& key,
+                          const std::string& fallback) {
+    py::object value = mapping.attr("get")(key, fallback);
+    return value.is_none() ? fallback : py::str(value).cast<std::string>();
+}
+
+py::object build_tree_item(const py::object& parent, const std::string& label,
+                           const std::string& path, bool disabled, bool selected,
+                           std::optional<bool> expanded, std::optional<bool> is_dir,
+                           std::optional<std::string> icon) {
+    py::dict keywords;
+    if (expanded)
+        keywords["expanded"] = *expanded;
+    if (is_dir)
+        keywords["is_dir"] = *is_dir;
+    if (icon)
+        keywords["icon"] = *icon;
+    return helper().attr("build_tree_widget_item")(parent, label, path, disabled, selected,
+                                                   **keywords);
+}
+
 } // namespace cobaltrig::siblings

@@ -96,4 +96,17 @@ py::object make_settings_window();
 /// `settings.show_panel_new_pool(None, exportwindow=window)`.
 void show_panel_new_pool(const py::object& exportwindow);
 
+/// `helper.parse_advanced_settings()` as the mapping it gives.
+py::object parse_advanced_settings();
+/// The text of `key` in an advanced-settings mapping, or `fallback` when it is absent.
+std::string advanced_text(const py::object& mapping, const std::string& key,
+                          const std::string& fallback);
+
+/// `helper.build_tree_widget_item` passing only the keywords that are given, so the helper's own
+/// defaults hold for the rest. Returns the PySide2 item, already attached to `parent`.
+py::object build_tree_item(const py::object& parent, const std::string& label,
+                           const std::string& path, bool disabled, bool selected,
+                           std::optional<bool> expanded, std::optional<bool> is_dir,
+                           std::optional<std::string> icon);
+
 } // namespace cobaltrig::siblings
