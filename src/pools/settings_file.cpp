@@ -1,0 +1,50 @@
+#include "pools/settings_file.h"
+
+#include "frame/siblings.h"
+#include "pools/atomic_write.h"
+
+#include <QByteArray>
+#include <QString>
+
+namespace cobaltrig::pools {
+
+namespace py = pybind11;
+
+namespace {
+
+py::module_ elementTree() { return py::module_::import("xml.etree.ElementTree"); }
+
+} // namespace
+
+py::object parse_settings_file() {
+    return elementTree().attr("parse")(siblings::get_settings_xml());
+}
+
+void write_settings_file(const py::object& tree, const SettingValues& values) {
+    py::object root = tree.attr("getroot")();
+    // A file without a `settings` element holds none of the keys; it is written back unchanged.
+    py::object settings = root.attr("find")("settings");
+    if (!settings.is_none()) {
+        for (py::handle element : settings.attr("findall")("setting")) {
+            py::object name = element.attr("get")("name");
+            if (name.is_none())
+                continue;
+            const std::string key = py::str(name).cast<std::string>();
+            for (const auto& [wanted, value] : values)
+                if (key == wanted)
+                    element.attr("text") = value;
+        }
+    }
+    siblings::prettyprint(root);
+    py::bytes data = elementTree().attr("tostring")(root, py::arg("encoding") = "utf-8",
+                                                    py::arg("xml_declaration") = true);
+    const std::string bytes = data;
+    writeFileAtomically(QString::fromStdString(siblings::get_settings_xml()),
+                        QByteArray(bytes.data(), static_cast<int>(bytes.size())));
+}
+
+void rewrite_settings(const SettingValues& values) {
+    write_settings_file(parse_settings_file(), values);
+}
+
+} // namespace cobaltrig::pools
