@@ -1,0 +1,170 @@
+// The preset pools' Python names: the two windows and the four entries that open them.
+
+#include "frame/bindings.h"
+#include "frame/host.h"
+#include "frame/qt_bridge.h"
+#include "frame/siblings.h"
+#include "frame/window_slots.h"
+#include "pools/export_window.h"
+#include "pools/import_window.h"
+#include "pools/line_edit_custom.h"
+
+#include <pybind11/stl.h>
+
+#include <QAction>
+#include <QComboBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QPushButton>
+#include <QSlider>
+#include <QTreeWidget>
+#include <QVBoxLayout>
+
+namespace cobaltrig {
+
+namespace py = pybind11;
+
+namespace {
+
+QString qs(const std::string& text) { return QString::fromStdString(text); }
+
+// What both windows offer Python of the QWidget they are.
+template <class Window, class Class>
+void def_window_basics(Class& cls) {
+    cls.def("show", [](Window& w) { w.show(); })
+        .def("raise_", [](Window& w) { w.raise(); })
+        .def("close", [](Window& w) { return w.close(); })
+        .def("isVisible", [](Window& w) { return w.isVisible(); })
+        .def_property_readonly("widget", [](Window& w) { return bridge::wrap(&w); })
+        .def_property_readonly("settings", [](Window& w) { return w.settings.mapping; })
+        .def_property_readonly("icons", [](Window& w) { return w.icons; })
+        .def_property_readonly("dirlist",
+                               [](Window& w) { return pools::dir_items_to_python(w.dirlist); })
+        .def_property_readonly("count_dirItem", [](Window& w) { return w.count_dirItem; });
+    bridge::def_widget(cls, "label_name", &Window::label_name);
+    bridge::def_widget(cls, "input_name", &Window::input_name);
+    bridge::def_widget(cls, "slider_size", &Window::slider_size);
+    bridge::def_widget(cls, "combo_pool", &Window::combo_pool);
+    bridge::def_widget(cls, "tree", &Window::tree);
+    bridge::def_widget(cls, "layout_top", &Window::layout_top);
+    bridge::def_widget(cls, "layout_master", &Window::layout_master);
+    bridge::def_widget(cls, "tree_menu", &Window::tree_menu);
+}
+
+void bind_export_window(py::module_& m) {
+    py::class_<ExportWindow, slots::WindowHolder<ExportWindow>> cls(
+        m, "ExportWindow", "The window that writes a node or a toolset as a preset into a pool.");
+    cls.def(py::init<py::object>(), py::arg("node"));
+    def_window_basics<ExportWindow>(cls);
+    cls.def_property_readonly("node", [](ExportWindow& w) { return w.node; })
+        .def_property_readonly("mode", [](ExportWindow& w) { return w.mode.toStdString(); })
+        .def("get_nodeclass_name", [](ExportWindow& w) { return w.get_nodeclass_name().toStdString(); })
+        .def("get_mode", [](ExportWindow& w) { return w.get_mode().toStdString(); })
+        .def("populate_tree", [](ExportWindow& w, py::args) { w.populate_tree(); })
+        .def("build_nodes_dir", [](ExportWindow& w, py::args) { w.build_nodes_dir(); })
+        .def("set_input_name", [](ExportWindow& w, py::args) { w.set_input_name(); })
+        .def("create_tree_right_click_menu",
+             [](ExportWindow& w, py::args) { w.create_tree_right_click_menu(); })
+        .def(
+            "create_new_category",
+            [](ExportWindow& w, const std::string& path, py::args) {
+                w.create_new_category(qs(path));
+            },
+            py::arg("current_path"))
+        .def("write_node_as_preset", [](ExportWindow& w, py::args) { w.write_node_as_preset(); });
+    bridge::def_widget(cls, "push_save", &ExportWindow::push_save);
+    bridge::def_widget(cls, "push_cancel", &ExportWindow::push_cancel);
+    bridge::def_widget(cls, "layout_push", &ExportWindow::layout_push);
+    bridge::def_widget(cls, "action_new_category", &ExportWindow::action_new_category);
+}
+
+void bind_import_window(py::module_& m) {
+    py::class_<ImportWindow, slots::WindowHolder<ImportWindow>> cls(
+        m, "ImportWindow", "The window that browses a pool and inserts, renames and deletes presets.");
+    cls.def(py::init<>());
+    def_window_basics<ImportWindow>(cls);
+    cls.def_property_readonly("advanced_settings",
+                              [](ImportWindow& w) { return w.advanced_settings; })
+        .def(
+            "populate_tree",
+            [](ImportWindow& w, py::object expand_list, py::args) {
+                QStringList folders;
+                if (!expand_list.is_none())
+                    for (py::handle folder : expand_list)
+                        folders << qs(py::str(folder).cast<std::string>());
+                w.populate_tree(folders);
+            },
+            py::arg("expand_list") = py::none())
+        .def("search_item", [](ImportWindow& w, py::args) { w.search_item(); })
+        .def("set_data", [](ImportWindow& w, py::args) { w.set_data(); })
+        .def("create_tree_right_click_menu",
+             [](ImportWindow& w, py::args) { w.create_tree_right_click_menu(); })
+        .def(
+            "insert_in_dag",
+            [](ImportWindow& w, const std::string& path, py::args) { w.insert_in_dag(qs(path)); },
+            py::arg("path"))
+        .def(
+            "rename_item",
+            [](ImportWindow& w, const std::string& path, py::args) { w.rename_item(qs(path)); },
+            py::arg("path"))
+        .def(
+            "delete_item",
+            [](ImportWindow& w, const std::string& path, py::args) { w.delete_item(qs(path)); },
+            py::arg("path"));
+    bridge::def_widget(cls, "push_close", &ImportWindow::push_close);
+    bridge::def_widget(cls, "action_insert", &ImportWindow::action_insert);
+    bridge::def_widget(cls, "action_reveal", &ImportWindow::action_reveal);
+    bridge::def_widget(cls, "action_refresh", &ImportWindow::action_refresh);
+    bridge::def_widget(cls, "action_rename", &ImportWindow::action_rename);
+    bridge::def_widget(cls, "action_delete", &ImportWindow::action_delete);
+}
+
+py::object show_export_window(const py::object& node) {
+    return slots::open_window("exportwindow",
+                              [&node] { return slots::module().attr("ExportWindow")(node); });
+}
+
+void export_preset(const py::object& node) { show_export_window(node); }
+
+} // namespace
+
+void bind_pools(py::module_& m) {
+    bind_export_window(m);
+    bind_import_window(m);
+
+    m.def(
+        "show_export_window",
+        [](py::object node, py::args) { return show_export_window(node); }, py::arg("node"),
+        "Opens the export window for a node, or for the selection with the text \"toolsets\".");
+    m.def(
+        "export_preset", [](py::object node, py::args) { export_preset(node); }, py::arg("node"),
+        "Opens the export window for the node.");
+    m.def(
+        "export_nodes",
+        [](py::args) {
+            if (siblings::advanced_setting("export_items", "True") == "False") {
+                host::message("Exporting nodes is disabled.");
+                return;
+            }
+            const std::vector<host::Node> selected = host::selectedNodes();
+            if (selected.empty())
+                return;
+            // Several nodes become a toolset: the window then stands for the selection at the
+            // moment of saving.
+            if (selected.size() == 1)
+                export_preset(selected.front().object());
+            else
+                export_preset(py::str("toolsets"));
+        },
+        "Exports the selected node, or the selected nodes as a toolset.");
+    m.def(
+        "import_preset",
+        [](py::args) {
+            return slots::open_window("i", [] { return slots::module().attr("ImportWindow")(); });
+        },
+        "Opens the import window.");
+}
+
+} // namespace cobaltrig

@@ -1,0 +1,343 @@
+#include "pools/import_window.h"
+
+#include "frame/guarded.h"
+#include "frame/host.h"
+#include "pools/pool_paths.h"
+
+#include <QAction>
+#include <QComboBox>
+#include <QCursor>
+#include <QDrag>
+#include <QFile>
+#include <QFileInfo>
+#include <QHBoxLayout>
+#include <QIcon>
+#include <QInputDialog>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMimeData>
+#include <QPushButton>
+#include <QSlider>
+#include <QTreeWidget>
+#include <QVBoxLayout>
+
+#include <stdexcept>
+
+namespace cobaltrig {
+
+namespace py = pybind11;
+using namespace pools;
+
+namespace {
+
+QString qs(const std::string& text) { return QString::fromStdString(text); }
+
+QString currentPath(QTreeWidget* tree) {
+    QTreeWidgetItem* item = tree->currentItem();
+    return item ? item->data(0, Qt::UserRole).toString() : QString();
+}
+
+// The text of a failure as the user should read it: the Python error's own words, or the C++ one's.
+QString failureText() {
+    try {
+        throw;
+    } catch (py::error_already_set& e) {
+        return qs(py::str(e.value()));
+    } catch (const std::exception& e) {
+        return QString::fromUtf8(e.what());
+    } catch (...) {
+        return QStringLiteral("unknown error");
+    }
+}
+
+} // namespace
+
+ImportWindow::ImportWindow() {
+    setMinimumWidth(600);
+    setWindowFlags(Qt::WindowStaysOnTopHint);
+    setWindowTitle(QStringLiteral("Import node/toolset"));
+    settings = siblings::load_settings();
+    advanced_settings = siblings::parse_advanced_settings();
+    icons = siblings::load_icons();
+    build_ui();
+    if (siblings::advanced_text(advanced_settings, "import_window_transparent", "False") == "True")
+        setStyleSheet(QStringLiteral("QWidget{ background-color: transparent; }"));
+}
+
+ImportWindow::~ImportWindow() {
+    // See ExportWindow: the Python objects go with the GIL held, or are left alone after shutdown.
+    if (!Py_IsInitialized()) {
+        settings.mapping.release();
+        advanced_settings.release();
+        for (py::object& item : dirlist)
+            item.release();
+        return;
+    }
+    py::gil_scoped_acquire gil;
+    settings.mapping = py::object();
+    advanced_settings = py::object();
+    dirlist.clear();
+}
+
+py::object ImportWindow::pythonWindow() { return py::cast(this, py::return_value_policy::reference); }
+
+void ImportWindow::build_ui() {
+    create_widgets();
+    create_layouts();
+    create_signals();
+}
+
+void ImportWindow::create_widgets() {
+    label_name = new QLabel(QStringLiteral("name: "), this);
+    input_name = new QLineEdit(this);
+
+    const int icon_size = stored_icon_size();
+    slider_size = new QSlider(Qt::Horizontal, this);
+    slider_size->setMinimum(5);
+    slider_size->setMaximum(40);
+    slider_size->setFixedHeight(20);
+    slider_size->setValue(icon_size);
+
+    combo_pool = new QComboBox(this);
+    for (const auto& [name, path] : settings.pools)
+        combo_pool->addItem(qs(name));
+    set_current_pool(*this);
+
+    tree = new QTreeWidget(this);
+    tree->setColumnCount(1);
+    tree->setContextMenuPolicy(Qt::CustomContextMenu);
+    tree->setDragEnabled(true);
+    tree->setSelectionMode(QAbstractItemView::SingleSelection);
+    tree->setIconSize(QSize(icon_size, icon_size));
+    populate_tree();
+
+    push_close = new QPushButton(QStringLiteral("close"), this);
+}
+
+void ImportWindow::create_layouts() {
+    layout_top = new QHBoxLayout();
+    layout_top->addWidget(label_name, 1);
+    layout_top->addWidget(input_name, 6);
+    layout_top->addWidget(slider_size, 2);
+
+    layout_master = new QVBoxLayout(this);
+    layout_master->addLayout(layout_top);
+    layout_master->addWidget(combo_pool);
+    layout_master->addWidget(tree);
+    layout_master->addWidget(push_close);
+    siblings::set_style_sheet(this);
+}
+
+void ImportWindow::create_signals() {
+    // Connected only now, after the stored pool was chosen, so that opening the window stores nothing.
+    connect_guarded(push_close, &QPushButton::clicked, this, "ImportWindow.close",
+                    [this] { close(); });
+    connect_guarded(combo_pool, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
+                    "ImportWindow.update_pool_combo", [this] { update_pool_combo(*this); });
+    connect_guarded(tree, &QTreeWidget::customContextMenuRequested, this,
+                    "ImportWindow.create_tree_right_click_menu",
+                    [this] { create_tree_right_click_menu(); });
+    connect_guarded(tree, &QTreeWidget::doubleClicked, this, "ImportWindow.insert_in_dag",
+                    [this] { insert_in_dag(currentPath(tree)); });
+    connect_guarded(slider_size, &QSlider::valueChanged, this, "ImportWindow.set_tree_icon_size",
+                    [this] { set_tree_icon_size(slider_size, tree); });
+    connect_guarded(input_name, &QLineEdit::textChanged, this, "ImportWindow.search_item",
+                    [this] { search_item(); });
+}
+
+void ImportWindow::populate_tree(const QStringList& expand_list) {
+    count_dirItem = fill_pool_tree(
+        tree, this, dirlist, combo_pool->toolTip(),
+        [&](const QString& name, const QString& root) -> std::optional<DirState> {
+            DirState state;
+            state.disabled = false;
+            state.expanded = name == QLatin1String("nodes") || name == QLatin1String("toolsets") ||
+                             expand_list.contains(normalise(join(root, name)));
+            return state;
+        },
+        [] { return siblings::load_icons(); });
+}
+
+void ImportWindow::search_item() {
+    const QString text = input_name->text();
+    // The filter works on three fixed levels: the first two folders of the pool (normally nodes
+    // and toolsets), their folders, and what those hold. An empty tree, or a pool with fewer than
+    // two folders, simply has less to filter: the levels that exist are filtered, and a search never
+    // fails on the ones that don't.
+    QTreeWidgetItem* pool = tree->topLevelItem(0);
+    if (!pool)
+        return;
+    for (int index : {0, 1}) {
+        QTreeWidgetItem* root = pool->child(index);
+        if (!root)
+            continue;
+        if (!text.isEmpty()) {
+            for (int c = 0; c < root->childCount(); ++c) {
+                QTreeWidgetItem* category = root->child(c);
+                int matches = 0;
+                for (int k = 0; k < category->childCount(); ++k) {
+                    QTreeWidgetItem* child = category->child(k);
+                    const bool match =
+                        baseName(child->data(0, Qt::UserRole).toString()).contains(text);
+                    category->setHidden(!match);
+                    child->setHidden(!match);
+                    matches += match ? 1 : 0;
+                }
+                category->setHidden(matches == 0);
+                if (matches > 0)
+                    category->setExpanded(true);
+            }
+            root->setHidden(false);
+        } else {
+            for (int c = 0; c < root->childCount(); ++c) {
+                QTreeWidgetItem* category = root->child(c);
+                for (int k = 0; k < category->childCount(); ++k)
+                    category->child(k)->setHidden(false);
+                category->setHidden(false);
+                category->setExpanded(false);
+            }
+        }
+    }
+}
+
+void ImportWindow::set_data() {
+    QTreeWidgetItem* item = tree->currentItem();
+    if (!item)
+        return;
+    auto* mime = new QMimeData();
+    mime->setText(item->data(0, Qt::UserRole).toString());
+    auto* drag = new QDrag(this);
+    drag->setMimeData(mime);
+    drag->exec(Qt::MoveAction);
+}
+
+QAction* ImportWindow::make_action(const char* icon_key, const QString& text) {
+    auto it = icons.find(icon_key);
+    const QIcon icon(it == icons.end() ? QString() : qs(it->second));
+    return new QAction(icon, text, this);
+}
+
+void ImportWindow::drop_menu() {
+    for (QObject* old : std::initializer_list<QObject*>{tree_menu, action_insert, action_reveal,
+                                                        action_refresh, action_rename,
+                                                        action_delete})
+        if (old)
+            old->deleteLater();
+    tree_menu = nullptr;
+    action_insert = action_reveal = action_refresh = action_rename = action_delete = nullptr;
+}
+
+void ImportWindow::create_tree_right_click_menu() {
+    // The current item, not the one under the cursor; without one there is nothing to act on.
+    if (!tree->currentItem())
+        return;
+    const QString path = currentPath(tree);
+
+    drop_menu();
+    tree_menu = new QMenu(this);
+    action_insert = make_action("icon_insert", QStringLiteral("insert in dag"));
+    action_reveal = make_action(
+        "icon_explorer", QStringLiteral("reveal in %1").arg(qs(siblings::get_explorer_name())));
+    action_refresh = make_action("icon_refresh", QStringLiteral("refresh"));
+    action_rename = make_action("icon_edit", QStringLiteral("rename"));
+    action_delete = make_action("icon_delete", QStringLiteral("delete"));
+
+    tree_menu->addAction(action_insert);
+    tree_menu->addAction(action_reveal);
+    tree_menu->addAction(action_refresh);
+    if (siblings::advanced_text(advanced_settings, "items_rename", "True") == "True")
+        tree_menu->addAction(action_rename);
+    if (siblings::advanced_text(advanced_settings, "items_delete", "True") == "True")
+        tree_menu->addAction(action_delete);
+
+    connect_guarded(action_insert, &QAction::triggered, this, "ImportWindow.insert_in_dag",
+                    [this, path] { insert_in_dag(path); });
+    connect_guarded(action_reveal, &QAction::triggered, this, "ImportWindow.reveal",
+                    [this, path] { siblings::open_in_explorer(dirName(path).toStdString(), this); });
+    connect_guarded(action_refresh, &QAction::triggered, this, "ImportWindow.populate_tree",
+                    [this] { populate_tree(); });
+    connect_guarded(action_rename, &QAction::triggered, this, "ImportWindow.rename_item",
+                    [this, path] { rename_item(path); });
+    connect_guarded(action_delete, &QAction::triggered, this, "ImportWindow.delete_item",
+                    [this, path] { delete_item(path); });
+
+    // Folders get no menu: the test is whether ".nk" stands anywhere in the path.
+    if (path.contains(QLatin1String(".nk")))
+        tree_menu->popup(QCursor::pos());
+}
+
+void ImportWindow::insert_in_dag(const QString& path) {
+    if (!QFileInfo(path).isFile()) {
+        message(QStringLiteral("The file wasn't found. It doesn't exist anymore."));
+        return;
+    }
+    try {
+        host::nodePaste(path.toStdString());
+    } catch (...) {
+        message(QStringLiteral("An error occurred. %1").arg(failureText()));
+    }
+}
+
+void ImportWindow::rename_item(const QString& path) {
+    const QString folder = dirName(path);
+    const QString current = stem(baseName(path));
+    bool ok = false;
+    const QString text =
+        QInputDialog::getText(this, QStringLiteral("rename"), QStringLiteral("Rename item: "),
+                              QLineEdit::Normal, current, &ok);
+    if (!ok || text.isEmpty())
+        return;
+    // Everything from the first dot on goes: the extension stays ".nk" and no dot is left.
+    const QString target = join(folder, text.section(QLatin1Char('.'), 0, 0) + QStringLiteral(".nk"));
+    try {
+        if (target != path) {
+            // Never onto another preset: a rename must not cost the user a file.
+            if (QFileInfo::exists(target))
+                throw std::runtime_error(
+                    QStringLiteral("'%1' already exists.").arg(target).toStdString());
+            QFile file(path);
+            if (!file.rename(target))
+                throw std::runtime_error(
+                    QStringLiteral("%1: '%2'").arg(file.errorString(), path).toStdString());
+        }
+        populate_tree({folder});
+    } catch (...) {
+        message(QStringLiteral("An error occured. %1").arg(failureText()));
+    }
+}
+
+void ImportWindow::delete_item(const QString& path) {
+    const QString folder = dirName(path);
+    const QString name = stem(baseName(path));
+    if (!siblings::ask_dialog("Confirm deletion",
+                              QStringLiteral("Delete '%1'?").arg(name).toStdString(),
+                              QStringLiteral("delete %1").arg(name).toStdString(), "45,0,0"))
+        return;
+    try {
+        const QFileInfo info(path);
+        if (info.isDir())
+            throw std::runtime_error(QStringLiteral("Is a directory: '%1'").arg(path).toStdString());
+        QFile file(path);
+        if (!file.remove())
+            throw std::runtime_error(
+                QStringLiteral("%1: '%2'").arg(file.errorString(), path).toStdString());
+        populate_tree({folder});
+    } catch (...) {
+        message(QStringLiteral("An error occured. %1").arg(failureText()));
+    }
+}
+
+void ImportWindow::keyPressEvent(QKeyEvent* event) {
+    guarded("ImportWindow.keyPressEvent", [&] {
+        if (event->key() == Qt::Key_Escape)
+            close();
+    });
+}
+
+void ImportWindow::message(const QString& text) {
+    siblings::show_message_box(this, text.toStdString());
+}
+
+} // namespace cobaltrig
