@@ -4,11 +4,26 @@
 
 #include <gtest/gtest.h>
 
+#include <cctype>
+#include <string>
+
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 
 using namespace cobaltrig::pools;
+
+namespace {
+
+// Readable test names: the case's texts with everything but letters and digits as '_'.
+std::string caseName(std::string text, size_t index) {
+    for (char& c : text)
+        if (!std::isalnum(static_cast<unsigned char>(c)))
+            c = '_';
+    return std::to_string(index) + "_" + text;
+}
+
+} // namespace
 
 struct ExtensionCase {
     const char* file;
@@ -37,7 +52,8 @@ INSTANTIATE_TEST_SUITE_P(
                       ExtensionCase{".hidden.nk", ".nk", true, ".hidden"},
                       ExtensionCase{"notes.txt", ".txt", false, "notes.txt"},
                       ExtensionCase{"plain", "", false, "plain"},
-                      ExtensionCase{"/p/nodes/Blur/soft.nk", ".nk", true, "/p/nodes/Blur/soft"}));
+                      ExtensionCase{"/p/nodes/Blur/soft.nk", ".nk", true, "/p/nodes/Blur/soft"}),
+    [](const ::testing::TestParamInfo<ExtensionCase>& info) { return caseName(std::string(info.param.file), info.index); });
 
 TEST(Paths, JoinRestartsAtAnAbsolutePieceAndNeverDoublesSeparators) {
     EXPECT_EQ(join(QStringLiteral("/pool"), QStringLiteral("nodes")), QStringLiteral("/pool/nodes"));

@@ -4,11 +4,26 @@
 
 #include <gtest/gtest.h>
 
+#include <cctype>
+#include <string>
+
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 
 using namespace cobaltrig::pools;
+
+namespace {
+
+// Readable test names: the case's texts with everything but letters and digits as '_'.
+std::string caseName(std::string text, size_t index) {
+    for (char& c : text)
+        if (!std::isalnum(static_cast<unsigned char>(c)))
+            c = '_';
+    return std::to_string(index) + "_" + text;
+}
+
+} // namespace
 
 namespace {
 
@@ -120,4 +135,5 @@ INSTANTIATE_TEST_SUITE_P(
         MarkCase{"misc", "/p", "nodes", true, false, false},
         // A folder named like the class is picked anywhere, below toolsets as well.
         MarkCase{"Blur", "/p/toolsets", "nodes", false, true, true},
-        MarkCase{"Blur", "/p/toolsets/fx", "nodes", false, true, true}));
+        MarkCase{"Blur", "/p/toolsets/fx", "nodes", false, true, true}),
+    [](const ::testing::TestParamInfo<MarkCase>& info) { return caseName(std::string(info.param.root) + "_" + info.param.name + "_" + info.param.mode, info.index); });
