@@ -44,13 +44,21 @@ def pool(make_pool):
     return make_pool("main", "nodes/Grade/warm.nk", "toolsets/fx/glow.nk")
 
 
+class Messages(list):
+    def __init__(self):
+        super().__init__()
+        self.parent_visible = []
+
+
 @pytest.fixture
 def messages(helper, monkeypatch):
-    """The texts helper.show_message_box showed, oldest first."""
-    shown = []
+    """The texts helper.show_message_box showed, oldest first; `.parent_visible` says for each
+    whether the window it was shown over was still open."""
+    shown = Messages()
 
     def show(parent, text):
         shown.append(text)
+        shown.parent_visible.append(parent is not None and parent.isVisible())
 
     monkeypatch.setattr(helper, "show_message_box", show)
     return shown
