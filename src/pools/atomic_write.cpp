@@ -26,9 +26,8 @@ void writeFileAtomically(const QString& path, const QByteArray& data) {
     if (file.write(data) != data.size())
         fail("write");
     if (!file.commit())
-        throw std::runtime_error(QStringLiteral("Cannot write '%1': %2")
-                                     .arg(path, file.errorString())
-                                     .toStdString());
+        throw std::runtime_error(
+            QStringLiteral("Cannot write '%1': %2").arg(path, file.errorString()).toStdString());
 }
 
 } // namespace cobaltrig::pools

@@ -28,11 +28,12 @@ namespace py = pybind11;
 
 namespace {
 
-QString qs(const std::string& text) { return QString::fromStdString(text); }
+QString qs(const std::string& text) {
+    return QString::fromStdString(text);
+}
 
 // What both windows offer Python of the QWidget they are.
-template <class Window, class Class>
-void def_window_basics(Class& cls) {
+template <class Window, class Class> void def_window_basics(Class& cls) {
     cls.def("show", [](Window& w) { w.show(); })
         .def("raise_", [](Window& w) { w.raise(); })
         .def("close", [](Window& w) { return w.close(); })
@@ -60,7 +61,8 @@ void bind_export_window(py::module_& m) {
     def_window_basics<ExportWindow>(cls);
     cls.def_property_readonly("node", [](ExportWindow& w) { return w.node; })
         .def_property_readonly("mode", [](ExportWindow& w) { return w.mode.toStdString(); })
-        .def("get_nodeclass_name", [](ExportWindow& w) { return w.get_nodeclass_name().toStdString(); })
+        .def("get_nodeclass_name",
+             [](ExportWindow& w) { return w.get_nodeclass_name().toStdString(); })
         .def("get_mode", [](ExportWindow& w) { return w.get_mode().toStdString(); })
         .def("populate_tree", [](ExportWindow& w, py::args) { w.populate_tree(); })
         .def("build_nodes_dir", [](ExportWindow& w, py::args) { w.build_nodes_dir(); })
@@ -82,7 +84,8 @@ void bind_export_window(py::module_& m) {
 
 void bind_import_window(py::module_& m) {
     py::class_<ImportWindow, slots::WindowHolder<ImportWindow>> cls(
-        m, "ImportWindow", "The window that browses a pool and inserts, renames and deletes presets.");
+        m, "ImportWindow",
+        "The window that browses a pool and inserts, renames and deletes presets.");
     cls.def(py::init<>());
     def_window_basics<ImportWindow>(cls);
     cls.def_property_readonly("advanced_settings",
@@ -126,7 +129,9 @@ py::object show_export_window(const py::object& node) {
                               [&node] { return slots::module().attr("ExportWindow")(node); });
 }
 
-void export_preset(const py::object& node) { show_export_window(node); }
+void export_preset(const py::object& node) {
+    show_export_window(node);
+}
 
 } // namespace
 
@@ -135,8 +140,8 @@ void bind_pools(py::module_& m) {
     bind_import_window(m);
 
     m.def(
-        "show_export_window",
-        [](py::object node, py::args) { return show_export_window(node); }, py::arg("node"),
+        "show_export_window", [](py::object node, py::args) { return show_export_window(node); },
+        py::arg("node"),
         "Opens the export window for a node, or for the selection with the text \"toolsets\".");
     m.def(
         "export_preset", [](py::object node, py::args) { export_preset(node); }, py::arg("node"),

@@ -27,7 +27,9 @@ using namespace pools;
 
 namespace {
 
-QString qs(const std::string& text) { return QString::fromStdString(text); }
+QString qs(const std::string& text) {
+    return QString::fromStdString(text);
+}
 
 std::string iconPath(const std::map<std::string, std::string>& icons, const char* key) {
     auto it = icons.find(key);
@@ -62,7 +64,9 @@ ExportWindow::~ExportWindow() {
     dirlist.clear();
 }
 
-py::object ExportWindow::pythonWindow() { return py::cast(this, py::return_value_policy::reference); }
+py::object ExportWindow::pythonWindow() {
+    return py::cast(this, py::return_value_policy::reference);
+}
 
 QString ExportWindow::get_nodeclass_name() const {
     if (py::isinstance<py::str>(node) && node.cast<std::string>() == "toolsets")
@@ -127,7 +131,8 @@ void ExportWindow::create_layouts() {
 }
 
 void ExportWindow::create_signals() {
-    // Connected only now, after the stored pool was chosen, so that opening the window stores nothing.
+    // Connected only now, after the stored pool was chosen, so that opening the window stores
+    // nothing.
     connect_guarded(push_cancel, &QPushButton::clicked, this, "ExportWindow.close",
                     [this] { close(); });
     connect_guarded(combo_pool, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
@@ -214,19 +219,21 @@ void ExportWindow::create_tree_right_click_menu() {
 
 void ExportWindow::create_new_category(const QString& current_path) {
     bool ok = false;
-    const QString name =
-        QInputDialog::getText(this, QStringLiteral("new category"),
-                              QStringLiteral("new category name:"), QLineEdit::Normal, QString(), &ok);
+    const QString name = QInputDialog::getText(this, QStringLiteral("new category"),
+                                               QStringLiteral("new category name:"),
+                                               QLineEdit::Normal, QString(), &ok);
     if (!ok || name.isEmpty())
         return;
     if (name == QLatin1String("toolsets") || name == QLatin1String("nodes")) {
-        message(QStringLiteral("%1 is a reserved keyword. Please choose a different name.").arg(name));
+        message(
+            QStringLiteral("%1 is a reserved keyword. Please choose a different name.").arg(name));
         return;
     }
     const QString folder = join(current_path, name);
     if (QFileInfo(folder).isDir()) {
-        message(QStringLiteral("The category name '%1' already exists. Please choose a different name.")
-                    .arg(name));
+        message(
+            QStringLiteral("The category name '%1' already exists. Please choose a different name.")
+                .arg(name));
         return;
     }
     QString error = makeDirectories(folder);

@@ -32,7 +32,9 @@ using namespace pools;
 
 namespace {
 
-QString qs(const std::string& text) { return QString::fromStdString(text); }
+QString qs(const std::string& text) {
+    return QString::fromStdString(text);
+}
 
 QString currentPath(QTreeWidget* tree) {
     QTreeWidgetItem* item = tree->currentItem();
@@ -81,7 +83,9 @@ ImportWindow::~ImportWindow() {
     dirlist.clear();
 }
 
-py::object ImportWindow::pythonWindow() { return py::cast(this, py::return_value_policy::reference); }
+py::object ImportWindow::pythonWindow() {
+    return py::cast(this, py::return_value_policy::reference);
+}
 
 void ImportWindow::build_ui() {
     create_widgets();
@@ -131,7 +135,8 @@ void ImportWindow::create_layouts() {
 }
 
 void ImportWindow::create_signals() {
-    // Connected only now, after the stored pool was chosen, so that opening the window stores nothing.
+    // Connected only now, after the stored pool was chosen, so that opening the window stores
+    // nothing.
     connect_guarded(push_close, &QPushButton::clicked, this, "ImportWindow.close",
                     [this] { close(); });
     connect_guarded(combo_pool, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
@@ -164,8 +169,8 @@ void ImportWindow::search_item() {
     const QString text = input_name->text();
     // The filter works on three fixed levels: the first two folders of the pool (normally nodes
     // and toolsets), their folders, and what those hold. An empty tree, or a pool with fewer than
-    // two folders, simply has less to filter: the levels that exist are filtered, and a search never
-    // fails on the ones that don't.
+    // two folders, simply has less to filter: the levels that exist are filtered, and a search
+    // never fails on the ones that don't.
     QTreeWidgetItem* pool = tree->topLevelItem(0);
     if (!pool)
         return;
@@ -220,9 +225,8 @@ QAction* ImportWindow::make_action(const char* icon_key, const QString& text) {
 }
 
 void ImportWindow::drop_menu() {
-    for (QObject* old : std::initializer_list<QObject*>{tree_menu, action_insert, action_reveal,
-                                                        action_refresh, action_rename,
-                                                        action_delete})
+    for (QObject* old : std::initializer_list<QObject*>{
+             tree_menu, action_insert, action_reveal, action_refresh, action_rename, action_delete})
         if (old)
             old->deleteLater();
     tree_menu = nullptr;
@@ -254,8 +258,9 @@ void ImportWindow::create_tree_right_click_menu() {
 
     connect_guarded(action_insert, &QAction::triggered, this, "ImportWindow.insert_in_dag",
                     [this, path] { insert_in_dag(path); });
-    connect_guarded(action_reveal, &QAction::triggered, this, "ImportWindow.reveal",
-                    [this, path] { siblings::open_in_explorer(dirName(path).toStdString(), this); });
+    connect_guarded(action_reveal, &QAction::triggered, this, "ImportWindow.reveal", [this, path] {
+        siblings::open_in_explorer(dirName(path).toStdString(), this);
+    });
     connect_guarded(action_refresh, &QAction::triggered, this, "ImportWindow.populate_tree",
                     [this] { populate_tree(); });
     connect_guarded(action_rename, &QAction::triggered, this, "ImportWindow.rename_item",
@@ -290,7 +295,8 @@ void ImportWindow::rename_item(const QString& path) {
     if (!ok || text.isEmpty())
         return;
     // Everything from the first dot on goes: the extension stays ".nk" and no dot is left.
-    const QString target = join(folder, text.section(QLatin1Char('.'), 0, 0) + QStringLiteral(".nk"));
+    const QString target =
+        join(folder, text.section(QLatin1Char('.'), 0, 0) + QStringLiteral(".nk"));
     try {
         if (target != path) {
             // Never onto another preset: a rename must not cost the user a file.
@@ -318,7 +324,8 @@ void ImportWindow::delete_item(const QString& path) {
     try {
         const QFileInfo info(path);
         if (info.isDir())
-            throw std::runtime_error(QStringLiteral("Is a directory: '%1'").arg(path).toStdString());
+            throw std::runtime_error(
+                QStringLiteral("Is a directory: '%1'").arg(path).toStdString());
         QFile file(path);
         if (!file.remove())
             throw std::runtime_error(

@@ -9,7 +9,9 @@ namespace cobaltrig::pools {
 
 namespace {
 
-bool isSeparator(QChar c) { return c == QLatin1Char('/') || c == separator(); }
+bool isSeparator(QChar c) {
+    return c == QLatin1Char('/') || c == separator();
+}
 
 bool isAbsolute(const QString& path) {
     if (path.startsWith(QLatin1Char('/')) || path.startsWith(separator()))
@@ -31,7 +33,9 @@ int lastSeparator(const QString& path) {
 
 } // namespace
 
-QChar separator() { return QDir::separator(); }
+QChar separator() {
+    return QDir::separator();
+}
 
 QString join(const QString& left, const QString& right) {
     if (isAbsolute(right) || left.isEmpty())
@@ -56,7 +60,9 @@ QString normalise(const QString& path) {
     return result.replace(separator(), QLatin1Char('/'));
 }
 
-QString baseName(const QString& path) { return path.mid(lastSeparator(path) + 1); }
+QString baseName(const QString& path) {
+    return path.mid(lastSeparator(path) + 1);
+}
 
 QString dirName(const QString& path) {
     const int at = lastSeparator(path);
@@ -82,14 +88,18 @@ bool isPresetFile(const QString& file_name) {
     return extension(file_name) == QLatin1String(".nk");
 }
 
-bool isHiddenDir(const QString& dir_name) { return dir_name.startsWith(QLatin1Char('.')); }
+bool isHiddenDir(const QString& dir_name) {
+    return dir_name.startsWith(QLatin1Char('.'));
+}
 
 QString presetLabel(const QString& file_name) {
     QString label = file_name;
     return label.remove(QStringLiteral(".nk"));
 }
 
-QString lastPiece(const QString& path) { return path.section(QLatin1Char('/'), -1); }
+QString lastPiece(const QString& path) {
+    return path.section(QLatin1Char('/'), -1);
+}
 
 QString targetFolder(const QString& item_path, bool is_dir) {
     if (is_dir)

@@ -44,9 +44,10 @@ QString presetLabel(const QString& file_name);
 QString lastPiece(const QString& path);
 
 /// The folder a preset goes to, from the path of the tree's current item. A directory item is its
-/// own target; a file item gives the second last piece of its path split at the platform's separator
-/// (on '/' platforms the bare name of its folder, which the caller joins below `<pool>/<mode>`).
-/// `is_dir` says whether the path is an existing directory. Empty when there is no such piece.
+/// own target; a file item gives the second last piece of its path split at the platform's
+/// separator (on '/' platforms the bare name of its folder, which the caller joins below
+/// `<pool>/<mode>`). `is_dir` says whether the path is an existing directory. Empty when there is
+/// no such piece.
 QString targetFolder(const QString& item_path, bool is_dir);
 
 /// Makes the directory with all missing parents. Empty on success, else the reason it failed.

@@ -41,9 +41,9 @@ int fill_pool_tree(QTreeWidget* tree, QWidget* window, DirItems& dirlist, const 
         return 0;
 
     const QString pool = normalise(pool_path);
-    py::object top = siblings::build_tree_item(
-        bridge::wrap(tree), lastPiece(pool).toStdString(), pool.toStdString(), false, false,
-        std::nullopt, true, icon_value(icons(), "icon_pool"));
+    py::object top = siblings::build_tree_item(bridge::wrap(tree), lastPiece(pool).toStdString(),
+                                               pool.toStdString(), false, false, std::nullopt, true,
+                                               icon_value(icons(), "icon_pool"));
     if (QTreeWidgetItem* item = bridge::unwrapTreeItem(top))
         item->setExpanded(true);
     tree->setRootIsDecorated(false);

@@ -20,7 +20,8 @@ struct WalkStep {
 /// each directory before anything below it and returns the names of the subdirectories to descend
 /// into; a tree that gave a directory no item has nothing to show below it, so the callers prune
 /// those. Symbolic links to directories are listed but not followed, which keeps a link loop from
-/// running forever. A directory that can't be listed is skipped, as is a `top` that is no directory.
+/// running forever. A directory that can't be listed is skipped, as is a `top` that is no
+/// directory.
 void walk(const QString& top, const std::function<QStringList(const WalkStep&)>& visit);
 
 /// How the export tree shows one directory.

@@ -12,7 +12,9 @@ namespace py = pybind11;
 
 namespace {
 
-py::module_ elementTree() { return py::module_::import("xml.etree.ElementTree"); }
+py::module_ elementTree() {
+    return py::module_::import("xml.etree.ElementTree");
+}
 
 } // namespace
 
@@ -38,7 +40,9 @@ void write_settings_file(const py::object& tree, const SettingValues& values) {
     siblings::prettyprint(root);
     py::bytes data = elementTree().attr("tostring")(root, py::arg("encoding") = "utf-8",
                                                     py::arg("xml_declaration") = true);
-    const std::string bytes = data;
+    // Ending in a line break like the files the sibling module writes, so the two writers'
+    // files look alike.
+    const std::string bytes = std::string(data) + "\n";
     writeFileAtomically(QString::fromStdString(siblings::get_settings_xml()),
                         QByteArray(bytes.data(), static_cast<int>(bytes.size())));
 }

@@ -3,14 +3,14 @@
 // itself (the pool choice, the icon size, the snapshot browser's settings panel).
 //
 // The file is parsed into an element tree of the host's Python, every `setting` element whose
-// `name` is one of the keys gets the new value (all of them, not just the first; a key the file does
-// not hold is not added), `helper.prettyprint` lays the tree out the way the sibling module lays out
-// every settings file it writes, and the whole document goes back in UTF-8 with an XML declaration.
-// The bytes are written through a temporary file and one rename: a full disk, a crash or a failing
-// layout leaves the previous settings file in place instead of a truncated one.
+// `name` is one of the keys gets the new value (all of them, not just the first; a key the file
+// does not hold is not added), `helper.prettyprint` lays the tree out the way the sibling module
+// lays out every settings file it writes, and the whole document goes back in UTF-8 with an XML
+// declaration. The bytes are written through a temporary file and one rename: a full disk, a crash
+// or a failing layout leaves the previous settings file in place instead of a truncated one.
 //
-// The element tree is Python's because `helper.prettyprint` works on one; parsing with Qt and handing
-// the text over for the layout would parse the file twice for nothing.
+// The element tree is Python's because `helper.prettyprint` works on one; parsing with Qt and
+// handing the text over for the layout would parse the file twice for nothing.
 
 #include <pybind11/pybind11.h>
 

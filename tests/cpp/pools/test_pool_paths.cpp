@@ -47,19 +47,22 @@ INSTANTIATE_TEST_SUITE_P(
                       ExtensionCase{"x.NK", ".NK", false, "x.NK"},
                       ExtensionCase{"a.nk.nk", ".nk", true, "a"},
                       ExtensionCase{"b.nkx.nk", ".nk", true, "bx"},
-                      ExtensionCase{".nk", "", false, ""},
-                      ExtensionCase{"..nk", "", false, "."},
+                      ExtensionCase{".nk", "", false, ""}, ExtensionCase{"..nk", "", false, "."},
                       ExtensionCase{".hidden.nk", ".nk", true, ".hidden"},
                       ExtensionCase{"notes.txt", ".txt", false, "notes.txt"},
                       ExtensionCase{"plain", "", false, "plain"},
                       ExtensionCase{"/p/nodes/Blur/soft.nk", ".nk", true, "/p/nodes/Blur/soft"}),
-    [](const ::testing::TestParamInfo<ExtensionCase>& info) { return caseName(std::string(info.param.file), info.index); });
+    [](const ::testing::TestParamInfo<ExtensionCase>& info) {
+        return caseName(std::string(info.param.file), info.index);
+    });
 
 TEST(Paths, JoinRestartsAtAnAbsolutePieceAndNeverDoublesSeparators) {
-    EXPECT_EQ(join(QStringLiteral("/pool"), QStringLiteral("nodes")), QStringLiteral("/pool/nodes"));
-    EXPECT_EQ(join(QStringLiteral("/pool/"), QStringLiteral("nodes")), QStringLiteral("/pool/nodes"));
-    EXPECT_EQ(join({QStringLiteral("/pool"), QStringLiteral("nodes"), QStringLiteral("/pool/toolsets/fx"),
-                    QStringLiteral("a.nk")}),
+    EXPECT_EQ(join(QStringLiteral("/pool"), QStringLiteral("nodes")),
+              QStringLiteral("/pool/nodes"));
+    EXPECT_EQ(join(QStringLiteral("/pool/"), QStringLiteral("nodes")),
+              QStringLiteral("/pool/nodes"));
+    EXPECT_EQ(join({QStringLiteral("/pool"), QStringLiteral("nodes"),
+                    QStringLiteral("/pool/toolsets/fx"), QStringLiteral("a.nk")}),
               QStringLiteral("/pool/toolsets/fx/a.nk"));
     EXPECT_EQ(join(QString(), QStringLiteral("nodes")), QStringLiteral("nodes"));
 }

@@ -136,4 +136,8 @@ INSTANTIATE_TEST_SUITE_P(
         // A folder named like the class is picked anywhere, below toolsets as well.
         MarkCase{"Blur", "/p/toolsets", "nodes", false, true, true},
         MarkCase{"Blur", "/p/toolsets/fx", "nodes", false, true, true}),
-    [](const ::testing::TestParamInfo<MarkCase>& info) { return caseName(std::string(info.param.root) + "_" + info.param.name + "_" + info.param.mode, info.index); });
+    [](const ::testing::TestParamInfo<MarkCase>& info) {
+        return caseName(std::string(info.param.root) + "_" + info.param.name + "_" +
+                            info.param.mode,
+                        info.index);
+    });
