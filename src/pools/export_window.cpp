@@ -15,6 +15,7 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QMenu>
+#include <QPointer>
 #include <QPushButton>
 #include <QSlider>
 #include <QTreeWidget>
@@ -218,11 +219,13 @@ void ExportWindow::create_tree_right_click_menu() {
 }
 
 void ExportWindow::create_new_category(const QString& current_path) {
+    // The dialog runs its own event loop, in which the window may be replaced and deleted.
+    const QPointer<ExportWindow> alive(this);
     bool ok = false;
     const QString name = QInputDialog::getText(this, QStringLiteral("new category"),
                                                QStringLiteral("new category name:"),
                                                QLineEdit::Normal, QString(), &ok);
-    if (!ok || name.isEmpty())
+    if (!alive || !ok || name.isEmpty())
         return;
     if (name == QLatin1String("toolsets") || name == QLatin1String("nodes")) {
         message(
@@ -277,6 +280,7 @@ void ExportWindow::write_node_as_preset() {
 
     const QString preset = join({pool, preset_mode, target, name + QStringLiteral(".nk")});
     if (QFileInfo(preset).isFile()) {
+        const QPointer<ExportWindow> alive(this);
         const bool overwrite = siblings::ask_dialog(
             "Overwrite preset?",
             QStringLiteral("The preset '%1' already exists in the pool '%2'. Do you want to "
@@ -284,7 +288,7 @@ void ExportWindow::write_node_as_preset() {
                 .arg(name, combo_pool->currentText())
                 .toStdString(),
             QStringLiteral("overwrite %1").arg(name).toStdString(), "45,0,0");
-        if (!overwrite)
+        if (!overwrite || !alive)
             return;
     }
 

@@ -18,6 +18,7 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QMimeData>
+#include <QPointer>
 #include <QPushButton>
 #include <QSlider>
 #include <QTreeWidget>
@@ -288,11 +289,13 @@ void ImportWindow::insert_in_dag(const QString& path) {
 void ImportWindow::rename_item(const QString& path) {
     const QString folder = dirName(path);
     const QString current = stem(baseName(path));
+    // The dialogs run their own event loops, in which the window may be replaced and deleted.
+    const QPointer<ImportWindow> alive(this);
     bool ok = false;
     const QString text =
         QInputDialog::getText(this, QStringLiteral("rename"), QStringLiteral("Rename item: "),
                               QLineEdit::Normal, current, &ok);
-    if (!ok || text.isEmpty())
+    if (!alive || !ok || text.isEmpty())
         return;
     // Everything from the first dot on goes: the extension stays ".nk" and no dot is left.
     const QString target =
@@ -317,9 +320,11 @@ void ImportWindow::rename_item(const QString& path) {
 void ImportWindow::delete_item(const QString& path) {
     const QString folder = dirName(path);
     const QString name = stem(baseName(path));
+    const QPointer<ImportWindow> alive(this);
     if (!siblings::ask_dialog("Confirm deletion",
                               QStringLiteral("Delete '%1'?").arg(name).toStdString(),
-                              QStringLiteral("delete %1").arg(name).toStdString(), "45,0,0"))
+                              QStringLiteral("delete %1").arg(name).toStdString(), "45,0,0") ||
+        !alive)
         return;
     try {
         const QFileInfo info(path);

@@ -170,3 +170,33 @@ def test_escape_and_close_end_the_window(rig, library, qtbot):
     window = rig.import_preset()
     qtbot.mouseClick(window.push_close, QtCore.Qt.LeftButton)
     assert not window.isVisible()
+
+
+def test_a_window_replaced_while_its_delete_question_is_open_deletes_nothing(
+        rig, library, user, helper, monkeypatch, messages, capsys):
+    window = rig.import_preset()
+    preset = library / "nodes" / "Grade" / "warm.nk"
+    open_menu(window, user, preset)
+    replaced = []
+
+    def ask_dialog(title, message, process_label="ok", color_process=None):
+        # Like the real question, this one runs an event loop of its own, in which the user
+        # presses the import hotkey again before saying yes.
+        loop = QtCore.QEventLoop()
+
+        def press_hotkey():
+            replaced.append(rig.import_preset())
+            QtCore.QTimer.singleShot(20, loop.quit)
+
+        QtCore.QTimer.singleShot(0, press_hotkey)
+        loop.exec_()
+        return True
+
+    monkeypatch.setattr(helper, "ask_dialog", ask_dialog)
+    action = window.action_delete
+    del window  # the slot holds the only reference, as in the host
+    action.trigger()
+
+    assert rig.i is replaced[0] and rig.i.isVisible()
+    assert preset.exists()
+    assert messages == [] and capsys.readouterr().err == ""
