@@ -128,9 +128,3 @@ def test_opening_twice_leaves_the_second_window_which_read_the_pool_anew(rig, li
     assert str(library / "nodes" / "Grade" / "new.nk") in [
         item.data(0, QtCore.Qt.UserRole) for item in
         [second.dirlist[str(library / "nodes" / "Grade")].child(k) for k in range(3)]]
-
-
-def test_set_data_without_a_current_item_does_nothing(rig, library):
-    window = rig.import_preset()
-    window.set_data()
-    assert window.isVisible()

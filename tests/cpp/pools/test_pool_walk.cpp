@@ -1,29 +1,15 @@
-// The walk through a pool and the marks of the export tree's folders.
+// The walk through a pool: order, pruning and linked folders.
 
 #include "pools/pool_walk.h"
 
 #include <gtest/gtest.h>
 
-#include <cctype>
-#include <string>
 
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 
 using namespace cobaltrig::pools;
-
-namespace {
-
-// Readable test names: the case's texts with everything but letters and digits as '_'.
-std::string caseName(std::string text, size_t index) {
-    for (char& c : text)
-        if (!std::isalnum(static_cast<unsigned char>(c)))
-            c = '_';
-    return std::to_string(index) + "_" + text;
-}
-
-} // namespace
 
 namespace {
 
@@ -96,48 +82,3 @@ TEST(Walk, NoDirectoryNoVisit) {
     });
     EXPECT_EQ(visits, 0);
 }
-
-struct MarkCase {
-    const char* name;
-    const char* root;
-    const char* mode;
-    bool disabled;
-    bool selected;
-    bool expanded;
-};
-
-class ExportMarks : public ::testing::TestWithParam<MarkCase> {};
-
-TEST_P(ExportMarks, FollowTheExportedThing) {
-    const MarkCase& c = GetParam();
-    const DirState state = exportDirState(QString::fromUtf8(c.name), QString::fromUtf8(c.root),
-                                          QString::fromUtf8(c.mode), QStringLiteral("Blur"));
-    EXPECT_EQ(state.disabled, c.disabled) << c.root << "/" << c.name << " " << c.mode;
-    EXPECT_EQ(state.selected, c.selected) << c.root << "/" << c.name << " " << c.mode;
-    EXPECT_EQ(state.expanded, c.expanded) << c.root << "/" << c.name << " " << c.mode;
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    StandardLayout, ExportMarks,
-    ::testing::Values(
-        // name, root, mode: disabled, selected, expanded
-        MarkCase{"nodes", "/p", "nodes", false, false, true},
-        MarkCase{"nodes", "/p", "toolsets", false, false, false},
-        MarkCase{"Blur", "/p/nodes", "nodes", false, true, true},
-        MarkCase{"Blur", "/p/nodes", "toolsets", true, false, false},
-        MarkCase{"Grade", "/p/nodes", "nodes", true, false, false},
-        MarkCase{"sub", "/p/nodes/Blur", "nodes", true, false, false},
-        MarkCase{"toolsets", "/p", "nodes", false, false, false},
-        MarkCase{"toolsets", "/p", "toolsets", false, false, true},
-        MarkCase{"fx", "/p/toolsets", "nodes", false, false, false},
-        MarkCase{"fx", "/p/toolsets", "toolsets", false, false, false},
-        MarkCase{"deeper", "/p/toolsets/fx", "toolsets", true, false, false},
-        MarkCase{"misc", "/p", "nodes", true, false, false},
-        // A folder named like the class is picked anywhere, below toolsets as well.
-        MarkCase{"Blur", "/p/toolsets", "nodes", false, true, true},
-        MarkCase{"Blur", "/p/toolsets/fx", "nodes", false, true, true}),
-    [](const ::testing::TestParamInfo<MarkCase>& info) {
-        return caseName(std::string(info.param.root) + "_" + info.param.name + "_" +
-                            info.param.mode,
-                        info.index);
-    });
