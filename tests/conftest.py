@@ -44,9 +44,14 @@ def rig(host):
     return cobaltRig_w
 
 
-def run_python(code, env=None):
-    """Runs `code` in a fresh interpreter with the test's path, for what only a first import shows."""
-    full_env = dict(os.environ)
-    full_env.update(env or {})
-    return subprocess.run([sys.executable, "-c", code], capture_output=True, text=True,
-                          env=full_env, timeout=60)
+@pytest.fixture
+def run_python():
+    """Runs code in a fresh interpreter with the test's path, for what only a first import shows."""
+
+    def run(code, env=None):
+        full_env = dict(os.environ)
+        full_env.update(env or {})
+        return subprocess.run([sys.executable, "-c", code], capture_output=True, text=True,
+                              env=full_env, timeout=60)
+
+    return run

@@ -23,7 +23,7 @@ BridgeProbe::BridgeProbe() {
 void BridgeProbe::apply() {
     label_result->setText(input_text->text());
     if (reaction_)
-        reaction_(input_text->text().toStdString());
+        reaction_.get()(input_text->text().toStdString());
 }
 
 } // namespace cobaltrig

@@ -3,7 +3,7 @@
 // that widgets made in C++ reach Python as PySide2 objects and that a failing reaction is reported
 // without taking the host down.
 
-#include <pybind11/pybind11.h>
+#include "frame/py_owned.h"
 
 #include <QWidget>
 
@@ -27,7 +27,7 @@ public:
 
 private:
     void apply();
-    pybind11::object reaction_;
+    PyOwned reaction_;
 };
 
 } // namespace cobaltrig

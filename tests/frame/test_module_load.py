@@ -4,13 +4,11 @@ import textwrap
 
 import pytest
 
-from conftest import run_python
-
 SLOTS = ("snapshotbrowser", "i", "exportwindow", "settingswindow", "slider", "rezslider",
          "commentwindow")
 
 
-def test_import_defines_names_and_leaves_the_host_alone(settings_home):
+def test_import_defines_names_and_leaves_the_host_alone(settings_home, run_python):
     result = run_python(textwrap.dedent("""
         import os, nuke, hostctl
         from PySide2 import QtWidgets
@@ -32,7 +30,7 @@ def test_import_defines_names_and_leaves_the_host_alone(settings_home):
     assert "clean import" in result.stdout
 
 
-def test_import_refuses_a_host_with_the_older_toolkit():
+def test_import_refuses_a_host_with_the_older_toolkit(run_python):
     result = run_python(textwrap.dedent("""
         import nuke
         nuke.NUKE_VERSION_MAJOR = 10

@@ -1,0 +1,78 @@
+"""Test control of the simulated host: a fresh script, recorded messages, answers for dialogs.
+
+    hostctl.reset()                         empty script, nothing recorded, nothing queued, not interactive
+    hostctl.messages                        texts given to nuke.message, oldest first
+    hostctl.queue_panel(1, {"name": "2"})   the next nuke.Panel.show() returns 1 with that choice
+    hostctl.panels_shown                    what each panel offered and what it answered
+    hostctl.queue_answer(True)              the next nuke.ask() / nuke.getInput() answer
+    hostctl.set_interactive(True)           dialogs without a queued answer become real Qt dialogs
+    hostctl.clipboard()                     the text nodeCopy("%clipboard%") wrote, or None
+    hostctl.set_active_viewer(node)         make this Viewer the active one (None: the newest again)
+
+`messages` and `panels_shown` are lists that stay the same objects across resets, so a reference
+taken once keeps working.
+"""
+
+import nuke
+from nuke._serialize import scriptClear
+from nuke._state import STATE
+from nuke._ui import UnexpectedDialog
+
+__all__ = ["UnexpectedDialog", "clipboard", "is_interactive", "messages", "panels_shown",
+           "pending_answers", "queue_answer", "queue_panel", "reset", "set_active_viewer",
+           "set_clipboard", "set_interactive"]
+
+messages = STATE.messages
+panels_shown = STATE.panels_shown
+
+
+def reset():
+    """Back to an empty, untitled script, as a freshly started host in test mode."""
+    scriptClear()
+    STATE.this[:] = []
+    del messages[:]
+    del panels_shown[:]
+    del STATE.panel_answers[:]
+    del STATE.answers[:]
+    STATE.interactive = False
+    STATE.undo_depth = 0
+    STATE.undo_disabled = 0
+
+
+def queue_panel(result=1, values=None):
+    """Queues the answer of the next nuke.Panel: what show() returns (1 OK, 0 Cancel) and the
+    values the user chose, by control name. A value a pulldown does not offer fails the show()."""
+    STATE.panel_answers.append((result, dict(values or {})))
+
+
+def queue_answer(value):
+    """Queues the answer of the next nuke.ask (a truth value) or nuke.getInput (a text, or None for
+    cancel)."""
+    STATE.answers.append(value)
+
+
+def pending_answers():
+    """How many queued answers no dialog has taken yet."""
+    return len(STATE.panel_answers) + len(STATE.answers)
+
+
+def set_interactive(flag=True):
+    STATE.interactive = bool(flag)
+
+
+def is_interactive():
+    return STATE.interactive
+
+
+def clipboard():
+    return STATE.clipboard
+
+
+def set_clipboard(text):
+    STATE.clipboard = text
+
+
+def set_active_viewer(node):
+    if node is not None and (not isinstance(node, nuke.Node) or node.Class() != "Viewer"):
+        raise ValueError("set_active_viewer takes a Viewer node or None")
+    STATE.active_viewer = node

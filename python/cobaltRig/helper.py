@@ -1,0 +1,884 @@
+"""Shared services of cobaltRig: the settings store, icons, style, small dialogs and file helpers.
+
+The compiled module looks every operation up here when it calls it, so a studio can replace a
+single function (a different settings location, its own dialogs) without rebuilding anything.
+
+Settings live in a per-user folder, ``~/.nuke/cobaltRig`` unless the environment variable
+``COBALTRIG_HOME`` names another one. The variable is read at each call, so a launcher or a test
+can move the folder at any time. The folder holds three XML files, each created with defaults the
+first time it is needed:
+
+``settings.xml``
+    ``<cobaltRig><settings><setting name="key">text</setting>...</settings>
+    <pools><pool name="name">path</pool>...</pools><flags><flag>r,g,b</flag>...</flags></cobaltRig>``
+``advanced_settings.xml``
+    ``<cobaltRig><advanced><setting name="key">text</setting>...</advanced></cobaltRig>``
+``hotkeys.xml``
+    ``<cobaltRig><hotkeys><hotkey name="key">shortcut</hotkey>...</hotkeys></cobaltRig>``
+
+Every value is text. A key the file does not hold reads as its default; an element without text
+reads as the empty text, except for the keys in ``UNSET_WHEN_EMPTY``, whose callers must tell "no
+value" apart from a value and get ``None`` for it. Files are only ever written as a whole, through
+a temporary file in the same folder and one rename, so a failed write leaves the old file in place.
+"""
+
+import collections
+import os
+import platform
+import tempfile
+import uuid
+import xml.etree.ElementTree as ET
+
+from PySide2 import QtCore, QtGui, QtWidgets
+
+VERSION = "1.0.0"
+
+HOME_ENV = "COBALTRIG_HOME"
+SETTINGS_FILE = "settings.xml"
+ADVANCED_SETTINGS_FILE = "advanced_settings.xml"
+HOTKEYS_FILE = "hotkeys.xml"
+ROOT_TAG = "cobaltRig"
+METADATA_ROOT_TAG = "snapshot"
+
+ICONS_DIR = os.path.join(os.path.dirname(os.path.abspath(__file__)), "icons")
+
+# Plain keys of the settings file, in the order a new file lists them.
+DEFAULT_SETTINGS = (
+    ("current_pool", "default"),
+    ("icon_size", "20"),
+    ("hide_disabled_items", "False"),
+    ("release_hotkey_closes_slider", "True"),
+    ("look_icons", "True"),
+    ("presetnodes_ignore", "Viewer,Dot,BackdropNode,StickyNote"),
+    ("tooltips", "True"),
+    ("snapshotbrowser_root", ""),
+    ("snapshotbrowser_size_current", "1200,700"),
+    ("snapshotbrowser_size_custom", "1200,700"),
+    ("snapshotbrowser_thumbnail_scrollbar", "True"),
+    ("snapshot_selection", "all nodes"),
+    ("snapshot_render_width", "480"),
+    ("current_snapshot_dir", None),
+    ("current_snapshot_preview", None),
+)
+
+# Keys that hold a path or nothing: for them an empty element means "not set" and reads as None.
+UNSET_WHEN_EMPTY = frozenset(("current_snapshot_dir", "current_snapshot_preview"))
+
+DEFAULT_POOL_NAME = "default"
+
+DEFAULT_FLAGS = (
+    "205,60,60",
+    "230,150,40",
+    "220,205,60",
+    "80,170,90",
+    "60,130,215",
+    "150,95,200",
+)
+
+DEFAULT_ADVANCED_SETTINGS = (
+    ("export_items", "True"),
+    ("import_window_transparent", "False"),
+    ("items_rename", "True"),
+    ("items_delete", "True"),
+    ("new_snapshot_directory", "True"),
+    ("delete_snapshot_directory", "True"),
+)
+
+# Shortcuts in the host's menu form. The two sliders are opened by holding a bare key and close
+# when it is released, so their entries are single upper-case keys; an empty text means no
+# shortcut.
+DEFAULT_HOTKEYS = (
+    ("store_look", "alt+shift+L"),
+    ("delete_looks", ""),
+    ("looks_slider", "E"),
+    ("resolution_slider", "Y"),
+    ("export_nodes", "alt+shift+E"),
+    ("import_preset", "alt+shift+I"),
+    ("snapshot", "alt+shift+S"),
+    ("snapshot_browser", "alt+shift+B"),
+    ("settings", ""),
+)
+BARE_KEY_HOTKEYS = frozenset(("looks_slider", "resolution_slider"))
+
+# Icon key -> file name in the icons folder.
+ICON_FILES = {
+    "icon_logo": "logo.png",
+    "icon_logo_grey": "logo_grey.png",
+    "icon_pool": "pool.png",
+    "icon_nodes": "nodes.png",
+    "icon_toolsets": "toolsets.png",
+    "icon_folder": "folder.png",
+    "icon_folder_white": "folder_white.png",
+    "icon_preset": "preset.png",
+    "icon_insert": "insert.png",
+    "icon_insert_img": "insert_img.png",
+    "icon_insert_nk": "insert_nk.png",
+    "icon_explorer": "explorer.png",
+    "icon_reveal": "reveal.png",
+    "icon_refresh": "refresh.png",
+    "icon_edit": "edit.png",
+    "icon_delete": "delete.png",
+    "icon_delete_selected": "delete_selected.png",
+    "icon_delete_all": "delete_all.png",
+    "icon_comment": "comment.png",
+    "icon_eye": "eye.png",
+    "icon_flag": "flag.png",
+    "icon_nocolor": "nocolor.png",
+    "icon_snapshot": "snapshot.png",
+    "icon_settings": "settings.png",
+    "icon_help": "help.png",
+    "icon_half": "half.png",
+    "icon_maximize": "maximize.png",
+    "icon_x": "x.png",
+    "icon_plus": "plus.png",
+    "icon_minus": "minus.png",
+    "icon_slider": "slider.png",
+    "icon_resolution": "resolution.png",
+    "look_star": "look_star.png",
+    "look_update": "look_update.png",
+    "look_delete": "look_delete.png",
+    "look_import": "look_import.png",
+    "look_export": "look_export.png",
+}
+
+TOOLTIPS = {
+    "snapshot_browser": {
+        "snapshot": "Take a snapshot of what the active viewer shows",
+        "settings": "Show or hide the settings of the snapshot browser",
+        "custom_size": "Reopen the browser at your custom size",
+        "maximize": "Reopen the browser at the size of the screen",
+        "close": "Close the snapshot browser (Esc)",
+        "switch_snapshot_dir": "Switch to another snapshot directory, or create or delete one",
+        "snapshot_selection": "Which nodes are saved beside each snapshot image",
+        "snapshot_render_width": "Width in pixels of the rendered snapshot images (100 to 2048)",
+        "snapshot_browser_root": "The folder that holds all snapshot directories",
+        "thumbnails_scrollbar": "Show the scroll bar of the thumbnail list "
+        "(takes effect when the browser opens next)",
+        "save_settings": "Store these settings and go back to the snapshots",
+    },
+    "settings": {
+        "pools": "Named folders that hold your node and toolset presets",
+        "add_pool": "Add a pool: a name and the folder it stands for",
+        "remove_pool": "Take the selected pool off the list; its folder stays on disk",
+        "hide_disabled_items": "Leave folders that don't fit the export out of the export tree",
+        "release_hotkey_closes_slider": "Releasing E closes the look slider",
+        "look_icons": "New look buttons on nodes get small pictures",
+        "tooltips": "The snapshot browser shows tool tips",
+        "presetnodes_ignore": "Node classes that never store looks, separated by commas",
+        "icon_size": "Size of the icons in the pool trees",
+    },
+}
+
+STYLE_SHEET = """
+QWidget#SliderPanel {
+    background-color: #262a30;
+    border: 1px solid #3a6fc4;
+}
+QLineEdit#input_look, QLineEdit#input_rez {
+    background-color: #1b1e22;
+    color: #f2f2f2;
+    border: 1px solid #3a6fc4;
+    border-radius: 2px;
+    font-weight: bold;
+    min-width: 26px;
+    max-width: 26px;
+    qproperty-alignment: AlignCenter;
+}
+QPushButton#actionButton {
+    background-color: #2f5fae;
+    color: #ffffff;
+    border: none;
+    border-radius: 3px;
+    padding: 5px 14px;
+}
+QPushButton#actionButton:hover {
+    background-color: #3a72cf;
+}
+QPushButton#actionButton:pressed {
+    background-color: #264d8e;
+}
+QWidget#snapshotbrowser {
+    background-color: #202326;
+    color: #d8d8d8;
+}
+QGroupBox#thumbs_list, QGroupBox#preview_image, QGroupBox#settings {
+    border: none;
+    margin: 0px;
+    padding: 0px;
+}
+QTableWidget#table_thumbs {
+    background-color: #1a1c1f;
+    border: none;
+    gridline-color: #1a1c1f;
+    selection-background-color: #3a6fc4;
+}
+QLabel#empty {
+    background-color: #1a1c1f;
+}
+QLabel#comment {
+    background-color: rgba(20, 22, 25, 200);
+    color: #f2f2f2;
+    font-size: 10px;
+    font-weight: bold;
+    min-width: 18px;
+    max-width: 18px;
+    min-height: 18px;
+    max-height: 18px;
+    qproperty-alignment: AlignCenter;
+}
+QLabel#flag {
+    min-width: 18px;
+    max-width: 18px;
+    min-height: 18px;
+    max-height: 18px;
+}
+QLabel#plain {
+    background: transparent;
+    color: #d8d8d8;
+}
+"""
+
+CHANGELOG = """<b>cobaltRig {version}</b>
+<ul>
+<li>Looks: store any number of looks of a node, recall, update and delete them, and step the
+selected nodes through their looks with the look slider.</li>
+<li>Preset pools: export single nodes and toolsets into named pools, search and insert them.</li>
+<li>Snapshots: render the viewer into a snapshot with its node graph, browse, flag and comment
+snapshots in the snapshot browser.</li>
+<li>Resolution slider for the active viewer.</li>
+</ul>"""
+
+ABOUT = """<b>cobaltRig</b> {version}<br><br>
+Looks, preset pools, snapshots and a viewer resolution slider for the node graph.<br><br>
+Settings folder: {home}"""
+
+# Non-modal information windows stay referenced here while they are open.
+_info_windows = []
+
+
+# --------------------------------------------------------------------------------------------
+# Settings home and XML files
+# --------------------------------------------------------------------------------------------
+
+
+def get_settings_home():
+    """The per-user settings folder, created when missing."""
+    home = os.environ.get(HOME_ENV) or os.path.join(os.path.expanduser("~"), ".nuke", "cobaltRig")
+    home = os.path.abspath(os.path.expanduser(home))
+    if not os.path.isdir(home):
+        os.makedirs(home, exist_ok=True)
+    return home
+
+
+def prettyprint(root, level=0):
+    """Indent an ElementTree element and its descendants in place, two spaces per level.
+
+    Existing layout whitespace is replaced, so a file that is read and written again keeps the
+    same shape. Text of leaf elements is never touched: values may hold meaningful blanks.
+    Anything that isn't an ElementTree element is left alone.
+    """
+    if not ET.iselement(root):
+        return root
+    pad = "\n" + "  " * level
+    children = list(root)
+    if children:
+        if not root.text or not root.text.strip():
+            root.text = pad + "  "
+        for child in children:
+            prettyprint(child, level + 1)
+            if not child.tail or not child.tail.strip():
+                child.tail = pad + "  "
+        if not children[-1].tail or not children[-1].tail.strip():
+            children[-1].tail = pad
+    if level == 0:
+        root.tail = None
+    return root
+
+
+def _new_file_mode(path):
+    if os.path.exists(path):
+        return os.stat(path).st_mode & 0o7777
+    umask = os.umask(0)
+    os.umask(umask)
+    return 0o666 & ~umask
+
+
+def write_xml(root, path):
+    """Write the element tree to path as UTF-8 with a declaration, replacing the file atomically.
+
+    The document goes to a temporary file beside the target and is renamed over it in one step,
+    so an interrupted or failed write never leaves a truncated file behind.
+    """
+    prettyprint(root)
+    folder = os.path.dirname(os.path.abspath(path))
+    mode = _new_file_mode(path)
+    fd, tmp = tempfile.mkstemp(prefix="." + os.path.basename(path) + ".", suffix=".tmp", dir=folder)
+    try:
+        with os.fdopen(fd, "wb") as handle:
+            ET.ElementTree(root).write(handle, encoding="utf-8", xml_declaration=True)
+            handle.write(b"\n")
+        os.chmod(tmp, mode)
+        os.replace(tmp, path)
+    except BaseException:
+        try:
+            os.remove(tmp)
+        except OSError:
+            pass
+        raise
+
+
+def _parse(path):
+    try:
+        return ET.parse(path).getroot()
+    except ET.ParseError as error:
+        raise ValueError("cobaltRig: cannot read '{}': {}".format(path, error))
+
+
+def _child(parent, tag, create=False):
+    element = parent.find(tag)
+    if element is None and create:
+        element = ET.SubElement(parent, tag)
+    return element
+
+
+def _named_section(section_tag, item_tag, items):
+    section = ET.Element(section_tag)
+    for name, value in items:
+        element = ET.SubElement(section, item_tag, name=name)
+        element.text = value or None
+    return section
+
+
+def _ensure_file(filename, build):
+    path = os.path.join(get_settings_home(), filename)
+    if not os.path.isfile(path):
+        write_xml(build(), path)
+    return path
+
+
+def _read_named(path, section_tag, item_tag):
+    """Ordered (name, text) pairs of a section; the first of two equal names wins."""
+    section = _child(_parse(path), section_tag)
+    values = {}
+    if section is None:
+        return values
+    for element in section.findall(item_tag):
+        name = element.get("name")
+        if name is not None and name not in values:
+            values[name] = element.text or ""
+    return values
+
+
+# --------------------------------------------------------------------------------------------
+# The settings store
+# --------------------------------------------------------------------------------------------
+
+
+def get_default_snapshot_root_dir():
+    """Where snapshot directories go until the user picks a root of their own."""
+    return os.path.join(get_settings_home(), "snapshots")
+
+
+def get_default_pool_dir():
+    return os.path.join(get_settings_home(), "pools", DEFAULT_POOL_NAME)
+
+
+def _default_settings_root():
+    root = ET.Element(ROOT_TAG)
+    root.append(_named_section("settings", "setting", DEFAULT_SETTINGS))
+    pools = ET.SubElement(root, "pools")
+    pool = ET.SubElement(pools, "pool", name=DEFAULT_POOL_NAME)
+    pool.text = get_default_pool_dir()
+    flags = ET.SubElement(root, "flags")
+    for colour in DEFAULT_FLAGS:
+        ET.SubElement(flags, "flag").text = colour
+    return root
+
+
+def get_settings_xml():
+    """Path of the settings file; the folder and a file with defaults are made when missing.
+
+    A new file comes with one pool, whose folder is laid out at the same time, so the first
+    export or import window already shows a tree to work in.
+    """
+    path = os.path.join(get_settings_home(), SETTINGS_FILE)
+    if not os.path.isfile(path):
+        write_xml(_default_settings_root(), path)
+        for sub in ("nodes", "toolsets"):
+            try:
+                os.makedirs(os.path.join(get_default_pool_dir(), sub))
+            except OSError:
+                pass  # an existing or unwritable pool folder is the user's to sort out
+    return path
+
+
+def load_settings():
+    """A fresh mapping of the settings store.
+
+    Plain keys map to their text, ``pools`` to an ordered mapping of pool name to path, ``flags``
+    to the list of flag colours ("r,g,b") in file order. Keys the file lacks read as their
+    default; see the module notes for empty values.
+    """
+    path = get_settings_xml()
+    root = _parse(path)
+    settings = dict(DEFAULT_SETTINGS)
+    section = _child(root, "settings")
+    seen = set()
+    if section is not None:
+        for element in section.findall("setting"):
+            key = element.get("name")
+            if key is None or key in seen:
+                continue
+            seen.add(key)
+            text = element.text or ""
+            if not text and key in UNSET_WHEN_EMPTY:
+                text = None
+            settings[key] = text
+
+    pools = {}
+    pools_element = _child(root, "pools")
+    if pools_element is not None:
+        for element in pools_element.findall("pool"):
+            name = element.get("name")
+            if name and name not in pools:
+                pools[name] = element.text or ""
+    settings["pools"] = pools
+
+    flags = []
+    flags_element = _child(root, "flags")
+    if flags_element is not None:
+        for element in flags_element.findall("flag"):
+            if element.text and element.text.strip():
+                flags.append(element.text.strip())
+    settings["flags"] = flags
+    return settings
+
+
+def update_settings(values):
+    """Store several plain keys in one rewrite; ``None`` empties a key.
+
+    Every ``setting`` element of a key gets the value; a key the file doesn't hold is added.
+    """
+    path = get_settings_xml()
+    root = _parse(path)
+    section = _child(root, "settings", create=True)
+    for key, value in values.items():
+        text = None if value is None else str(value)
+        matches = [e for e in section.findall("setting") if e.get("name") == key]
+        if not matches:
+            matches = [ET.SubElement(section, "setting", name=key)]
+        for element in matches:
+            element.text = text or None
+    write_xml(root, path)
+
+
+def update_xml(key, value):
+    """Store one plain key of the settings file; ``None`` unsets it."""
+    update_settings({key: value})
+
+
+def save_pools(pools):
+    """Replace the stored pools with the mapping, keeping its order."""
+    path = get_settings_xml()
+    root = _parse(path)
+    section = _child(root, "pools", create=True)
+    for element in list(section):
+        section.remove(element)
+    for name, pool_path in pools.items():
+        ET.SubElement(section, "pool", name=name).text = pool_path
+    write_xml(root, path)
+
+
+def add_pool(name, path):
+    pools = load_settings()["pools"]
+    pools[name] = path
+    save_pools(pools)
+
+
+def remove_pool(name):
+    pools = load_settings()["pools"]
+    pools.pop(name, None)
+    save_pools(pools)
+
+
+def _default_advanced_root():
+    root = ET.Element(ROOT_TAG)
+    root.append(_named_section("advanced", "setting", DEFAULT_ADVANCED_SETTINGS))
+    return root
+
+
+def parse_advanced_settings():
+    """Mapping of the advanced settings, text to text; missing keys read as their default."""
+    path = _ensure_file(ADVANCED_SETTINGS_FILE, _default_advanced_root)
+    values = dict(DEFAULT_ADVANCED_SETTINGS)
+    values.update(_read_named(path, "advanced", "setting"))
+    return values
+
+
+def _default_hotkeys_root():
+    root = ET.Element(ROOT_TAG)
+    root.append(_named_section("hotkeys", "hotkey", DEFAULT_HOTKEYS))
+    return root
+
+
+def load_hotkeys():
+    """Mapping of action name to shortcut text; the slider keys come in upper case."""
+    path = _ensure_file(HOTKEYS_FILE, _default_hotkeys_root)
+    values = dict(DEFAULT_HOTKEYS)
+    values.update(_read_named(path, "hotkeys", "hotkey"))
+    for key in BARE_KEY_HOTKEYS:
+        values[key] = values[key].strip().upper()
+    return values
+
+
+# --------------------------------------------------------------------------------------------
+# Icons, tool tips, style, windows
+# --------------------------------------------------------------------------------------------
+
+
+def load_icons():
+    """Mapping of icon key to the path of its image in the package's icons folder."""
+    return dict((key, os.path.join(ICONS_DIR, name)) for key, name in ICON_FILES.items())
+
+
+def load_tooltips(widget, section):
+    """Give every child of widget (and widget itself) that carries a "tt" property its text."""
+    texts = TOOLTIPS.get(section, {})
+    objects = [widget] + list(widget.findChildren(QtCore.QObject))
+    for obj in objects:
+        key = obj.property("tt")
+        if key and key in texts and hasattr(obj, "setToolTip"):
+            obj.setToolTip(texts[key])
+
+
+def set_style_sheet(widget):
+    widget.setStyleSheet(STYLE_SHEET)
+
+
+def center_window(widget):
+    """Centre a top-level window on the screen under the mouse, or the primary screen."""
+    screen = QtGui.QGuiApplication.screenAt(QtGui.QCursor.pos())
+    if screen is None:
+        screen = QtGui.QGuiApplication.primaryScreen()
+    if screen is None:
+        return
+    frame = widget.frameGeometry()
+    frame.moveCenter(screen.availableGeometry().center())
+    widget.move(frame.topLeft())
+
+
+def _qt_parent(parent):
+    return parent if isinstance(parent, QtWidgets.QWidget) else None
+
+
+def show_message_box(parent, text):
+    """Show text and wait for the user; parent may be None."""
+    parent = _qt_parent(parent)
+    box = QtWidgets.QMessageBox(parent)
+    box.setWindowTitle("cobaltRig")
+    box.setTextFormat(QtCore.Qt.PlainText)
+    box.setText(text)
+    box.setStandardButtons(QtWidgets.QMessageBox.Ok)
+    # The windows of the tool stay on top; a message must not open behind them.
+    box.setWindowFlags(box.windowFlags() | QtCore.Qt.WindowStaysOnTopHint)
+    box.exec_()
+
+
+def _css_colour(color):
+    """A colour text as callers pass it ("45,0,0", "#c33", "red") in style sheet form."""
+    if not color:
+        return None
+    text = str(color).strip()
+    parts = [p.strip() for p in text.split(",")]
+    if len(parts) == 3 and all(p.isdigit() for p in parts):
+        return "rgb({})".format(",".join(parts))
+    if QtGui.QColor.isValidColor(text):
+        return text
+    return None
+
+
+def ask_dialog(title, message, process_label="ok", color_process=None):
+    """Ask a question; True only when the user pressed the button labelled process_label.
+
+    Cancel is the default button, so Return, Escape and closing the window all decline: the
+    question usually guards something that can't be undone.
+    """
+    dialog = QtWidgets.QDialog()
+    dialog.setWindowTitle(title)
+    dialog.setWindowFlags(dialog.windowFlags() | QtCore.Qt.WindowStaysOnTopHint)
+    dialog.setModal(True)
+    dialog.setMinimumWidth(360)
+
+    label = QtWidgets.QLabel(message)
+    label.setTextFormat(QtCore.Qt.PlainText)
+    label.setWordWrap(True)
+    push_cancel = QtWidgets.QPushButton("cancel")
+    push_cancel.setObjectName("push_cancel")
+    push_process = QtWidgets.QPushButton(process_label)
+    push_process.setObjectName("push_process")
+    push_process.setAutoDefault(False)
+    push_cancel.setDefault(True)
+    css = _css_colour(color_process)
+    if css:
+        push_process.setStyleSheet(
+            "QPushButton {{background-color: {}; color: #ffffff; padding: 5px 14px;}}".format(css)
+        )
+
+    layout_push = QtWidgets.QHBoxLayout()
+    layout_push.addStretch(1)
+    layout_push.addWidget(push_process)
+    layout_push.addWidget(push_cancel)
+    layout_main = QtWidgets.QVBoxLayout(dialog)
+    layout_main.addWidget(label)
+    layout_main.addLayout(layout_push)
+
+    push_process.clicked.connect(dialog.accept)
+    push_cancel.clicked.connect(dialog.reject)
+    result = dialog.exec_() == QtWidgets.QDialog.Accepted
+    dialog.deleteLater()
+    return result
+
+
+def _show_info_window(title, html):
+    box = QtWidgets.QMessageBox()
+    box.setWindowTitle(title)
+    box.setTextFormat(QtCore.Qt.RichText)
+    box.setText(html)
+    box.setStandardButtons(QtWidgets.QMessageBox.Close)
+    box.setWindowFlags(box.windowFlags() | QtCore.Qt.WindowStaysOnTopHint)
+    box.setAttribute(QtCore.Qt.WA_DeleteOnClose)
+    box.setModal(False)
+    _info_windows.append(box)
+    box.destroyed.connect(lambda *args: _info_windows.remove(box) if box in _info_windows else None)
+    box.show()
+    box.raise_()
+    return box
+
+
+def show_changelog():
+    return _show_info_window("cobaltRig changelog", CHANGELOG.format(version=VERSION))
+
+
+def show_about_window():
+    return _show_info_window("about cobaltRig", ABOUT.format(version=VERSION, home=get_settings_home()))
+
+
+# --------------------------------------------------------------------------------------------
+# Trees and the file browser
+# --------------------------------------------------------------------------------------------
+
+
+def build_tree_widget_item(parent, label, path, disabled, selected, expanded=False, is_dir=False, icon=None):
+    """A pool tree item under parent (a tree or an item), already attached.
+
+    ``text(0)`` is the label and ``data(0, UserRole)`` the path. Directories without an icon of
+    their own get the folder icon, files the preset icon. A disabled directory disables what
+    lies below it as well, as Qt does: nothing in a folder that doesn't fit the export can be
+    picked as its destination.
+    """
+    item = QtWidgets.QTreeWidgetItem(parent, [label])
+    item.setData(0, QtCore.Qt.UserRole, path)
+    if not icon:
+        icon = ICON_FILES["icon_folder"] if is_dir else ICON_FILES["icon_preset"]
+        icon = os.path.join(ICONS_DIR, icon)
+    item.setIcon(0, QtGui.QIcon(icon))
+    item.setDisabled(bool(disabled))
+    item.setSelected(bool(selected))
+    item.setExpanded(bool(expanded))
+    return item
+
+
+def get_explorer_name():
+    system = platform.system()
+    if system == "Windows":
+        return "Explorer"
+    if system == "Darwin":
+        return "Finder"
+    return "file browser"
+
+
+def open_in_explorer(path, parent=None):
+    """Show a folder (or the folder of a file) in the platform's file browser."""
+    folder = path if os.path.isdir(path) else os.path.dirname(path)
+    if not folder or not os.path.isdir(folder):
+        show_message_box(parent, "The folder '{}' doesn't exist.".format(path))
+        return False
+    return QtGui.QDesktopServices.openUrl(QtCore.QUrl.fromLocalFile(folder))
+
+
+# --------------------------------------------------------------------------------------------
+# The host's graph
+# --------------------------------------------------------------------------------------------
+
+
+def create_uid():
+    """A new identifier for a stored look: hex digits only, so it can stand between quotes."""
+    return uuid.uuid4().hex
+
+
+def _root_nodes(nuke, node_class=None):
+    # The container lives in the root graph, whatever group context the caller is in.
+    if node_class:
+        return nuke.allNodes(filter=node_class, group=nuke.root())
+    return nuke.allNodes(group=nuke.root())
+
+
+def find_looks_group():
+    """The look container of the script (a Group with the knob looks_group), or False."""
+    import nuke
+
+    for node in _root_nodes(nuke, "Group"):
+        if "looks_group" in node.knobs():
+            return node
+    return False
+
+
+def get_topleft_coordinates():
+    """A place above the top-left corner of the root graph, clear of its nodes."""
+    import nuke
+
+    nodes = [n for n in _root_nodes(nuke) if "looks_group" not in n.knobs()]
+    if not nodes:
+        return 0, 0
+    x = min(int(n.xpos()) for n in nodes)
+    y = min(int(n.ypos()) for n in nodes)
+    return x, y - 100
+
+
+def get_resolution():
+    """The active viewer's downrez step as text ("0.0" to "5.0"), or None without a viewer."""
+    import nuke
+
+    viewer = nuke.activeViewer()
+    if viewer is None:
+        return None
+    node = viewer.node()
+    if node is None:
+        return None
+    try:
+        knob = node["downrez"]
+    except (NameError, KeyError):
+        return None
+    value = knob.getValue()
+    try:
+        return str(float(value))
+    except (TypeError, ValueError):
+        return str(value)
+
+
+def get_connected_nodes(node):
+    """All nodes upstream of node, nearest first, each once; node itself is not among them."""
+    def key(n):
+        try:
+            return n.fullName()
+        except AttributeError:
+            return n.name()
+
+    seen = set([key(node)])
+    result = []
+    pending = collections.deque(node.dependencies())
+    while pending:
+        current = pending.popleft()
+        if current is None or key(current) in seen:
+            continue
+        seen.add(key(current))
+        result.append(current)
+        pending.extend(current.dependencies())
+    return result
+
+
+# --------------------------------------------------------------------------------------------
+# Snapshots
+# --------------------------------------------------------------------------------------------
+
+
+def get_image_size(path):
+    """Width and height of an image, read from its header only; (1, 1) when unreadable."""
+    size = QtGui.QImageReader(path).size()
+    if not size.isValid() or size.width() <= 0 or size.height() <= 0:
+        return 1, 1
+    return size.width(), size.height()
+
+
+def get_snapshot_dirs():
+    """Names of the snapshot directories under the browser root, in the file system's order."""
+    root = load_settings().get("snapshotbrowser_root") or get_default_snapshot_root_dir()
+    if not os.path.isdir(root):
+        return []
+    return [name for name in os.listdir(root) if os.path.isdir(os.path.join(root, name))]
+
+
+def _metaxml_path(src):
+    return os.path.splitext(src)[0] + ".xml"
+
+
+def create_metaxml(path):
+    """Write a fresh metadata document with an empty comment and no flag."""
+    root = ET.Element(METADATA_ROOT_TAG)
+    metadata = ET.SubElement(root, "metadata")
+    ET.SubElement(metadata, "meta", name="comment")
+    ET.SubElement(metadata, "meta", name="flag")
+    write_xml(root, path)
+
+
+def load_metadata(src):
+    """Comment and flag of the snapshot with image src; empty texts when there are none."""
+    result = {"comment": "", "flag": ""}
+    path = _metaxml_path(src)
+    if not os.path.isfile(path):
+        return result
+    try:
+        metadata = ET.parse(path).getroot().find("metadata")
+    except ET.ParseError:
+        return result
+    if metadata is None:
+        return result
+    found = set()
+    for meta in metadata.findall("meta"):
+        name = meta.get("name")
+        if name in result and name not in found:
+            found.add(name)
+            result[name] = meta.text or ""
+    return result
+
+
+def set_flag(browser, src, colour):
+    """Set the flag of a snapshot (colour: the three texts of a flag entry) or remove it (None).
+
+    The browser is then brought up to date: the thumbnail of the snapshot redraws its marks, or,
+    when it can't be found, the table is rebuilt.
+    """
+    path = _metaxml_path(src)
+    if not os.path.isfile(path):
+        create_metaxml(path)
+    root = _parse(path)
+    metadata = _child(root, "metadata", create=True)
+    flags = [m for m in metadata.findall("meta") if m.get("name") == "flag"]
+    if not flags:
+        flags = [ET.SubElement(metadata, "meta", name="flag")]
+    text = ",".join(str(c).strip() for c in colour) if colour else None
+    for meta in flags:
+        meta.text = text
+    write_xml(root, path)
+    _refresh_browser(browser, src)
+
+
+def _refresh_browser(browser, src):
+    if browser is None:
+        return
+    target = os.path.normcase(os.path.abspath(src))
+    try:
+        updated = False
+        for thumb in browser.get_thumbnails_list():
+            if thumb is None:
+                continue
+            if os.path.normcase(os.path.abspath(thumb.get_src())) == target:
+                thumb.set_meta_ui_elements()
+                updated = True
+        if updated:
+            return
+    except Exception:
+        pass
+    populate = getattr(browser, "populate_table_thumbs", None)
+    if populate is not None:
+        populate()

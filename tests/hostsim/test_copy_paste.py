@@ -1,0 +1,180 @@
+"""Copy and paste, groups made from the selection, and saving, opening and clearing scripts."""
+
+import pytest
+
+import hostctl
+import nuke
+import nukescripts
+
+# Every test starts on an empty, untitled script with nothing queued (the shared `host` fixture).
+pytestmark = pytest.mark.usefixtures("host")
+
+CLIP = "%clipboard%"
+
+
+def node_with_user_knobs():
+    node = nuke.nodes.Blur(size=4.0, label="my label")
+    node.addKnob(nuke.Tab_Knob("looks", "looks"))
+    hidden = nuke.Text_Knob("look_uid", "abc123")
+    hidden.setVisible(False)
+    node.addKnob(hidden)
+    button = nuke.PyScript_Knob("look_preset_1", "1")
+    button.setTooltip("abc123")
+    button.setCommand("print('apply abc123')")
+    node.addKnob(button)
+    node.addKnob(nuke.PythonKnob("look_knob_values"))
+    return node
+
+
+def knob_facts(node):
+    return [(k.name(), k.Class(), k.label(), k.tooltip(), k.visible(), k.value())
+            for k in node.allKnobs() if k.name() not in ("name", "selected")]
+
+
+@pytest.mark.parametrize("target", ["clipboard", "file"])
+def test_copy_and_paste_round_trip_every_knob_under_a_fresh_name(target, tmp_path):
+    where = CLIP if target == "clipboard" else str(tmp_path / "preset.nk")
+    node = node_with_user_knobs()
+    node.selectOnly()
+    assert nuke.nodeCopy(where) is True
+    pasted = nuke.nodePaste(where)
+    assert pasted is not node and pasted.Class() == "Blur"
+    assert pasted.name() == "Blur2"
+    assert knob_facts(pasted) == knob_facts(node)
+    assert pasted["look_preset_1"].command() == "print('apply abc123')"
+    assert nuke.selectedNodes() == [pasted] and not node.isSelected()
+    assert (hostctl.clipboard() is not None) == (target == "clipboard")
+
+
+def test_copy_without_selection_writes_nothing(tmp_path):
+    path = tmp_path / "nothing.nk"
+    assert nuke.nodeCopy(str(path)) is False and not path.exists()
+    assert nuke.nodeCopy(CLIP) is False and hostctl.clipboard() is None
+
+
+def test_paste_hooks_the_first_chain_start_onto_the_selected_node():
+    source = nuke.nodes.Blur()
+    top = nuke.nodes.Grade(inputs=[source])
+    bottom = nuke.nodes.Dot(inputs=[top])
+    top.selectOnly()
+    bottom.setSelected(True)
+    nuke.nodeCopy(CLIP)
+    target = nuke.nodes.Constant()
+    target.selectOnly()
+    last = nuke.nodePaste(CLIP)
+    new_top = last.input(0)
+    assert last.Class() == "Dot" and new_top.Class() == "Grade"
+    assert new_top.input(0) is target
+    assert set(nuke.selectedNodes()) == {new_top, last}
+
+
+def test_paste_after_clearing_the_selection_connects_nothing():
+    blur = nuke.nodes.Blur()
+    group = nuke.nodes.Group()
+    with group:
+        inner = nuke.nodes.Dot()
+        inner.selectOnly()
+    blur.selectOnly()
+    nuke.nodeCopy(CLIP)
+    nukescripts.clear_selection_recursive()
+    assert not blur.isSelected() and not inner.isSelected()
+    assert nuke.nodePaste(CLIP).input(0) is None
+
+
+def test_paste_lands_in_the_group_context_and_selects_only_there():
+    blur = nuke.nodes.Blur()
+    container = nuke.nodes.Group()
+    blur.selectOnly()
+    nuke.nodeCopy(CLIP)
+    with container:
+        stored = nuke.nodePaste(CLIP)
+    assert container.nodes() == [stored] and stored.name() == "Blur1"
+    assert stored.input(0) is None and stored.isSelected()
+    assert nuke.selectedNodes() == [blur]
+
+
+def test_groups_copy_with_their_contents_and_wiring():
+    group = nuke.nodes.Group()
+    with group:
+        feed = nuke.nodes.Input()
+        blur = nuke.nodes.Blur(inputs=[feed], size=2.0)
+        nuke.nodes.Output(inputs=[blur])
+    group.selectOnly()
+    nuke.nodeCopy(CLIP)
+    copy = nuke.nodePaste(CLIP)
+    names = [n.name() for n in copy.nodes()]
+    assert names == ["Input1", "Blur1", "Output1"] and copy.maxInputs() == 1
+    assert copy.output().input(0) is copy.node("Blur1")
+    assert copy.node("Blur1")["size"].value() == 2.0
+
+
+def test_paste_of_something_else_fails_with_a_text(tmp_path):
+    path = tmp_path / "not_a_script.nk"
+    path.write_text("hello")
+    with pytest.raises(RuntimeError, match="not_a_script"):
+        nuke.nodePaste(str(path))
+    with pytest.raises(RuntimeError):
+        nuke.nodePaste(str(tmp_path / "missing.nk"))
+
+
+def test_make_group_holds_copies_wired_as_before():
+    viewed = nuke.nodes.ColorBars()
+    reformat = nuke.nodes.Reformat(inputs=[viewed], type="to box", box_width=300)
+    write = nuke.nodes.Write(inputs=[reformat], file="/tmp/x.jpg")
+    reformat.selectOnly()
+    write.setSelected(True)
+    group = nuke.makeGroup(show=False)
+    assert reformat in nuke.allNodes() and write in nuke.allNodes()
+    assert group.input(0) is viewed
+    with group:
+        inner_write = nuke.allNodes("Write")[0]
+        inner_reformat = inner_write.input(0)
+        assert inner_reformat["box_width"].value() == 300
+        assert inner_reformat.input(0).Class() == "Input"
+        assert group.output().input(0) is inner_write
+    assert nuke.selectedNodes() == [reformat, write]
+
+
+def test_root_name_follows_save_as_but_not_save_to_another_file(tmp_path):
+    assert nuke.root().name() == "Root"
+    with pytest.raises(RuntimeError):
+        nuke.scriptName()
+    with pytest.raises(RuntimeError):
+        nuke.scriptSave()
+    copy = tmp_path / "copy.nk"
+    assert nuke.scriptSave(str(copy)) is True and copy.exists()
+    assert nuke.root().name() == "Root"
+    shot = str(tmp_path / "shot.nk")
+    nuke.scriptSaveAs(shot)
+    assert nuke.root().name() == shot and nuke.scriptName() == shot
+
+
+def test_saved_script_opens_again_with_root_settings_and_connections(tmp_path):
+    path = str(tmp_path / "comp.nk")
+    read = nuke.nodes.Read(file="/plates/a.exr")
+    viewer = nuke.nodes.Viewer(inputs=[read])
+    nuke.root()["proxy"].setValue(True)
+    nuke.scriptSaveAs(path)
+    nuke.scriptClear()
+    nuke.scriptOpen(path)
+    read, viewer = nuke.toNode("Read1"), nuke.toNode("Viewer1")
+    assert viewer.input(0) is read and read["file"].value() == "/plates/a.exr"
+    assert nuke.root()["proxy"].value() is True and nuke.root().name() == path
+    assert nuke.activeViewer().activeInput() == 0
+
+
+def test_script_clear_resets_graph_selection_clipboard_and_root(tmp_path):
+    blur = nuke.nodes.Blur()
+    blur.selectOnly()
+    nuke.nodeCopy(CLIP)
+    nuke.root()["proxy"].setValue(True)
+    nuke.scriptSaveAs(str(tmp_path / "a.nk"))
+    group = nuke.nodes.Group()
+    group.begin()
+    nuke.scriptClear()
+    assert nuke.allNodes() == [] and nuke.selectedNodes() == []
+    assert hostctl.clipboard() is None and nuke.nodePaste(CLIP) is None
+    assert nuke.root().name() == "Root" and nuke.root()["proxy"].value() is False
+    assert nuke.thisGroup() is nuke.root()
+    with pytest.raises(ValueError):
+        blur.name()

@@ -1,0 +1,200 @@
+"""The node graph of the simulated host: selection, contexts, wiring, deletion, handles."""
+
+import pytest
+
+import nuke
+
+# Every test starts on an empty, untitled script with nothing queued (the shared `host` fixture).
+pytestmark = pytest.mark.usefixtures("host")
+
+
+def chain(*classes):
+    """Nodes created one below the other, each fed by the one before."""
+    nodes = []
+    for cls in classes:
+        nodes.append(nuke.createNode(cls, inpanel=False))
+    return nodes
+
+
+def test_select_only_replaces_and_set_selected_adds():
+    a, b, c = (nuke.nodes.NoOp() for _ in range(3))
+    a.selectOnly()
+    b.setSelected(True)
+    assert nuke.selectedNodes() == [a, b]
+    c.selectOnly()
+    assert nuke.selectedNodes() == [c] and nuke.selectedNode() is c
+    c["selected"].setValue(False)
+    assert nuke.selectedNodes() == []
+    with pytest.raises(ValueError):
+        nuke.selectedNode()
+
+
+def test_select_only_keeps_the_selection_of_other_groups():
+    outer = nuke.nodes.Blur()
+    group = nuke.nodes.Group()
+    outer.selectOnly()
+    with group:
+        inner = nuke.nodes.Blur()
+        inner.selectOnly()
+        assert nuke.selectedNodes() == [inner]
+    assert nuke.selectedNodes() == [outer]
+
+
+def test_created_nodes_land_in_the_group_context_and_it_is_left_on_errors():
+    group = nuke.nodes.Group()
+    with group:
+        blur = nuke.createNode("Blur", inpanel=False)
+        assert nuke.thisGroup() is group and nuke.allNodes() == [blur]
+    with pytest.raises(ZeroDivisionError):
+        with group:
+            1 / 0
+    assert nuke.thisGroup() is nuke.root()
+    assert group.nodes() == [blur] and blur.fullName() == group.name() + ".Blur1"
+    assert nuke.toNode(blur.fullName()) is blur and nuke.toNode("root." + blur.fullName()) is blur
+    assert blur not in nuke.allNodes() and blur in nuke.allNodes(recurseGroups=True)
+
+
+def test_end_must_match_begin():
+    first, second = nuke.nodes.Group(), nuke.nodes.Group()
+    first.begin()
+    second.begin()
+    with pytest.raises(RuntimeError):
+        first.end()
+    second.end()
+    first.end()
+    assert nuke.thisGroup() is nuke.root()
+
+
+def test_knobs_is_a_snapshot_that_survives_removal_during_the_walk():
+    node = nuke.nodes.Blur()
+    for name in ("a", "look_preset_1", "b"):
+        node.addKnob(nuke.PyScript_Knob(name, name))
+    for name, knob in node.knobs().items():
+        if name in ("a", "look_preset_1", "b"):
+            node.removeKnob(knob)
+    assert not {"a", "look_preset_1", "b"} & set(node.knobs())
+
+
+def test_add_knob_appends_and_remove_knob_refuses_foreign_knobs():
+    node, other = nuke.nodes.Blur(), nuke.nodes.Blur()
+    tab, button = nuke.Tab_Knob("looks", "looks"), nuke.PyScript_Knob("go", "go")
+    assert tab.node() is None
+    node.addKnob(tab)
+    node.addKnob(button)
+    assert node.allKnobs()[-2:] == [tab, button] and button.node() is node
+    with pytest.raises(ValueError):
+        other.removeKnob(button)
+    with pytest.raises(NameError):
+        node["no_such_knob"]
+    assert node.knob("no_such_knob") is None
+
+
+def test_create_node_hooks_below_the_selection_and_takes_over_its_outputs():
+    read, blur = chain("CheckerBoard", "Blur")
+    merge = nuke.nodes.Merge2(inputs=[blur, blur])
+    viewer = nuke.nodes.Viewer(inputs=[blur])
+    blur.selectOnly()
+    dot = nuke.createNode("Dot")
+    assert dot.input(0) is blur and blur.input(0) is read
+    assert [merge.input(0), merge.input(1), viewer.input(0)] == [dot, dot, dot]
+    assert nuke.selectedNodes() == [dot] and dot.shown()
+    assert dot.ypos() > blur.ypos()
+
+
+@pytest.mark.parametrize("cls", ["Viewer", "Group", "Constant"])
+def test_create_node_leaves_outputs_alone_for_nodes_that_do_not_insert(cls):
+    blur, grade = chain("Blur", "Grade")
+    blur.selectOnly()
+    new = nuke.createNode(cls, inpanel=False)
+    assert grade.input(0) is blur and not new.shown()
+    assert new.input(0) is (blur if cls == "Viewer" else None)
+
+
+def test_delete_hands_outputs_to_input_zero_and_kills_the_handle():
+    read, blur, grade = chain("Read", "Blur", "Grade")
+    nuke.delete(blur)
+    assert grade.input(0) is read
+    nuke.delete(read)
+    assert grade.inputs() == 0 and grade.input(0) is None
+
+
+def test_dependencies_have_no_gaps():
+    a, b = nuke.nodes.Constant(), nuke.nodes.Constant()
+    merge = nuke.nodes.Merge2()
+    assert merge.setInput(1, a)
+    assert merge.inputs() == 2 and merge.input(0) is None
+    assert merge.dependencies() == [a]
+    merge.setInput(3, b)
+    assert merge.dependencies() == [a, b] and a.dependent() == [merge]
+
+
+@pytest.mark.parametrize("index, source, why", [
+    (1, "constant", "the Dot has one input"),
+    (0, "downstream", "it would make a loop"),
+    (0, "viewer", "a viewer feeds nothing"),
+])
+def test_set_input_refuses(index, source, why):
+    constant = nuke.nodes.Constant()
+    dot = nuke.nodes.Dot(inputs=[constant])
+    downstream = nuke.nodes.Blur(inputs=[dot])
+    viewer = nuke.nodes.Viewer()
+    assert dot.setInput(index, locals()[source]) is False, why
+
+
+@pytest.mark.parametrize("use", [
+    lambda node, knob: node.name(),
+    lambda node, knob: node["size"],
+    lambda node, knob: node.knobs(),
+    lambda node, knob: node.setInput(0, None),
+    lambda node, knob: knob.value(),
+    lambda node, knob: nuke.delete(node),
+])
+def test_a_dead_handle_raises(use):
+    blur = nuke.nodes.Blur()
+    knob = blur["label"]
+    nuke.delete(blur)
+    with pytest.raises(ValueError, match="A PythonObject is not attached to a node"):
+        use(blur, knob)
+
+
+def test_deleting_a_group_kills_its_members():
+    group = nuke.nodes.Group()
+    with group:
+        inner = nuke.nodes.Blur()
+    nuke.delete(group)
+    with pytest.raises(ValueError):
+        inner.name()
+
+
+def test_names_are_unique_per_group_and_renames_collide():
+    first, second = nuke.nodes.Blur(), nuke.nodes.Blur()
+    merge = nuke.nodes.Merge2()
+    assert [first.name(), second.name(), merge.name()] == ["Blur1", "Blur2", "Merge1"]
+    with pytest.raises(ValueError):
+        second["name"].setValue("Blur1")
+    merge.setName("Blur1")
+    assert merge.name() == "Blur3"
+    nuke.delete(first)
+    second["name"].setValue("Blur1")
+    assert nuke.toNode("Blur1") is second and nuke.toNode("Blur2") is None
+
+
+def test_unknown_class():
+    with pytest.raises(RuntimeError, match="Frobnicate: Unknown command"):
+        nuke.createNode("Frobnicate")
+
+
+def test_create_node_args_set_knobs():
+    node = nuke.createNode("Blur", "size 3.5 label {two words} disable true", inpanel=False)
+    assert node["size"].value() == 3.5 and node["label"].value() == "two words"
+    assert node["disable"].value() is True
+
+
+def test_positions_take_whole_numbers_only():
+    node = nuke.nodes.Dot()
+    node.setXYpos(10, -20)
+    node["xpos"].setValue(15.7)
+    assert (node.xpos(), node.ypos(), node["xpos"].getValue()) == (15, -20, 15.0)
+    assert (node.screenWidth(), node.screenHeight()) == (12, 12)
+    with pytest.raises(TypeError):
+        node.setXYpos(1.5, 2)

@@ -1,0 +1,162 @@
+"""Knob values and commands, the root and the viewer, panels, messages and menus."""
+
+import pytest
+
+import hostctl
+import nuke
+
+# Every test starts on an empty, untitled script with nothing queued (the shared `host` fixture).
+pytestmark = pytest.mark.usefixtures("host")
+
+
+REPORT = "nuke.message(' '.join((nuke.thisNode().fullName(), nuke.thisKnob().name(), " \
+         "nuke.thisGroup().fullName())))"
+
+
+def test_button_command_runs_with_this_node_and_knob_and_restores_them():
+    group = nuke.nodes.Group()
+    with group:
+        inner = nuke.nodes.Blur()
+    outer = nuke.nodes.Blur()
+    inner.addKnob(nuke.PyScript_Knob("probe", "probe", REPORT))
+    outer.addKnob(nuke.PyScript_Knob("outer", "outer", "nuke.toNode('{}')['probe'].execute()\n{}"
+                                     .format(inner.fullName(), REPORT)))
+    outer["outer"].execute()
+    assert hostctl.messages == ["Group1.Blur1 probe Group1", "Blur1 outer root"]
+    assert nuke.thisKnob() is None and nuke.thisNode() is nuke.root()
+
+
+def test_a_failing_command_propagates_and_leaves_no_context_behind():
+    group = nuke.nodes.Group()
+    with group:
+        node = nuke.nodes.NoOp()
+    node.addKnob(nuke.PyScript_Knob("bad", "bad", "nuke.thisGroup().begin()\nraise KeyError('x')"))
+    with pytest.raises(KeyError):
+        node["bad"].execute()
+    assert nuke.thisGroup() is nuke.root() and nuke.thisKnob() is None
+
+
+@pytest.mark.parametrize("given", [2, 2.0, "2.0", "4"])
+def test_downrez_takes_index_float_text_and_step(given):
+    viewer = nuke.nodes.Viewer()
+    viewer["downrez"].setValue(given)
+    assert viewer["downrez"].value() == "4" and viewer["downrez"].getValue() == 2.0
+
+
+@pytest.mark.parametrize("bad", ["6.0", "64", "half", 1.5, -1])
+def test_downrez_refuses_what_is_not_a_step(bad):
+    knob = nuke.nodes.Viewer()["downrez"]
+    with pytest.raises(ValueError):
+        knob.setValue(bad)
+    assert knob.value() == "1"
+
+
+@pytest.mark.parametrize("knob, bad", [
+    (lambda: nuke.String_Knob("s"), 5),
+    (lambda: nuke.Int_Knob("i"), "5"),
+    (lambda: nuke.Boolean_Knob("b"), "False"),
+])
+def test_setters_refuse_values_of_the_wrong_type(knob, bad):
+    with pytest.raises(TypeError):
+        knob().setValue(bad)
+
+
+def test_visibility_is_the_invisible_flag():
+    knob = nuke.Text_Knob("t", "label", "text")
+    knob.setVisible(False)
+    assert knob.getFlag(nuke.INVISIBLE) and not knob.visible()
+    knob.clearFlag(nuke.INVISIBLE)
+    assert knob.visible() and (knob.label(), knob.value()) == ("label", "text")
+
+
+def test_root_defaults():
+    root = nuke.root()
+    assert root.name() == "Root" and root["proxy"].value() is False
+    fmt = root["format"].value()
+    assert (fmt.width(), fmt.height(), fmt.name()) == (1920, 1080, "HD_1080")
+    assert nuke.toNode("root") is root and nuke.frame() == 1
+
+
+def test_active_viewer_is_the_newest_unless_chosen():
+    assert nuke.activeViewer() is None
+    source = nuke.nodes.ColorBars()
+    first = nuke.nodes.Viewer()
+    second = nuke.nodes.Viewer()
+    window = nuke.activeViewer()
+    assert window.node() is second and window.activeInput() is None
+    with pytest.raises(ValueError):
+        window.activateInput(1)
+    second.setInput(1, source)
+    assert window.activeInput() == 1
+    hostctl.set_active_viewer(first)
+    assert nuke.activeViewer().node() is first
+    nuke.delete(first)
+    assert nuke.activeViewer().node() is second
+
+
+def test_panel_answers_come_from_the_queue_and_are_recorded():
+    hostctl.queue_panel(1, {"Select a preset to update": "10"})
+    hostctl.queue_panel(0)
+    panel = nuke.Panel("Update preset")
+    panel.addEnumerationPulldown("Select a preset to update", "1 10 2")
+    assert panel.show() == 1 and panel.value("Select a preset to update") == "10"
+    assert panel.value("no such control") is None
+    again = nuke.Panel("Delete preset")
+    again.addEnumerationPulldown("Select a preset to delete", "")
+    assert again.show() == 0 and again.value("Select a preset to delete") == ""
+    assert [(p["title"], p["pulldowns"], p["result"]) for p in hostctl.panels_shown] == [
+        ("Update preset", {"Select a preset to update": ["1", "10", "2"]}, 1),
+        ("Delete preset", {"Select a preset to delete": []}, 0)]
+
+
+@pytest.mark.parametrize("queued", [None, {"choice": "3"}])
+def test_a_panel_without_a_fitting_answer_fails_the_test(queued):
+    if queued is not None:
+        hostctl.queue_panel(1, queued)
+    panel = nuke.Panel("Pick")
+    panel.addEnumerationPulldown("choice", "1 2")
+    with pytest.raises(hostctl.UnexpectedDialog):
+        panel.show()
+
+
+def test_messages_and_questions():
+    nuke.message("cannot find preset node")
+    hostctl.queue_answer(False)
+    hostctl.queue_answer("typed")
+    assert nuke.ask("Sure?") is False and nuke.getInput("Name", "x") == "typed"
+    assert hostctl.messages == ["cannot find preset node"] and hostctl.pending_answers() == 0
+    with pytest.raises(hostctl.UnexpectedDialog):
+        nuke.ask("again?")
+
+
+def test_menus_make_submenus_and_run_their_commands():
+    called = []
+    top = nuke.menu("Nuke")
+    item = top.addCommand("Rig/Looks/store", lambda: called.append("store"), "alt+shift+L")
+    top.addCommand("Rig/Looks/text", "nuke.message('from the menu')")
+    assert top.findItem("Rig/Looks") is top.findItem("Rig").findItem("Looks")
+    assert top.findItem("Rig/Looks/store") is item and item.shortcut() == "alt+shift+L"
+    item.invoke()
+    top.findItem("Rig/Looks/text").invoke()
+    assert called == ["store"] and hostctl.messages == ["from the menu"]
+    top.removeItem("Rig")
+    assert top.findItem("Rig/Looks/store") is None and nuke.menu("Nope") is None
+
+
+
+def test_interactive_panel_is_a_real_modal_dialog(qapp):
+    from PySide2 import QtCore, QtWidgets
+
+    def answer():
+        dialog = QtWidgets.QApplication.activeModalWidget()
+        dialog.findChild(QtWidgets.QComboBox, "choice").setCurrentText("b")
+        dialog.findChild(QtWidgets.QLineEdit, "name").setText("typed")
+        dialog.accept()
+
+    hostctl.set_interactive(True)
+    panel = nuke.Panel("Pick")
+    panel.addEnumerationPulldown("choice", "a b c")
+    panel.addSingleLineInput("name", "")
+    QtCore.QTimer.singleShot(0, answer)
+    assert panel.show() == 1
+    assert (panel.value("choice"), panel.value("name")) == ("b", "typed")

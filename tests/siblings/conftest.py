@@ -1,0 +1,57 @@
+"""Fixtures of the sibling-module tests: answering modal dialogs the way a user would.
+
+Each test already has a settings home of its own (COBALTRIG_HOME), from the suite's shared
+fixtures."""
+
+import pytest
+from PySide2 import QtCore, QtWidgets
+
+
+@pytest.fixture
+def answer_modal(qapp):
+    """answer_modal(action) runs action(dialog) on the next modal dialog that opens.
+
+    Call it before the code that opens the dialog; a timer keeps looking for the dialog until it
+    is there. An answer that fails closes the dialog, so the test fails instead of hanging.
+    """
+    errors = []
+
+    def arm(action, tries=300):
+        left = [tries]
+
+        def poll():
+            dialog = QtWidgets.QApplication.activeModalWidget()
+            if dialog is None:
+                left[0] -= 1
+                if left[0] > 0:
+                    QtCore.QTimer.singleShot(10, poll)
+                else:
+                    errors.append("no modal dialog opened")
+                return
+            try:
+                action(dialog)
+            except Exception as error:  # noqa: BLE001 - reported at teardown
+                errors.append(error)
+                dialog.close()
+
+        QtCore.QTimer.singleShot(0, poll)
+
+    yield arm
+    assert not errors, errors
+
+
+@pytest.fixture
+def click_button():
+    """click_button(text) is an answer that clicks the dialog's button with that text."""
+
+    def make(text):
+        def action(dialog):
+            for button in dialog.findChildren(QtWidgets.QAbstractButton):
+                if button.text().replace("&", "") == text:
+                    button.click()
+                    return
+            raise AssertionError("no button {!r} in {!r}".format(text, dialog.windowTitle()))
+
+        return action
+
+    return make
