@@ -130,7 +130,11 @@ void RezSlider::input_changed() {
 
 void RezSlider::slider_changed() {
     const std::string new_rez = key_of_position(slider->value());
-    input_rez->setText(QString::number(resolutions.at(new_rez)));
+    // Setting the text the field already shows would not be signalled, but it would put the cursor
+    // behind the masked field's last place and swallow the next digit typed: "1" on the way to "16".
+    const QString factor = QString::number(resolutions.at(new_rez));
+    if (input_rez->text() != factor)
+        input_rez->setText(factor);
     set_resolution(new_rez);
 }
 
