@@ -47,17 +47,6 @@ LooksSlider::LooksSlider() {
     build_ui();
 }
 
-LooksSlider::~LooksSlider() {
-    // Windows die through deleteLater, from Qt's event loop: the mapping is let go with the GIL
-    // held, or not at all once Python is gone.
-    if (Py_IsInitialized()) {
-        py::gil_scoped_acquire gil;
-        settings_ = py::object();
-    } else {
-        settings_.release();
-    }
-}
-
 void LooksSlider::build_ui() {
     create_widgets();
     create_layouts();

@@ -3,6 +3,7 @@
 // their looks. Every change of the slider applies the look of that number to all selected nodes.
 
 #include "frame/host.h"
+#include "frame/py_owned.h"
 
 #include <pybind11/pybind11.h>
 
@@ -22,7 +23,6 @@ class LooksSlider : public QWidget {
     Q_OBJECT
 public:
     LooksSlider();
-    ~LooksSlider() override;
 
     /// Applies the look of the slider's number to each selected node that has it, and selects the
     /// new nodes again so that the next step finds them.
@@ -33,7 +33,7 @@ public:
     void set_slider_index(int index);
 
     /// The settings mapping as read when the window was built.
-    pybind11::object settings() const { return settings_; }
+    pybind11::object settings() const { return settings_.get(); }
     bool auto_release = false;
 
     QLineEdit* input_look = nullptr;
@@ -50,7 +50,7 @@ private:
     void create_layouts();
     void create_signals();
 
-    pybind11::object settings_;
+    PyOwned settings_;
 };
 
 /// Opens the look slider for the selected nodes, replacing one that is open; gives the window, or
