@@ -1,7 +1,7 @@
 #pragma once
-// Applying a look: the node is replaced by a fresh copy of one of its stored looks, and the new node
-// takes over everything the rest of the graph and the artist see of the old one: name, position,
-// label, connections up and down, open panel and the full row of look buttons.
+// Applying a look: the node is replaced by a fresh copy of one of its stored looks, and the new
+// node takes over everything the rest of the graph and the artist see of the old one: name,
+// position, label, connections up and down, open panel and the full row of look buttons.
 
 #include "frame/host.h"
 

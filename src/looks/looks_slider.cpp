@@ -122,7 +122,9 @@ int LooksSlider::get_current_preset_index(const host::Node& node) const {
     return 1;
 }
 
-void LooksSlider::set_slider_index(int index) { slider->setValue(index); }
+void LooksSlider::set_slider_index(int index) {
+    slider->setValue(index);
+}
 
 void LooksSlider::keyPressEvent(QKeyEvent* event) {
     guarded("LooksSlider.keyPressEvent", [&] {

@@ -58,7 +58,8 @@ std::optional<host::Knob> choose_look(const host::Node& node, const std::string&
 
 void update_preset() {
     host::Node node = pressed_node("update_preset");
-    std::optional<host::Knob> look = choose_look(node, "Update preset", "Select a preset to update");
+    std::optional<host::Knob> look =
+        choose_look(node, "Update preset", "Select a preset to update");
     if (!look)
         return;
     const std::string preset_uid = look->tooltip();
@@ -78,7 +79,8 @@ void update_preset() {
 
 void delete_preset() {
     host::Node node = pressed_node("delete_preset");
-    std::optional<host::Knob> look = choose_look(node, "Delete preset", "Select a preset to delete");
+    std::optional<host::Knob> look =
+        choose_look(node, "Delete preset", "Select a preset to delete");
     if (!look)
         return;
     const std::string preset_uid = look->tooltip();

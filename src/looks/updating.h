@@ -1,6 +1,6 @@
 #pragma once
-// Overwriting and removing one look of a node, chosen by the artist in a host panel. Both work on the
-// node whose button was pressed.
+// Overwriting and removing one look of a node, chosen by the artist in a host panel. Both work on
+// the node whose button was pressed.
 
 namespace cobaltrig::looks {
 

@@ -20,14 +20,18 @@ void bind_resolution(py::module_& m) {
 
     m.def(
         "set_resolution",
-        [](py::object rez, py::args) { resolution::set_resolution(py::str(rez).cast<std::string>()); },
+        [](py::object rez, py::args) {
+            resolution::set_resolution(py::str(rez).cast<std::string>());
+        },
         py::arg("rez"), "Sets the active viewer's downrez knob to the step, given as text.");
 
     py::class_<RezSlider, slots::WindowHolder<RezSlider>> cls(m, "RezSlider");
     cls.def(py::init<>())
         .def(
             "update_widgets",
-            [](RezSlider& self, const std::string& sender, py::args) { self.update_widgets(sender); },
+            [](RezSlider& self, const std::string& sender, py::args) {
+                self.update_widgets(sender);
+            },
             py::arg("sender"), "Brings field, slider and viewer in line after `sender` changed.")
         .def_readonly("resolutions", &RezSlider::resolutions)
         .def("show", &QWidget::show)

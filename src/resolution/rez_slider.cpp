@@ -22,10 +22,14 @@ namespace py = pybind11;
 namespace {
 
 // A slider position as the viewer's knob has it in text form: 2 is "2.0".
-std::string key_of_position(int position) { return std::to_string(position) + ".0"; }
+std::string key_of_position(int position) {
+    return std::to_string(position) + ".0";
+}
 
 // The other way: "2.0" is position 2.
-int position_of_key(const std::string& key) { return std::stoi(key); }
+int position_of_key(const std::string& key) {
+    return std::stoi(key);
+}
 
 std::optional<std::string> key_of_factor(const std::map<std::string, int>& resolutions,
                                          int factor) {
@@ -35,8 +39,8 @@ std::optional<std::string> key_of_factor(const std::map<std::string, int>& resol
     return std::nullopt;
 }
 
-// Raised by the slot's make step when the viewer gives nothing: the old window is closed by then and
-// no new one comes.
+// Raised by the slot's make step when the viewer gives nothing: the old window is closed by then
+// and no new one comes.
 struct NoResolution {};
 
 } // namespace
@@ -121,7 +125,8 @@ void RezSlider::input_changed() {
         input_rez->setText(QStringLiteral("32"));
 
     // A number that is no step (3, 5, 12 ...) stays in the field and changes nothing else.
-    const std::optional<std::string> new_rez = key_of_factor(resolutions, input_rez->text().toInt());
+    const std::optional<std::string> new_rez =
+        key_of_factor(resolutions, input_rez->text().toInt());
     if (!new_rez)
         return;
     slider->setValue(position_of_key(*new_rez));
@@ -131,7 +136,8 @@ void RezSlider::input_changed() {
 void RezSlider::slider_changed() {
     const std::string new_rez = key_of_position(slider->value());
     // Setting the text the field already shows would not be signalled, but it would put the cursor
-    // behind the masked field's last place and swallow the next digit typed: "1" on the way to "16".
+    // behind the masked field's last place and swallow the next digit typed: "1" on the way to
+    // "16".
     const QString factor = QString::number(resolutions.at(new_rez));
     if (input_rez->text() != factor)
         input_rez->setText(factor);
