@@ -6,7 +6,7 @@ from looks_testing import look_knobs, store, stored_copies
 
 
 def press(nuke, name, knob):
-    """Presses a button of the node that now has that name, and gives the node of that name after."""
+    """Presses a button of the node of that name; gives the node of that name afterwards."""
     nuke.toNode(name)[knob].execute()
     return nuke.toNode(name)
 

@@ -51,7 +51,6 @@ def test_nodes_of_different_classes_share_the_container_and_count_their_own(rig,
     ("Blur", False),
     ("Grade,Blur", False),
     ("Grade, Blur", True),  # entries are not stripped
-    ("blur", True),
 ])
 def test_ignore_list_is_split_at_commas_only(rig, nuke, chain, ignore, stored):
     _, blur, grade = chain
@@ -116,15 +115,6 @@ def test_a_failing_store_leaves_the_container_context(rig, nuke, chain, monkeypa
         store(blur)
     assert nuke.thisGroup() is nuke.root()
     assert look_knobs(blur) == ["look_preset_1"]
-
-
-def test_a_container_deleted_by_hand_is_made_anew(rig, nuke, chain):
-    _, blur, _ = chain
-    store(blur)
-    nuke.delete(nuke.allNodes("Group")[0])
-    store(blur)
-    assert len(nuke.allNodes("Group")) == 1
-    assert list(stored_copies(nuke)) == [blur["look_preset_2"].tooltip()]
 
 
 def test_batch_store_walks_the_selection_taken_at_the_start(rig, nuke, chain):
