@@ -224,11 +224,21 @@ def _blur_node(render, node):
 
 
 def _transform(render, node):
+    """Scales and rotates about `center`, then moves by `translate`; all counted from the
+    bottom-left corner. What leaves the frame is gone, what it uncovers is transparent."""
     image = render.input(node)
-    x, y = (int(round(v)) for v in _values(node, "translate"))
-    result = _blank(image.width(), image.height())
+    height = image.height()
+    x, y = _values(node, "translate")
+    cx, cy = _values(node, "center")
+    sx, sy = _values(node, "scale")
+    result = _blank(image.width(), height)
     painter = QtGui.QPainter(result)
-    painter.drawImage(x, -y, image)
+    painter.setRenderHint(QtGui.QPainter.SmoothPixmapTransform)
+    painter.translate(x + cx, height - y - cy)
+    painter.rotate(-node["rotate"].value())
+    painter.scale(sx, sy)
+    painter.translate(-cx, cy - height)
+    painter.drawImage(0, 0, image)
     painter.end()
     return result
 

@@ -83,6 +83,17 @@ def test_transform_moves_up_for_a_positive_y_and_leaves_transparency():
     assert rgba(image, 500, 1023 - 49)[3] == 0 and rgba(image, 500, 1023 - 50) == (255, 0, 0, 255)
 
 
+def test_transform_scales_about_its_center_before_it_moves():
+    transform = nuke.nodes.Transform(inputs=[constant([1, 0, 0, 1])])
+    transform["scale"].setValue(0.25)
+    transform["translate"].setValue([100, 0])
+    image = render(transform)
+    # A quarter-size square in the bottom-left corner, moved right by 100: x 100..355, y 768..1023.
+    assert rgba(image, 101, 1022)[3] == 255 and rgba(image, 354, 769)[3] == 255
+    assert rgba(image, 99, 1022)[3] == 0 and rgba(image, 357, 1022)[3] == 0
+    assert rgba(image, 200, 766)[3] == 0
+
+
 def test_merge_puts_a_over_b_in_its_bottom_left_corner():
     b = constant([0, 0, 1, 1])
     a = nuke.nodes.Reformat(type="to box", box_width=256, inputs=[constant([1, 0, 0, 0.5])])

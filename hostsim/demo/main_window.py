@@ -1,0 +1,267 @@
+"""The demo host's main window: viewer, node graph, properties bin and console, with the host's menus.
+
+The window polls the script a few times a second and mirrors what changed, so that whatever changes
+the graph (a button's command, a window of the add-on, a scenario) shows without telling anyone.
+"""
+
+import os
+import sys
+
+import nuke
+from PySide2 import QtCore, QtGui, QtWidgets
+
+from .console import ConsolePane
+from .graph_view import GraphView
+from .properties import PropertiesBin, find_icon, report_failure
+from .viewer import ViewerPane
+
+TITLE = "cobaltRig demo host"
+POLL_MS = 250
+
+# Node classes the Nodes menu offers, with the names the host's menu shows.
+NODE_MENU = (
+    ("Image/Constant", "Constant"), ("Image/ColorBars", "ColorBars"),
+    ("Image/CheckerBoard", "CheckerBoard2"), ("Image/Read", "Read"), ("Image/Write", "Write"),
+    ("Color/Grade", "Grade"), ("Filter/Blur", "Blur"), ("Transform/Transform", "Transform"),
+    ("Transform/Reformat", "Reformat"), ("Merge/Merge", "Merge2"), ("Merge/Switch", "Switch"),
+    ("Other/Dot", "Dot"), ("Other/NoOp", "NoOp"), ("Other/Backdrop", "BackdropNode"),
+    ("Other/Group", "Group"), ("Viewer", "Viewer"),
+)
+
+
+def host_shortcut(text):
+    """A shortcut in the host's menu form ("alt+shift+L") as a QKeySequence."""
+    parts = [p for p in (text or "").split("+") if p]
+    named = {"alt": "Alt", "shift": "Shift", "ctrl": "Ctrl", "meta": "Meta", "cmd": "Ctrl"}
+    return QtGui.QKeySequence("+".join(named.get(p.lower(), p) for p in parts))
+
+
+class DemoHost(QtWidgets.QMainWindow):
+    def __init__(self, capture_output=True, parent=None):
+        super().__init__(parent)
+        self.setObjectName("demo_host")
+        self.resize(1440, 860)
+        self._pending = False
+
+        self.viewer = ViewerPane(self)
+        self.graph = GraphView(self)
+        self.properties = PropertiesBin(self)
+        self.console = ConsolePane()
+        left = QtWidgets.QSplitter(QtCore.Qt.Vertical)
+        left.addWidget(self.viewer)
+        left.addWidget(self.graph)
+        left.setSizes([480, 380])
+        right = QtWidgets.QSplitter(QtCore.Qt.Vertical)
+        right.addWidget(self.properties)
+        right.addWidget(self.console)
+        right.setSizes([640, 220])
+        main = QtWidgets.QSplitter(QtCore.Qt.Horizontal)
+        main.addWidget(left)
+        main.addWidget(right)
+        main.setSizes([900, 540])
+        self.setCentralWidget(main)
+        self.statusBar().showMessage("Double-click a node for its properties; the add-on is in the "
+                                     "cobaltRig menu.")
+
+        self.build_menus()
+        if capture_output:
+            self.console.capture()
+        self.timer = QtCore.QTimer(self)
+        self.timer.timeout.connect(self.sync)
+        self.timer.start(POLL_MS)
+        self.sync()
+
+    # -- menus ---------------------------------------------------------------------------------
+    def build_menus(self):
+        bar = self.menuBar()
+        file_menu = bar.addMenu("&File")
+        self.add_action(file_menu, "&New", self.file_new, QtGui.QKeySequence.New)
+        self.add_action(file_menu, "&Open...", self.file_open, QtGui.QKeySequence.Open)
+        self.add_action(file_menu, "&Save", self.file_save, QtGui.QKeySequence.Save)
+        self.add_action(file_menu, "Save &As...", self.file_save_as, QtGui.QKeySequence.SaveAs)
+        file_menu.addSeparator()
+        self.add_action(file_menu, "&Quit", self.close, QtGui.QKeySequence.Quit)
+
+        edit = bar.addMenu("&Edit")
+        self.add_action(edit, "&Copy", lambda: nuke.nodeCopy("%clipboard%"), QtGui.QKeySequence.Copy)
+        self.add_action(edit, "&Paste", lambda: nuke.nodePaste("%clipboard%"),
+                        QtGui.QKeySequence.Paste)
+        self.add_action(edit, "&Delete", self.delete_selected)
+        self.add_action(edit, "Select &All", self.select_all, QtGui.QKeySequence.SelectAll)
+
+        nodes = bar.addMenu("&Nodes")
+        submenus = {}
+        for path, cls in NODE_MENU:
+            parent = nodes
+            if "/" in path:
+                folder, path = path.split("/")
+                parent = submenus.get(folder) or submenus.setdefault(folder, nodes.addMenu(folder))
+            self.add_action(parent, path, lambda c=cls: nuke.createNode(c))
+
+        render = bar.addMenu("&Render")
+        self.add_action(render, "Render selected &Writes (current frame)", self.render_selected,
+                        QtGui.QKeySequence("F7"))
+        view = bar.addMenu("&View")
+        self.add_action(view, "&Frame all nodes", self.graph.frame_all)
+
+        # What the add-on (and anything else) registered in the host's main menu.
+        for item in nuke.menu("Nuke").items():
+            if isinstance(item, nuke.Menu):
+                self.add_host_menu(bar.addMenu(item.name()), item)
+
+    def add_action(self, menu, text, function, shortcut=None):
+        action = menu.addAction(text)
+        if shortcut is not None:
+            action.setShortcut(shortcut)
+        action.triggered.connect(lambda *args: self.run_command(function, text.replace("&", "")))
+        return action
+
+    def add_host_menu(self, qmenu, menu):
+        for item in menu.items():
+            if isinstance(item, nuke.Menu):
+                sub = qmenu.addMenu(item.name())
+                icon = find_icon(item.icon()) if item.icon() else None
+                if icon:
+                    sub.setIcon(QtGui.QIcon(icon))
+                self.add_host_menu(sub, item)
+            elif not item.name():
+                qmenu.addSeparator()
+            else:
+                action = self.add_action(qmenu, item.name(), item.invoke)
+                action.setShortcut(host_shortcut(item.shortcut()))
+                action.setToolTip(item.tooltip())
+                icon = find_icon(item.icon()) if item.icon() else None
+                if icon:
+                    action.setIcon(QtGui.QIcon(icon))
+
+    def run_command(self, function, what):
+        """Runs a menu command as the host does: a failure goes to the console."""
+        try:
+            function()
+        except Exception:
+            report_failure(what)
+        self.changed()
+
+    # -- mirroring the script ------------------------------------------------------------------
+    def changed(self):
+        """Mirrors the script again soon, once however often this is called meanwhile."""
+        if not self._pending:
+            self._pending = True
+            QtCore.QTimer.singleShot(0, self.sync)
+
+    def sync(self):
+        self._pending = False
+        try:
+            self.graph.sync()
+            self.properties.sync()
+            self.viewer.sync()
+            name = nuke.root().name()
+            self.setWindowTitle("{} - {}".format(
+                TITLE, "untitled" if name == "Root" else os.path.basename(name)))
+        except Exception:
+            report_failure("refreshing the demo host")
+
+    # -- operations the panes, the menus and scenarios use ---------------------------------------
+    def open_panel(self, node, tab=None):
+        """Opens the node's properties panel (on `tab` if given) and gives the panel."""
+        node.showControlPanel()
+        self.sync()
+        panel = self.properties.panel(node)
+        if panel is not None and tab:
+            panel.show_tab(tab)
+        return panel
+
+    def close_panel(self, node):
+        node.hideControlPanel()
+        self.changed()
+
+    def press(self, node, knob_name):
+        """Clicks a button of the node's panel, as the user would."""
+        panel = self.open_panel(node)
+        button = panel.findChild(QtWidgets.QPushButton, knob_name)
+        if button is None:
+            raise LookupError("{} has no button {}".format(node.name(), knob_name))
+        button.click()
+        self.sync()
+
+    def delete_selected(self):
+        for node in nuke.selectedNodes():
+            nuke.delete(node)
+        self.changed()
+
+    def select_all(self):
+        for node in nuke.allNodes():
+            node.setSelected(True)
+
+    def view_selected(self, index):
+        """Connects the selected node to the active viewer's input `index` and shows it."""
+        window = nuke.activeViewer()
+        selected = [n for n in nuke.selectedNodes() if n.Class() != "Viewer"]
+        if window is None or not selected:
+            return
+        if window.node().setInput(index, selected[-1]):
+            window.activateInput(index)
+        self.changed()
+
+    def render_selected(self):
+        writes = nuke.selectedNodes("Write")
+        if not writes:
+            nuke.message("Select a Write node to render.")
+        for write in writes:
+            nuke.execute(write, nuke.frame(), nuke.frame())
+            print("{}: wrote {}".format(write.name(), write["file"].value()))
+
+    def screenshot(self, path):
+        """Writes a PNG of the whole window."""
+        self.sync()
+        QtWidgets.QApplication.processEvents()
+        if not self.grab().save(path, "PNG"):
+            raise RuntimeError("cannot write the screenshot {}".format(path))
+        return path
+
+    # -- File ----------------------------------------------------------------------------------
+    def file_new(self):
+        nuke.scriptClear()
+
+    def file_open(self):
+        path, _ = QtWidgets.QFileDialog.getOpenFileName(self, "Open script", "", "Scripts (*.nk)")
+        if path:
+            nuke.scriptOpen(path)
+            self.graph.frame_all()
+
+    def file_save(self):
+        nuke.scriptSave()
+
+    def file_save_as(self):
+        path, _ = QtWidgets.QFileDialog.getSaveFileName(self, "Save script as", "",
+                                                        "Scripts (*.nk)")
+        if path:
+            if not path.endswith(".nk"):
+                path += ".nk"
+            nuke.scriptSaveAs(path)
+
+    def closeEvent(self, event):
+        self.timer.stop()
+        self.console.release()
+        super().closeEvent(event)
+
+
+def answer_dialogs_offscreen(parent):
+    """Without a screen nobody can answer a modal dialog: each one is closed as soon as it shows,
+    its text going to the console, so that a headless run never hangs."""
+
+    def answer():
+        dialog = QtWidgets.QApplication.activeModalWidget()
+        if dialog is None:
+            return
+        if isinstance(dialog, QtWidgets.QMessageBox):
+            print("[dialog] {}: {}".format(dialog.windowTitle(), dialog.text()), file=sys.stderr)
+            dialog.accept()
+        elif isinstance(dialog, QtWidgets.QDialog):
+            print("[dialog] {} closed unanswered".format(dialog.windowTitle()), file=sys.stderr)
+            dialog.reject()
+
+    timer = QtCore.QTimer(parent)
+    timer.timeout.connect(answer)
+    timer.start(100)
+    return timer
