@@ -68,7 +68,7 @@ def main(argv=None):
     from PySide2 import QtCore, QtWidgets
 
     from . import sample
-    from .main_window import DemoHost, answer_dialogs_offscreen
+    from .main_window import DemoHost, answer_dialogs_offscreen, apply_dark_style
 
     # Dialogs of the host are real dialogs for a person at the screen; headless, they answer from
     # hostctl's queues (and nuke.message only records), so a scenario can never wait for nobody.
@@ -84,6 +84,7 @@ def main(argv=None):
     print("cobaltRig demo host: sample script, pool and snapshots in {}".format(folder))
 
     app = QtWidgets.QApplication.instance()
+    apply_dark_style(app)
     window = DemoHost()
     window.show()
     if start_node is not None:

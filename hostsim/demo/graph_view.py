@@ -34,11 +34,14 @@ class NodeItem(QtWidgets.QGraphicsItem):
         self.view, self.node = view, node
         self.setFlags(QtWidgets.QGraphicsItem.ItemIsSelectable | QtWidgets.QGraphicsItem.ItemIsMovable
                       | QtWidgets.QGraphicsItem.ItemSendsGeometryChanges)
-        self.setZValue(-10 if node.Class() == "BackdropNode" else 1)
+        self.cls = node.Class()
+        self.setZValue(-10 if self.cls == "BackdropNode" else 1)
         self.state = None
+        # Kept, because Qt may still ask for the size of the box of a node that is gone.
+        self._size = (node.screenWidth(), node.screenHeight())
 
     def size(self):
-        return self.node.screenWidth(), self.node.screenHeight()
+        return self._size
 
     def boundingRect(self):
         width, height = self.size()
@@ -46,13 +49,14 @@ class NodeItem(QtWidgets.QGraphicsItem):
 
     def update_from_node(self):
         node = self.node
+        size = (node.screenWidth(), node.screenHeight())
         state = (node.name(), node["label"].value(), tile_color(node).rgb(), node.xpos(),
-                 node.ypos(), node.isSelected(), self.size(), node.knob("disable") is not None
+                 node.ypos(), node.isSelected(), size, node.knob("disable") is not None
                  and node["disable"].value())
         if state == self.state:
             return
         self.prepareGeometryChange()
-        self.state = state
+        self.state, self._size = state, size
         self.setPos(node.xpos(), node.ypos())
         self.setSelected(node.isSelected())
         self.setToolTip("{} ({})".format(node.name(), node.Class()))
@@ -66,7 +70,7 @@ class NodeItem(QtWidgets.QGraphicsItem):
         outline = QtGui.QPen(QtGui.QColor("#ffb23f") if selected else QtGui.QColor("#161616"),
                              2 if selected else 1)
         painter.setPen(outline)
-        cls = self.node.Class()
+        cls = self.cls
         if cls == "Dot":
             painter.setBrush(color.lighter(130) if selected else color)
             painter.drawEllipse(rect)
@@ -120,7 +124,7 @@ class EdgeItem(QtWidgets.QGraphicsItem):
         tw, th = self.target.size()
         start = self.source.pos() + QtCore.QPointF(sw / 2, sh)
         tpos = self.target.pos()
-        if self.index == 0 or self.target.node.Class() == "Viewer":
+        if self.index == 0 or self.target.cls == "Viewer":
             end = tpos + QtCore.QPointF(tw / 2, 0)
         elif self.index == 1:
             end = tpos + QtCore.QPointF(0, th / 2)
@@ -145,7 +149,7 @@ class EdgeItem(QtWidgets.QGraphicsItem):
         right = tip - QtCore.QPointF(dx * 8 + dy * 4, dy * 8 - dx * 4)
         painter.setBrush(QtGui.QColor("#c8c8c8"))
         painter.drawPolygon(QtGui.QPolygonF([tip, left, right]))
-        cls = self.target.node.Class()
+        cls = self.target.cls
         name = None
         if cls == "Merge2":
             name = MERGE_INPUT_NAMES[min(self.index, 2)]

@@ -72,9 +72,17 @@ class DemoHost(QtWidgets.QMainWindow):
         self.sync()
 
     # -- menus ---------------------------------------------------------------------------------
+    def new_menu(self, parent, title):
+        """A menu parented and referenced here, so Python never owns (and deletes) it."""
+        menu = QtWidgets.QMenu(title, parent)
+        parent.addMenu(menu)
+        self.menus.append(menu)
+        return menu
+
     def build_menus(self):
+        self.menus = []
         bar = self.menuBar()
-        file_menu = bar.addMenu("&File")
+        file_menu = self.new_menu(bar, "&File")
         self.add_action(file_menu, "&New", self.file_new, QtGui.QKeySequence.New)
         self.add_action(file_menu, "&Open...", self.file_open, QtGui.QKeySequence.Open)
         self.add_action(file_menu, "&Save", self.file_save, QtGui.QKeySequence.Save)
@@ -82,32 +90,33 @@ class DemoHost(QtWidgets.QMainWindow):
         file_menu.addSeparator()
         self.add_action(file_menu, "&Quit", self.close, QtGui.QKeySequence.Quit)
 
-        edit = bar.addMenu("&Edit")
+        edit = self.new_menu(bar, "&Edit")
         self.add_action(edit, "&Copy", lambda: nuke.nodeCopy("%clipboard%"), QtGui.QKeySequence.Copy)
         self.add_action(edit, "&Paste", lambda: nuke.nodePaste("%clipboard%"),
                         QtGui.QKeySequence.Paste)
         self.add_action(edit, "&Delete", self.delete_selected)
         self.add_action(edit, "Select &All", self.select_all, QtGui.QKeySequence.SelectAll)
 
-        nodes = bar.addMenu("&Nodes")
+        nodes = self.new_menu(bar, "&Nodes")
         submenus = {}
         for path, cls in NODE_MENU:
             parent = nodes
             if "/" in path:
                 folder, path = path.split("/")
-                parent = submenus.get(folder) or submenus.setdefault(folder, nodes.addMenu(folder))
+                parent = submenus.get(folder) or submenus.setdefault(folder,
+                                                                self.new_menu(nodes, folder))
             self.add_action(parent, path, lambda c=cls: nuke.createNode(c))
 
-        render = bar.addMenu("&Render")
+        render = self.new_menu(bar, "&Render")
         self.add_action(render, "Render selected &Writes (current frame)", self.render_selected,
                         QtGui.QKeySequence("F7"))
-        view = bar.addMenu("&View")
+        view = self.new_menu(bar, "&View")
         self.add_action(view, "&Frame all nodes", self.graph.frame_all)
 
         # What the add-on (and anything else) registered in the host's main menu.
         for item in nuke.menu("Nuke").items():
             if isinstance(item, nuke.Menu):
-                self.add_host_menu(bar.addMenu(item.name()), item)
+                self.add_host_menu(self.new_menu(bar, item.name()), item)
 
     def add_action(self, menu, text, function, shortcut=None):
         action = menu.addAction(text)
@@ -119,7 +128,7 @@ class DemoHost(QtWidgets.QMainWindow):
     def add_host_menu(self, qmenu, menu):
         for item in menu.items():
             if isinstance(item, nuke.Menu):
-                sub = qmenu.addMenu(item.name())
+                sub = self.new_menu(qmenu, item.name())
                 icon = find_icon(item.icon()) if item.icon() else None
                 if icon:
                     sub.setIcon(QtGui.QIcon(icon))
@@ -244,6 +253,25 @@ class DemoHost(QtWidgets.QMainWindow):
         self.timer.stop()
         self.console.release()
         super().closeEvent(event)
+
+
+def apply_dark_style(app):
+    """The dim grey a compositing host wears, so images are judged against neutral surroundings."""
+    app.setStyle("Fusion")
+    palette = QtGui.QPalette()
+    colors = {
+        QtGui.QPalette.Window: "#3a3a3a", QtGui.QPalette.WindowText: "#d8d8d8",
+        QtGui.QPalette.Base: "#2b2b2b", QtGui.QPalette.AlternateBase: "#333333",
+        QtGui.QPalette.Text: "#d8d8d8", QtGui.QPalette.Button: "#474747",
+        QtGui.QPalette.ButtonText: "#e0e0e0", QtGui.QPalette.Highlight: "#e08a1e",
+        QtGui.QPalette.HighlightedText: "#111111", QtGui.QPalette.ToolTipBase: "#f2f2d0",
+        QtGui.QPalette.ToolTipText: "#111111", QtGui.QPalette.PlaceholderText: "#8a8a8a",
+    }
+    for role, color in colors.items():
+        palette.setColor(role, QtGui.QColor(color))
+    palette.setColor(QtGui.QPalette.Disabled, QtGui.QPalette.ButtonText, QtGui.QColor("#808080"))
+    palette.setColor(QtGui.QPalette.Disabled, QtGui.QPalette.Text, QtGui.QColor("#808080"))
+    app.setPalette(palette)
 
 
 def answer_dialogs_offscreen(parent):

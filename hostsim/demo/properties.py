@@ -282,7 +282,6 @@ class PropertiesBin(QtWidgets.QScrollArea):
         self.column.setContentsMargins(4, 4, 4, 4)
         self.empty = QtWidgets.QLabel("Double-click a node to open its properties.")
         self.empty.setAlignment(QtCore.Qt.AlignCenter)
-        self.empty.setStyleSheet("color: #888;")
         self.column.addWidget(self.empty)
         self.column.addStretch(1)
         self.setWidget(inner)

@@ -1,0 +1,166 @@
+"""The demo host: it starts on its sample with the add-on loaded, its panes mirror the script, and what
+the user does in them reaches the nodes."""
+
+import importlib
+import os
+import subprocess
+import sys
+
+import pytest
+from PySide2 import QtCore, QtGui, QtWidgets
+
+import nuke
+from demo import sample
+from demo.main_window import DemoHost, host_shortcut
+
+HOSTSIM = os.path.dirname(os.path.dirname(os.path.abspath(nuke.__file__)))
+
+
+@pytest.fixture
+def demo(host, qtbot, tmp_path):
+    """The demo host's window on its sample, as scripts/demo starts it, with the add-on's menu."""
+    sys.modules.pop("cobaltRig.menu", None)
+    importlib.import_module("cobaltRig.menu")
+    grade = sample.prepare(str(tmp_path / "demo"))
+    window = DemoHost()
+    qtbot.addWidget(window)
+    window.show()
+    window.open_panel(grade, "looks")
+    window.grade = grade
+    yield window
+    window.close()
+    nuke.menu("Nuke").removeItem("cobaltRig")
+
+
+def test_it_starts_on_the_sample_with_the_add_on_menu_and_the_look_tab(demo):
+    assert set(demo.graph.items) == {id(n) for n in nuke.allNodes()}
+    assert len(demo.graph.edges) == sum(len(n.dependencies()) for n in nuke.allNodes())
+    assert demo.viewer.image.size().toTuple() == (1280, 720)
+    assert demo.windowTitle().endswith("sample.nk")
+    menus = {a.text(): a.menu() for a in demo.menuBar().actions()}
+    looks = {a.text(): a for a in menus["cobaltRig"].actions()}["looks"].menu()
+    store = {a.text(): a for a in looks.actions()}["store look of selected nodes"]
+    assert store.shortcut() == host_shortcut("alt+shift+L") == QtGui.QKeySequence("Alt+Shift+L")
+    panel = demo.properties.panel(demo.grade)
+    assert panel.tabs.tabText(panel.tabs.currentIndex()) == "looks"
+    buttons = [b.objectName() for b in panel.tabs.currentWidget().findChildren(QtWidgets.QPushButton)]
+    assert buttons == ["look_new", "look_update", "look_delete", "preset_import", "preset_export"]
+    # Hidden knobs stay off the panel; the button shows its icon and plain text.
+    assert panel.findChild(QtWidgets.QWidget, "look_uid") is None
+    new = panel.findChild(QtWidgets.QPushButton, "look_new")
+    assert new.text() == "new" and not new.icon().isNull()
+
+
+def test_a_pressed_look_button_runs_its_command_on_its_node(demo, qtbot, monkeypatch, rig):
+    calls = []
+    monkeypatch.setattr(rig, "set_look", lambda node: calls.append(node), raising=False)
+    button = demo.properties.panel(demo.grade).findChild(QtWidgets.QPushButton, "look_new")
+    qtbot.mouseClick(button, QtCore.Qt.LeftButton)
+    assert calls == [demo.grade]
+
+
+def test_a_failing_button_reports_to_the_console_and_the_host_goes_on(demo, qtbot):
+    # pytest puts its own sys.stderr in place between the fixture and the test.
+    demo.console.release()
+    demo.console.capture()
+    node = nuke.nodes.NoOp()
+    knob = nuke.PyScript_Knob("boom", "boom", "nuke.thisNode()['label'].setValue('ran'); 1/0")
+    knob.setTooltip("divides by zero")
+    node.addKnob(knob)
+    panel = demo.open_panel(node)
+    button = panel.findChild(QtWidgets.QPushButton, "boom")
+    assert button.toolTip() == "divides by zero"
+    qtbot.mouseClick(button, QtCore.Qt.LeftButton)
+    assert node["label"].value() == "ran"
+    assert "ZeroDivisionError" in demo.console.toPlainText()
+
+
+def test_a_field_writes_its_knob_and_the_viewer_renders_again(demo):
+    blur = nuke.toNode("Blur1")
+    before = demo.viewer.image
+    field = demo.open_panel(blur).findChild(QtWidgets.QLineEdit, "size_value")
+    field.setText("40")
+    field.editingFinished.emit()
+    demo.sync()
+    assert blur["size"].value() == 40.0
+    assert demo.viewer.image is not before
+
+
+@pytest.mark.parametrize("downrez, proxy, width", [("1", False, 1280), ("2", False, 640),
+                                                   ("4", True, 160)])
+def test_the_viewer_shows_its_input_at_downrez_and_proxy_size(demo, downrez, proxy, width):
+    nuke.toNode("Viewer1")["downrez"].setValue(downrez)
+    nuke.root()["proxy"].setValue(proxy)
+    demo.sync()
+    assert demo.viewer.image.width() == width
+
+
+def test_dragging_and_selecting_in_the_graph_reach_the_nodes(demo, qtbot):
+    blur = nuke.toNode("Blur1")
+    item = demo.graph.items[id(blur)]
+    item.setPos(300, 420)
+    assert (blur.xpos(), blur.ypos()) == (300, 420)
+    item.setSelected(True)
+    assert blur.isSelected() and demo.grade.isSelected()
+    demo.graph.scene().clearSelection()
+    assert nuke.selectedNodes() == []
+    # A double-click on a box opens its node's panel.
+    demo.graph.frame_all()
+    point = demo.graph.mapFromScene(item.sceneBoundingRect().center() - QtCore.QPointF(0, 10))
+    qtbot.mouseDClick(demo.graph.viewport(), QtCore.Qt.LeftButton, pos=point)
+    assert blur.shown() and demo.properties.panel(blur) is not None
+
+
+def test_the_graph_follows_changes_made_elsewhere(demo):
+    merge = nuke.toNode("Merge1")
+    nuke.delete(merge)
+    dot = nuke.nodes.Dot(inputs=[nuke.toNode("Blur1")])
+    demo.sync()
+    assert id(merge) not in demo.graph.items and id(dot) in demo.graph.items
+    # The viewer took over the deleted node's input.
+    assert demo.viewer.label_info.text().startswith("Viewer1 \u2190 Blur1")
+    nuke.toNode("Viewer1").setInput(0, None)
+    demo.sync()
+    assert "nothing connected" in demo.viewer.label_image.text() and demo.viewer.image is None
+
+
+def test_the_sample_pool_holds_presets_that_paste_back(demo, tmp_path):
+    pool = tmp_path / "demo" / "pool"
+    presets = sorted(p.relative_to(pool).as_posix() for p in pool.rglob("*.nk"))
+    assert presets == ["nodes/Blur/soft.nk", "nodes/Grade/cool.nk", "nodes/Grade/warm.nk",
+                       "toolsets/generators/small_bars.nk"]
+    nuke.nodePaste(str(pool / "toolsets" / "generators" / "small_bars.nk"))
+    assert [n.Class() for n in nuke.selectedNodes()] == ["ColorBars", "Reformat"]
+
+
+def run_demo(tmp_path, *args, display=None):
+    env = dict(os.environ)
+    env.pop("QT_QPA_PLATFORM", None)
+    env.pop("WAYLAND_DISPLAY", None)
+    env["DISPLAY"] = display or ""
+    return subprocess.run([sys.executable, "-m", "demo"] + list(args), cwd=HOSTSIM, env=env,
+                          capture_output=True, text=True, timeout=120)
+
+
+def test_without_a_display_it_says_how_to_run_headless(tmp_path):
+    result = run_demo(tmp_path)
+    assert result.returncode == 1
+    assert result.stdout.count("\n") == 1 and "--offscreen --screenshot FILE" in result.stdout
+
+
+def test_offscreen_it_runs_a_scenario_and_writes_a_screenshot(tmp_path):
+    scenario = tmp_path / "scenario.py"
+    scenario.write_text(
+        "grade = nuke.toNode('Grade1')\n"
+        "grade['white'].setValue(0.5)\n"
+        "demo.press(grade, 'look_new')\n"
+        "open(folder + '/ran.txt', 'w').write(demo.viewer.label_info.text())\n")
+    shot = tmp_path / "shot.png"
+    data = tmp_path / "data"
+    result = run_demo(tmp_path, "--offscreen", "--data", str(data), "--scenario", str(scenario),
+                      "--screenshot", str(shot))
+    assert result.returncode == 0, result.stderr
+    assert "Viewer1" in (data / "ran.txt").read_text()
+    image = QtGui.QImage(str(shot))
+    assert shot.read_bytes().startswith(b"\x89PNG") and image.width() >= 800
+    assert (data / "sample.nk").is_file() and (data / "snapshots" / sample.SNAPSHOT_DIR).is_dir()
