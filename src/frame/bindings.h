@@ -7,5 +7,6 @@ namespace cobaltrig {
 
 void bind_frame(pybind11::module_& m);
 void bind_looks(pybind11::module_& m);
+void bind_resolution(pybind11::module_& m);
 
 } // namespace cobaltrig

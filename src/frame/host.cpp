@@ -37,6 +37,8 @@ void Knob::setVisible(bool visible) { obj_.attr("setVisible")(visible); }
 py::object Knob::value() const { return obj_.attr("value")(); }
 py::object Knob::getValue() const { return obj_.attr("getValue")(); }
 std::string Knob::valueText() const { return py::str(value()).cast<std::string>(); }
+std::string Knob::getValueText() const { return py::str(getValue()).cast<std::string>(); }
+int Knob::getValueInt() const { return py::int_(getValue()).cast<int>(); }
 void Knob::setValue(const py::object& value) { obj_.attr("setValue")(value); }
 void Knob::setValue(const std::string& value) { obj_.attr("setValue")(value); }
 std::string Knob::command() const { return obj_.attr("command")().cast<std::string>(); }
@@ -136,11 +138,16 @@ std::optional<Node> toNode(const std::string& name) {
 }
 
 std::optional<Node> thisNode() { return toOptionalNode(nuke().attr("thisNode")()); }
+Node selectedNode() { return Node(nuke().attr("selectedNode")()); }
 Node root() { return Node(nuke().attr("root")()); }
 int frame() { return nuke().attr("frame")().cast<int>(); }
 
 Node createNode(const std::string& node_class, bool inpanel) {
     return Node(nuke().attr("createNode")(node_class, py::arg("inpanel") = inpanel));
+}
+
+Node createNodeDefault(const std::string& node_class) {
+    return Node(nuke().attr("createNode")(node_class));
 }
 
 Node makeNode(const std::string& node_class, const py::dict& knobs) {
@@ -172,6 +179,11 @@ Knob PyScript_Knob(const std::string& name, const std::string& label) {
     return Knob(nuke().attr("PyScript_Knob")(name, label));
 }
 Knob PythonKnob(const std::string& name) { return Knob(nuke().attr("PythonKnob")(name)); }
+Knob Tab_Knob(const std::string& name) { return Knob(nuke().attr("Tab_Knob")(name)); }
+Knob Text_Knob(const std::string& name) { return Knob(nuke().attr("Text_Knob")(name)); }
+Knob Text_Knob(const std::string& name, const std::string& label, const std::string& text) {
+    return Knob(nuke().attr("Text_Knob")(name, label, text));
+}
 
 std::optional<Node> activeViewerNode() {
     py::object viewer = nuke().attr("activeViewer")();

@@ -42,6 +42,10 @@ public:
     py::object getValue() const;
     /// `value()` converted to text with Python's str().
     std::string valueText() const;
+    /// `getValue()` converted to text with Python's str().
+    std::string getValueText() const;
+    /// `getValue()` as a whole number, cut towards zero as Python's int() does.
+    int getValueInt() const;
     void setValue(const py::object& value);
     void setValue(const std::string& value);
     /// Script knobs: the command text run when the button is pressed.
@@ -127,11 +131,15 @@ std::vector<Node> selectedNodes();
 std::vector<Node> allNodes(const std::optional<std::string>& filter = std::nullopt);
 std::optional<Node> toNode(const std::string& name);
 std::optional<Node> thisNode();
+/// `nuke.selectedNode()`: fails with the host's error when nothing is selected.
+Node selectedNode();
 Node root();
 int frame();
 
 // --- making and removing ---
 Node createNode(const std::string& node_class, bool inpanel = false);
+/// `nuke.createNode(class)` with nothing else passed: the host's own defaults decide the rest.
+Node createNodeDefault(const std::string& node_class);
 /// `nuke.nodes.<Class>(**knobs)`: an unconnected node, selection untouched.
 Node makeNode(const std::string& node_class, const py::dict& knobs = py::dict());
 Node makeGroup(bool show = false);
@@ -152,6 +160,10 @@ Knob Tab_Knob(const std::string& name, const std::string& label);
 Knob Text_Knob(const std::string& name, const std::string& label);
 Knob PyScript_Knob(const std::string& name, const std::string& label);
 Knob PythonKnob(const std::string& name);
+/// The knob constructors with the name alone: the host gives the label.
+Knob Tab_Knob(const std::string& name);
+Knob Text_Knob(const std::string& name);
+Knob Text_Knob(const std::string& name, const std::string& label, const std::string& text);
 
 // --- viewer ---
 /// The node of the active viewer window, or nothing when the host has no viewer.

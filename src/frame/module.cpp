@@ -42,4 +42,5 @@ PYBIND11_MODULE(cobaltRig_w, m) {
     cobaltrig::slots::set_module(m);
     cobaltrig::bind_frame(m);
     cobaltrig::bind_looks(m);
+    cobaltrig::bind_resolution(m);
 }

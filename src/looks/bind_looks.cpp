@@ -2,13 +2,106 @@
 
 #include "frame/bindings.h"
 #include "frame/host.h"
+#include "frame/qt_bridge.h"
+#include "frame/window_slots.h"
+#include "looks/applying.h"
 #include "looks/look_knobs.h"
+#include "looks/looks_slider.h"
+#include "looks/storing.h"
+#include "looks/updating.h"
 
 #include <pybind11/stl.h>
+
+#include <QHBoxLayout>
+#include <QLineEdit>
+#include <QSlider>
 
 namespace cobaltrig {
 
 namespace py = pybind11;
+
+namespace {
+
+py::object node_object(const std::optional<host::Node>& node) {
+    return node ? node->object() : py::object(py::none());
+}
+
+void bind_storing(py::module_& m) {
+    m.def(
+        "get_look_container", [](py::args) { return looks::get_look_container().object(); },
+        "The script's look container, made when there is none.");
+    m.def(
+        "get_next_preset_index",
+        [](py::object node, py::args) { return looks::get_next_preset_index(host::Node(node)); },
+        py::arg("node"), "The index of the next look of the selected node.");
+    m.def(
+        "set_look",
+        [](py::object node, py::args) {
+            host::Node n(node);
+            looks::set_look(n);
+        },
+        py::arg("node_to_process"), "Stores the node's present state as a new look.");
+    m.def(
+        "batch_set_look", [](py::args) { looks::batch_set_look(); },
+        "Stores a new look of every selected node.");
+    m.def(
+        "update_preset", [](py::args) { looks::update_preset(); },
+        "Asks for a look of the pressed node and overwrites it with the node's present state.");
+    m.def(
+        "delete_preset", [](py::args) { looks::delete_preset(); },
+        "Asks for a look of the pressed node and removes it.");
+}
+
+void bind_applying(py::module_& m) {
+    m.def(
+        "apply_preset",
+        [](py::object node, const std::string& preset_uid, py::object look_preset_index, py::args) {
+            host::Node n(node);
+            // Commands stored in scripts pass the index quoted; a caller may pass a number.
+            return node_object(
+                looks::apply_preset(n, preset_uid, py::str(look_preset_index).cast<std::string>()));
+        },
+        py::arg("node_orig"), py::arg("preset_uid"), py::arg("look_preset_index"),
+        "Replaces the node by its stored look; gives the new node or None.");
+}
+
+void bind_slider(py::module_& m) {
+    using looks::LooksSlider;
+    m.def(
+        "get_max_look_version", [](py::args) { return looks::get_max_look_version(); },
+        "The most look knobs any selected node has, at least 1.");
+
+    py::class_<LooksSlider, slots::WindowHolder<LooksSlider>> cls(m, "LooksSlider");
+    cls.def(py::init<>())
+        .def(
+            "update_widgets", [](LooksSlider& self, py::args) { self.update_widgets(); },
+            "Applies the slider's look to the selected nodes.")
+        .def("get_current_preset_index",
+             [](LooksSlider& self, py::object node, py::args) {
+                 return self.get_current_preset_index(host::Node(node));
+             })
+        .def("set_slider_index",
+             [](LooksSlider& self, py::object index, py::args) {
+                 self.set_slider_index(py::int_(index).cast<int>());
+             })
+        .def_property_readonly("settings", &LooksSlider::settings)
+        .def_readonly("auto_release", &LooksSlider::auto_release)
+        .def("show", &QWidget::show)
+        .def("raise_", &QWidget::raise)
+        .def("close", &QWidget::close)
+        .def("isVisible", &QWidget::isVisible)
+        .def("move", [](LooksSlider& self, int x, int y) { self.move(x, y); })
+        .def_property_readonly("widget", [](LooksSlider& self) { return bridge::wrap(&self); });
+    bridge::def_widget(cls, "input_look", &LooksSlider::input_look);
+    bridge::def_widget(cls, "slider", &LooksSlider::slider);
+    bridge::def_widget(cls, "layout_slider", &LooksSlider::layout_slider);
+
+    m.def(
+        "show_looks_slider", [](py::args) { return looks::show_looks_slider(); },
+        "Opens the look slider for the selected nodes under the cursor.");
+}
+
+} // namespace
 
 void bind_looks(py::module_& m) {
     using host::Node;
@@ -47,6 +140,10 @@ void bind_looks(py::module_& m) {
     m.def(
         "delete_selected_nodes_looks", [](py::args) { looks::delete_selected_nodes_looks(); },
         "Removes the looks of every selected node.");
+
+    bind_storing(m);
+    bind_applying(m);
+    bind_slider(m);
 }
 
 } // namespace cobaltrig

@@ -1,0 +1,165 @@
+#include "looks/looks_slider.h"
+
+#include "frame/guarded.h"
+#include "frame/siblings.h"
+#include "frame/window_slots.h"
+#include "looks/applying.h"
+#include "looks/look_knobs.h"
+
+#include <QCursor>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QPoint>
+#include <QSize>
+#include <QSlider>
+
+#include <algorithm>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace cobaltrig::looks {
+
+namespace py = pybind11;
+
+namespace {
+
+// Qt's code of the letter E, the key the slider is usually held on.
+constexpr int kKeyE = 69;
+
+} // namespace
+
+int get_max_look_version() {
+    int most = 1;
+    for (const host::Node& node : host::selectedNodes())
+        most = std::max(most, static_cast<int>(get_preset_knobs(node).size()));
+    return most;
+}
+
+LooksSlider::LooksSlider() {
+    setObjectName(QStringLiteral("SliderPanel"));
+    setWindowFlags(Qt::FramelessWindowHint);
+    setFixedSize(QSize(400, 40));
+    const siblings::Settings settings = siblings::load_settings();
+    settings_ = settings.mapping;
+    auto_release = settings.isTrue("release_hotkey_closes_slider");
+    build_ui();
+}
+
+void LooksSlider::build_ui() {
+    create_widgets();
+    create_layouts();
+    siblings::set_style_sheet(this);
+    slider->setFocus();
+    create_signals();
+}
+
+void LooksSlider::create_widgets() {
+    input_look = new QLineEdit(QStringLiteral("1"), this);
+    input_look->setObjectName(QStringLiteral("input_look"));
+    input_look->setInputMask(QStringLiteral("00"));
+    input_look->setMaxLength(2);
+
+    slider = new QSlider(Qt::Horizontal, this);
+    slider->setFixedHeight(20);
+    slider->setMinimum(1);
+    slider->setMaximum(get_max_look_version());
+}
+
+void LooksSlider::create_layouts() {
+    layout_slider = new QHBoxLayout(this);
+    layout_slider->addWidget(input_look);
+    layout_slider->addWidget(slider);
+    setLayout(layout_slider);
+}
+
+void LooksSlider::create_signals() {
+    // The field only mirrors the slider: typing into it does nothing.
+    connect_guarded(slider, &QSlider::valueChanged, this, "LooksSlider.update_widgets",
+                    [this] { update_widgets(); });
+}
+
+void LooksSlider::update_widgets() {
+    const std::string look_index = std::to_string(slider->value());
+    input_look->setText(QString::fromStdString(look_index));
+
+    std::vector<host::Node> sel_presets;
+    // One failure ends the walk without a word; the nodes replaced so far stay replaced and are
+    // selected again below.
+    try {
+        const std::string wanted = look_knob_name(look_index);
+        for (host::Node& node : host::selectedNodes()) {
+            std::optional<host::Knob> look;
+            for (const auto& [name, knob] : node.knobs())
+                if (name == wanted) {
+                    look = knob;
+                    break;
+                }
+            if (!look)
+                continue;
+            if (std::optional<host::Node> preset = apply_preset(node, look->tooltip(), look_index))
+                sel_presets.push_back(*preset);
+        }
+    } catch (...) {
+    }
+
+    // Each apply took the selection away; the new nodes get it back so the next step finds them.
+    for (host::Node& preset : sel_presets)
+        preset["selected"].setValue(py::bool_(true));
+}
+
+int LooksSlider::get_current_preset_index(const host::Node& node) const {
+    for (const auto& [name, knob] : node.knobs()) {
+        if (name != "looks")
+            continue;
+        const std::string remembered = knob.tooltip();
+        if (remembered.empty())
+            return 1;
+        // Read as the host's Python reads a whole number, so a broken tooltip fails with its error.
+        return py::int_(py::str(remembered)).cast<int>();
+    }
+    return 1;
+}
+
+void LooksSlider::set_slider_index(int index) {
+    slider->setValue(index);
+}
+
+void LooksSlider::keyPressEvent(QKeyEvent* event) {
+    guarded("LooksSlider.keyPressEvent", [&] {
+        if (event->key() == Qt::Key_Escape)
+            close();
+    });
+}
+
+void LooksSlider::keyReleaseEvent(QKeyEvent* event) {
+    guarded("LooksSlider.keyReleaseEvent", [&] {
+        if (event->key() == kKeyE && auto_release)
+            close();
+    });
+}
+
+py::object show_looks_slider() {
+    const std::vector<host::Node> sel = host::selectedNodes();
+    if (sel.empty())
+        return py::none();
+
+    int current_slider_position = 1;
+    auto make = [&] {
+        auto* window = new LooksSlider();
+        py::object owner = py::cast(window, py::return_value_policy::take_ownership);
+        current_slider_position = window->get_current_preset_index(sel.back());
+        // Not passive: a remembered look above 1 is applied again to the selection right here.
+        window->set_slider_index(current_slider_position);
+        return owner;
+    };
+    auto place = [&](py::object& owner) {
+        auto& window = owner.cast<LooksSlider&>();
+        // The arithmetic uses the remembered look, whatever the slider made of it.
+        window.move(QCursor::pos() + QPoint((current_slider_position + 1) * -80, -15));
+    };
+    return slots::open_window("slider", make, place);
+}
+
+} // namespace cobaltrig::looks

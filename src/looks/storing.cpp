@@ -1,0 +1,131 @@
+#include "looks/storing.h"
+
+#include "frame/siblings.h"
+#include "looks/look_knobs.h"
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+namespace cobaltrig::looks {
+
+namespace py = pybind11;
+
+namespace {
+
+constexpr const char* kClipboard = "%clipboard%";
+// 0x089AFDFF: the blue that tells the container apart in the graph.
+constexpr long long kContainerColor = 144375295;
+
+// Split at every comma and nothing else: the entries are compared as they stand, blanks included,
+// and an empty setting gives one empty entry that matches no class.
+std::vector<std::string> split_at_commas(const std::string& text) {
+    std::vector<std::string> parts;
+    std::string::size_type start = 0;
+    for (;;) {
+        const auto comma = text.find(',', start);
+        parts.push_back(text.substr(start, comma - start));
+        if (comma == std::string::npos)
+            return parts;
+        start = comma + 1;
+    }
+}
+
+std::vector<std::string> ignored_classes() {
+    const siblings::Settings settings = siblings::load_settings();
+    const std::optional<std::string> value = settings.get("presetnodes_ignore");
+    if (!value)
+        throw py::key_error("presetnodes_ignore: the settings store gives no list of node classes "
+                            "to leave out of looks");
+    return split_at_commas(*value);
+}
+
+// Everything the name holds besides the marker, read as Python reads a whole number.
+int index_of_look_knob(const std::string& name) {
+    std::string rest = name;
+    const std::string marker = kLookKnobMarker;
+    for (auto at = rest.find(marker); at != std::string::npos; at = rest.find(marker, at))
+        rest.erase(at, marker.size());
+    return py::int_(py::str(rest)).cast<int>();
+}
+
+host::Node make_look_container() {
+    host::Node container = host::createNode("Group", false);
+    container["name"].setValue(std::string("looks"));
+    container["tile_color"].setValue(py::int_(kContainerColor));
+    host::Knob tab = host::Tab_Knob("looks");
+    host::Knob notice = host::Text_Knob("notice", "", "looks container. Don't delete this node");
+    container.addKnob(tab);
+    container.addKnob(notice);
+    host::Knob marker = host::Text_Knob("looks_group");
+    container.addKnob(marker);
+    marker.setVisible(false);
+    const auto [x, y] = siblings::get_topleft_coordinates();
+    container.setXYpos(x, y);
+    return container;
+}
+
+} // namespace
+
+host::Node get_look_container() {
+    for (const host::Node& group : host::allNodes(std::string("Group"))) {
+        std::vector<host::Knob> markers;
+        for (const auto& [name, knob] : group.knobs())
+            if (name == "looks_group")
+                markers.push_back(knob);
+        if (markers.size() == 1)
+            return markers.front().node().value_or(group);
+    }
+    return make_look_container();
+}
+
+int get_next_preset_index(const host::Node& /*node*/) {
+    std::vector<int> indices;
+    for (const auto& [name, knob] : host::selectedNode().knobs())
+        if (is_look_knob_name(name))
+            indices.push_back(index_of_look_knob(name));
+    if (indices.empty())
+        return 1;
+    return *std::max_element(indices.begin(), indices.end()) + 1;
+}
+
+void set_look(host::Node& node_to_process) {
+    const std::vector<std::string> nodes_ignore = ignored_classes();
+    if (std::find(nodes_ignore.begin(), nodes_ignore.end(), node_to_process.Class()) !=
+        nodes_ignore.end())
+        return;
+
+    node_to_process.selectOnly();
+    // The widgets go on before the copy is taken, so that the stored copy carries them too.
+    create_looks_widgets(node_to_process);
+    host::nodeCopy(kClipboard);
+    // Read now, while the node is still the selected one: making the container moves the selection.
+    const int presets_index_next = get_next_preset_index(host::selectedNode());
+    host::Node look_group = get_look_container();
+
+    std::string preset_uid;
+    {
+        host::GroupContext inside(look_group);
+        host::Node node = host::nodePaste(kClipboard);
+        const int input_count = node.inputs();
+        for (int i = 0; i < input_count; ++i)
+            node.setInput(i, std::nullopt);
+        preset_uid = siblings::create_uid();
+        node["label"].setValue(preset_uid);
+        remove_preset_knobs(node);
+    }
+
+    const std::string id_preset = std::to_string(presets_index_next);
+    host::Knob look_preset_new = host::PyScript_Knob(look_knob_name(id_preset), id_preset);
+    look_preset_new.setTooltip(preset_uid);
+    look_preset_new.setCommand(look_knob_command(look_preset_new.tooltip(), id_preset));
+    node_to_process.addKnob(look_preset_new);
+}
+
+void batch_set_look() {
+    // The list is taken once: every store changes the selection.
+    for (host::Node& node : host::selectedNodes())
+        set_look(node);
+}
+
+} // namespace cobaltrig::looks

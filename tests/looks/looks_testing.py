@@ -1,0 +1,20 @@
+"""Helpers of the look suites: pressing buttons and reading looks as an artist sees them."""
+
+
+def store(node):
+    """Presses the node's `new` button, as an artist does; the first press gives it the look tab."""
+    if node.knob("look_new") is None:
+        from cobaltRig import cobaltRig_w
+
+        cobaltRig_w.set_look(node)
+    else:
+        node["look_new"].execute()
+
+
+def look_knobs(node):
+    return [k.name() for k in node.allKnobs() if "look_preset_" in k.name()]
+
+
+def stored_copies(nuke):
+    container = next(n for n in nuke.allNodes("Group") if n.knob("looks_group"))
+    return {n["label"].value(): n for n in container.nodes()}

@@ -1,0 +1,104 @@
+"""Applying a look: the node is replaced by its stored copy and the graph doesn't notice."""
+
+import pytest
+
+from looks_testing import look_knobs, store, stored_copies
+
+
+def press(nuke, name, knob):
+    """Presses a button of the node of that name; gives the node of that name afterwards."""
+    nuke.toNode(name)[knob].execute()
+    return nuke.toNode(name)
+
+
+def test_a_look_button_replaces_the_node_keeping_what_the_graph_sees(rig, nuke, chain, host):
+    source, blur, grade = chain
+    merge = nuke.nodes.Merge2(inputs=[source, blur])
+    blur["label"].setValue("soft")
+    store(blur)
+    blur["mix"].setValue(0.5)
+    store(blur)
+    blur.setXYpos(300, 420)
+    blur["label"].setValue("soft, edited")
+    blur["mix"].setValue(0.75)
+    blur.showControlPanel()
+    uids = [blur[k].tooltip() for k in look_knobs(blur)]
+
+    new = press(nuke, "Blur1", "look_preset_1")
+
+    assert new is not blur and new.name() == "Blur1"
+    with pytest.raises(ValueError):
+        blur.name()
+    assert new["mix"].value() == 1.0                # the stored state, edits since are gone
+    assert new["label"].value() == "soft, edited"   # ... but not the label
+    assert (new.xpos(), new.ypos()) == (300, 420)
+    assert new.input(0) is source and grade.input(0) is new and merge.input(1) is new
+    assert new.shown()
+    assert [new[k].tooltip() for k in look_knobs(new)] == uids  # the later look is kept too
+    assert new["looks"].tooltip() == "1"
+    assert nuke.allNodes("Dot") == [] and host.messages == []
+    assert stored_copies(nuke)[uids[0]]["label"].value() == uids[0]
+
+    again = press(nuke, "Blur1", "look_preset_2")
+    assert again["mix"].value() == 0.5 and again["looks"].tooltip() == "2"
+    assert again.input(0) is source and grade.input(0) is again
+
+
+def test_look_buttons_come_back_in_text_order(rig, nuke, chain):
+    _, blur, _ = chain
+    for _ in range(10):
+        store(blur)
+    blur.removeKnob(blur["look_preset_5"])
+    new = press(nuke, "Blur1", "look_preset_3")
+    assert look_knobs(new) == ["look_preset_{}".format(i)
+                               for i in ("1", "10", "2", "3", "4", "6", "7", "8", "9")]
+    for name in look_knobs(new):
+        index = name.rsplit("_", 1)[1]
+        assert new[name].label() == index
+        assert new[name].command().endswith("'{}', '{}')".format(new[name].tooltip(), index))
+
+
+def test_a_panel_that_was_closed_stays_closed(rig, nuke, chain):
+    _, blur, _ = chain
+    store(blur)
+    assert not press(nuke, "Blur1", "look_preset_1").shown()
+
+
+@pytest.mark.parametrize("wired, expected", [
+    ([0, 1], [0, 1]),   # both inputs, in their order
+    ([1], [0]),         # input 0 empty: the list has no gaps
+    ([0, 2], [0, 1]),
+])
+def test_inputs_are_taken_from_the_dependencies(rig, nuke, wired, expected):
+    feeds = [nuke.nodes.Constant(), nuke.nodes.ColorBars(), nuke.nodes.CheckerBoard()]
+    merge = nuke.nodes.Merge2()
+    for i in wired:
+        merge.setInput(i, feeds[i])
+    store(merge)
+    new = press(nuke, merge.name(), "look_preset_1")
+    connected = [i for i in range(new.inputs()) if new.input(i) is not None]
+    assert connected == expected
+    assert [new.input(i) for i in expected] == [feeds[i] for i in wired]
+
+
+def test_a_missing_copy_is_reported_and_the_node_stays(rig, nuke, chain, host):
+    _, blur, grade = chain
+    store(blur)
+    for copy in stored_copies(nuke).values():
+        with nuke.allNodes("Group")[0]:
+            nuke.delete(copy)
+
+    assert rig.apply_preset(blur, blur["look_preset_1"].tooltip(), "1") is None
+    assert host.messages == ["cannot find preset node"]
+    assert nuke.toNode("Blur1") is blur and grade.input(0) is blur
+    assert nuke.allNodes("Dot") == []
+
+
+def test_without_container_nothing_happens_but_the_selection(rig, nuke, chain, host):
+    _, blur, grade = chain
+    store(blur)
+    nuke.delete(nuke.allNodes("Group")[0])
+    grade.selectOnly()
+    assert rig.apply_preset(blur, blur["look_preset_1"].tooltip(), 1) is None
+    assert host.messages == [] and nuke.selectedNodes() == [blur]
+    assert nuke.toNode("Blur1") is blur

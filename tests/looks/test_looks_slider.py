@@ -1,0 +1,146 @@
+"""The look slider: opened under the cursor, stepped with the keyboard, closed by its keys."""
+
+import pytest
+from cobaltRig import helper
+from PySide2 import QtCore, QtGui
+
+from looks_testing import store
+
+CURSOR = QtCore.QPoint(1000, 500)
+
+
+@pytest.fixture(autouse=True)
+def cursor(qapp):
+    QtGui.QCursor.setPos(CURSOR)
+
+
+@pytest.fixture
+def open_slider(rig, qtbot):
+    windows = []
+
+    def open_():
+        window = rig.show_looks_slider()
+        if window is not None:
+            qtbot.addWidget(window.widget)
+            windows.append(window)
+        return window
+
+    yield open_
+    for window in windows:
+        window.close()
+
+
+def with_looks(nuke, node, mixes):
+    """Stores one look per mix value; the node ends with the last of them."""
+    for mix in mixes:
+        node["mix"].setValue(mix)
+        store(node)
+    return node
+
+
+def select(*nodes):
+    for node in nodes:
+        node.setSelected(True)
+
+
+def press(qtbot, window, key):
+    qtbot.keyPress(window.slider, key)
+    qtbot.keyRelease(window.slider, key)
+
+
+def test_nothing_selected_opens_nothing(rig, nuke, chain, open_slider):
+    for node in nuke.allNodes():
+        node.setSelected(False)
+    assert open_slider() is None
+
+
+@pytest.mark.parametrize("shown, left, mix", [
+    ("", 160, 0.9),   # nothing remembered: look 1, nothing applied
+    ("2", 240, 0.2),  # a remembered look of 2 or more is applied again at opening
+])
+def test_the_window_opens_left_of_the_cursor_at_the_remembered_look(rig, nuke, chain,
+                                                                     open_slider, shown, left, mix):
+    _, blur, _ = chain
+    with_looks(nuke, blur, (0.1, 0.2, 0.3))
+    blur["looks"].setTooltip(shown)
+    blur["mix"].setValue(0.9)
+    blur.selectOnly()
+
+    window = open_slider()
+
+    assert rig.slider is window and window.isVisible()
+    widget = window.widget
+    assert widget.objectName() == "SliderPanel" and widget.size() == QtCore.QSize(400, 40)
+    assert widget.windowFlags() & QtCore.Qt.FramelessWindowHint
+    assert widget.pos() == CURSOR + QtCore.QPoint(-left, -15)
+    assert (window.slider.minimum(), window.slider.maximum()) == (1, 3)
+    assert window.input_look.text() == (shown or "1") and window.input_look.maxLength() == 2
+    assert nuke.toNode("Blur1")["mix"].value() == mix
+
+
+def test_stepping_a_mixed_selection(rig, nuke, chain, open_slider, qtbot):
+    _, blur, grade = chain
+    with_looks(nuke, blur, (0.1, 0.2, 0.3))
+    grade["mix"].setValue(0.5)
+    store(grade)
+    grade["mix"].setValue(0.6)
+    blur.selectOnly()
+    select(grade)
+    window = open_slider()
+    assert window.slider.maximum() == 3
+
+    press(qtbot, window, QtCore.Qt.Key_Right)
+
+    stepped = nuke.toNode("Blur1")
+    assert stepped is not blur and stepped["mix"].value() == 0.2
+    assert window.input_look.text() == "2"
+    # Grade has no look 2: it is passed over, keeps its edit and drops out of the selection.
+    assert nuke.selectedNodes() == [stepped] and grade["mix"].value() == 0.6
+
+    press(qtbot, window, QtCore.Qt.Key_Left)
+    assert nuke.toNode("Blur1")["mix"].value() == 0.1
+    assert nuke.toNode("Grade1") is grade and grade["mix"].value() == 0.6
+
+
+def test_a_failure_in_the_walk_ends_it_silently(rig, nuke, chain, open_slider, qtbot,
+                                                monkeypatch, capsys):
+    _, blur, grade = chain
+    with_looks(nuke, blur, (0.1, 0.2))
+    with_looks(nuke, grade, (0.1, 0.2))
+    blur.selectOnly()
+    select(grade)
+    window = open_slider()
+    real_find = helper.find_looks_group
+    calls = []
+
+    def fails_second_time():
+        calls.append(1)
+        if len(calls) == 2:
+            raise RuntimeError("container unreachable")
+        return real_find()
+
+    monkeypatch.setattr(helper, "find_looks_group", fails_second_time)
+    press(qtbot, window, QtCore.Qt.Key_Right)
+
+    assert capsys.readouterr().err == ""
+    assert nuke.toNode("Blur1") is not blur and nuke.toNode("Grade1") is grade
+    assert nuke.toNode("Blur1").isSelected()  # replaced before the failure: selected again
+
+
+@pytest.mark.parametrize("setting, closes_on_e",
+                         [("True", True), ("False", False), ("true", False)])
+def test_escape_always_closes_and_e_only_when_set(rig, nuke, chain, open_slider, qtbot,
+                                                  setting, closes_on_e):
+    _, blur, _ = chain
+    helper.update_xml("release_hotkey_closes_slider", setting)
+    blur.selectOnly()
+    window = open_slider()
+    assert window.auto_release == closes_on_e
+    assert window.settings["release_hotkey_closes_slider"] == setting
+
+    press(qtbot, window, QtCore.Qt.Key_E)
+    assert window.isVisible() != closes_on_e
+
+    window.show()
+    press(qtbot, window, QtCore.Qt.Key_Escape)
+    assert not window.isVisible()

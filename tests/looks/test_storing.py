@@ -1,0 +1,127 @@
+"""Storing looks: the container, the stored copies and the look knobs."""
+
+import pytest
+from cobaltRig import helper
+
+from looks_testing import look_knobs, store, stored_copies
+
+
+def test_first_and_second_store_make_knobs_copies_and_one_container(rig, nuke, chain):
+    _, blur, _ = chain
+    blur["label"].setValue("artist's label")
+    store(blur)
+    blur["mix"].setValue(0.25)
+    store(blur)
+
+    names = [k.name() for k in blur.allKnobs()]
+    assert names[names.index("looks"):][-2:] == ["look_preset_1", "look_preset_2"]
+    first, second = blur["look_preset_1"], blur["look_preset_2"]
+    assert (first.label(), second.label()) == ("1", "2")
+    assert first.tooltip() != second.tooltip()
+    assert first.command() == ("import cobaltRig.osl as lk;lk.apply_preset(nuke.thisNode(), "
+                               "'{}', '1')".format(first.tooltip()))
+    assert blur["label"].value() == "artist's label" and blur["looks"].tooltip() == ""
+
+    [container] = [n for n in nuke.allNodes("Group")]
+    assert container.name() == "looks" and container["tile_color"].value() == 0x089AFDFF
+    assert [k.name() for k in container.allKnobs()][-3:] == ["looks", "notice", "looks_group"]
+    assert container["notice"].value() == "looks container. Don't delete this node"
+    assert not container["looks_group"].visible()
+
+    copies = stored_copies(nuke)
+    assert set(copies) == {first.tooltip(), second.tooltip()}
+    assert copies[first.tooltip()]["mix"].value() == 1.0
+    assert copies[second.tooltip()]["mix"].value() == 0.25
+    for copy in copies.values():
+        assert copy.inputs() == 0 and look_knobs(copy) == []
+        assert copy.knob("look_new") is not None  # the look widgets travel with the copy
+
+
+def test_nodes_of_different_classes_share_the_container_and_count_their_own(rig, nuke, chain):
+    _, blur, grade = chain
+    for node in (blur, grade, blur):
+        store(node)
+    assert look_knobs(blur) == ["look_preset_1", "look_preset_2"]
+    assert look_knobs(grade) == ["look_preset_1"]
+    assert len(nuke.allNodes("Group")) == 1 and len(stored_copies(nuke)) == 3
+
+
+@pytest.mark.parametrize("ignore, stored", [
+    ("", True),            # one empty entry refuses nothing
+    ("Blur", False),
+    ("Grade,Blur", False),
+    ("Grade, Blur", True),  # entries are not stripped
+])
+def test_ignore_list_is_split_at_commas_only(rig, nuke, chain, ignore, stored):
+    _, blur, grade = chain
+    helper.update_xml("presetnodes_ignore", ignore)
+    grade.selectOnly()
+    rig.set_look(blur)
+    assert bool(look_knobs(blur)) == stored
+    if not stored:  # nothing at all happened, the selection included
+        assert nuke.selectedNodes() == [grade] and blur.knob("looks") is None
+        assert nuke.allNodes("Group") == []
+
+
+def test_a_class_without_look_tab_is_stored_all_the_same(rig, nuke):
+    helper.update_xml("presetnodes_ignore", "Dot")
+    viewer = nuke.createNode("Viewer", inpanel=False)
+    rig.set_look(viewer)
+    assert look_knobs(viewer) == ["look_preset_1"] and viewer.knob("looks") is None
+
+
+def test_all_inputs_of_a_multi_input_node_are_cut_in_the_copy(rig, nuke, chain):
+    source, blur, grade = chain
+    merge = nuke.nodes.Merge2(inputs=[blur, None, grade])
+    store(merge)
+    assert merge.dependencies() == [blur, grade]
+    [copy] = stored_copies(nuke).values()
+    assert copy.inputs() == 0
+
+
+def test_next_index_continues_after_gaps_and_on_copies(rig, nuke, chain):
+    _, blur, _ = chain
+    for _ in range(3):
+        store(blur)
+    blur.removeKnob(blur["look_preset_2"])
+    store(blur)
+    assert look_knobs(blur) == ["look_preset_1", "look_preset_3", "look_preset_4"]
+
+    blur.selectOnly()
+    nuke.nodeCopy("%clipboard%")
+    twin = nuke.nodePaste("%clipboard%")
+    store(twin)
+    assert look_knobs(twin) == ["look_preset_1", "look_preset_3", "look_preset_4", "look_preset_5"]
+    assert twin["look_preset_3"].tooltip() == blur["look_preset_3"].tooltip()
+
+
+def test_a_look_knob_with_a_broken_number_fails_before_anything_is_stored(rig, nuke, chain):
+    _, blur, _ = chain
+    blur.addKnob(nuke.PyScript_Knob("look_preset_x", "x"))
+    with pytest.raises(ValueError):
+        rig.set_look(blur)
+    assert blur.knob("looks") is not None and nuke.allNodes("Group") == []
+
+
+def test_a_failing_store_leaves_the_container_context(rig, nuke, chain, monkeypatch):
+    _, blur, _ = chain
+    store(blur)
+
+    def broken():
+        raise RuntimeError("no uid today")
+
+    monkeypatch.setattr(helper, "create_uid", broken)
+    with pytest.raises(RuntimeError, match="no uid today"):
+        store(blur)
+    assert nuke.thisGroup() is nuke.root()
+    assert look_knobs(blur) == ["look_preset_1"]
+
+
+def test_batch_store_walks_the_selection_taken_at_the_start(rig, nuke, chain):
+    source, blur, grade = chain
+    blur.setSelected(True)
+    grade.setSelected(True)
+    source.setSelected(False)
+    rig.batch_set_look()
+    assert look_knobs(blur) == look_knobs(grade) == ["look_preset_1"]
+    assert nuke.selectedNodes() == [grade]
