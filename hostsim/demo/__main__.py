@@ -98,6 +98,8 @@ def main(argv=None):
         try:
             if args.scenario:
                 run_scenario(args.scenario, window, folder)
+                window.sync()
+                window.graph.frame_all()
             if args.screenshot:
                 print("screenshot: {}".format(window.screenshot(args.screenshot)))
         except Exception:

@@ -295,6 +295,9 @@ class PropertiesBin(QtWidgets.QScrollArea):
         for panel in list(self.panels):
             if not panel.node._alive or panel.node not in shown:
                 self.panels.remove(panel)
+                # Out of sight at once; Qt deletes it when the event loop comes round again.
+                panel.hide()
+                self.column.removeWidget(panel)
                 panel.deleteLater()
         for node in shown:
             panel = self.panel(node)
