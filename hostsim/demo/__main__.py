@@ -3,6 +3,7 @@
     scripts/demo                                   the window, on a display
     scripts/demo --offscreen --screenshot out.png  no display: a PNG of the window after start-up
     scripts/demo --offscreen --scenario FILE       run a Python scenario in the host, then quit
+                                                   (several --scenario files run in their order)
     scripts/demo --data DIR                        keep the sample, pool and snapshots in DIR
 
 A scenario runs in the host's script namespace (`nuke`, `nukescripts`) with `demo` (the window:
@@ -26,7 +27,8 @@ def parse(argv):
                         help="draw without a display; quit when start-up (and the scenario) is done")
     parser.add_argument("--screenshot", metavar="FILE",
                         help="write a PNG of the window after start-up (and the scenario)")
-    parser.add_argument("--scenario", metavar="FILE", help="a Python file to run in the host")
+    parser.add_argument("--scenario", metavar="FILE", action="append", default=[],
+                        help="a Python file to run in the host (may be given more than once)")
     parser.add_argument("--data", metavar="DIR",
                         help="folder for the sample script, pool, snapshots and settings "
                              "(default: a new temporary folder)")
@@ -96,8 +98,8 @@ def main(argv=None):
 
     def after_start():
         try:
-            if args.scenario:
-                run_scenario(args.scenario, window, folder)
+            for scenario in args.scenario:
+                run_scenario(scenario, window, folder)
                 window.sync()
                 window.graph.frame_all()
             if args.screenshot:

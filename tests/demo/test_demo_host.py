@@ -148,19 +148,31 @@ def test_without_a_display_it_says_how_to_run_headless(tmp_path):
     assert result.stdout.count("\n") == 1 and "--offscreen --screenshot FILE" in result.stdout
 
 
-def test_offscreen_it_runs_a_scenario_and_writes_a_screenshot(tmp_path):
-    scenario = tmp_path / "scenario.py"
-    scenario.write_text(
+def test_offscreen_it_runs_scenarios_in_order_and_writes_a_screenshot(tmp_path):
+    # The shipped walk through storing and applying looks, then a check of what it left.
+    check = tmp_path / "check.py"
+    check.write_text(
         "grade = nuke.toNode('Grade1')\n"
-        "grade['white'].setValue(0.5)\n"
-        "demo.press(grade, 'look_new')\n"
-        "open(folder + '/ran.txt', 'w').write(demo.viewer.label_info.text())\n")
+        "looks = [k.name() for k in grade.allKnobs() if 'look_preset_' in k.name()]\n"
+        "open(folder + '/result.txt', 'w').write(repr((looks, grade['white'].value(),\n"
+        "    grade.input(0).name(), demo.viewer.label_info.text())))\n")
     shot = tmp_path / "shot.png"
     data = tmp_path / "data"
-    result = run_demo(tmp_path, "--offscreen", "--data", str(data), "--scenario", str(scenario),
-                      "--screenshot", str(shot))
+    result = run_demo(tmp_path, "--offscreen", "--data", str(data), "--scenario",
+                      os.path.join(HOSTSIM, "demo", "scenarios", "looks.py"), "--scenario",
+                      str(check), "--screenshot", str(shot))
     assert result.returncode == 0, result.stderr
-    assert "Viewer1" in (data / "ran.txt").read_text()
+    looks, gain, source, viewer = eval((data / "result.txt").read_text())
+    assert looks == ["look_preset_1", "look_preset_2"] and gain == [1.3, 0.95, 0.6, 1.0]
+    assert source == "CheckerBoard1" and viewer.startswith("Viewer1")
     image = QtGui.QImage(str(shot))
     assert shot.read_bytes().startswith(b"\x89PNG") and image.width() >= 800
     assert (data / "sample.nk").is_file() and (data / "snapshots" / sample.SNAPSHOT_DIR).is_dir()
+
+
+def test_a_failing_scenario_ends_the_headless_run_with_an_error(tmp_path):
+    scenario = tmp_path / "broken.py"
+    scenario.write_text("nuke.toNode('NoSuchNode').name()\n")
+    result = run_demo(tmp_path, "--offscreen", "--data", str(tmp_path / "data"), "--scenario",
+                      str(scenario))
+    assert result.returncode == 1 and "AttributeError" in result.stderr
