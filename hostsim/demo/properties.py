@@ -9,6 +9,7 @@ node), and fields write their value back to the knob when the user is done with 
 import html
 import os
 import re
+import sys
 import traceback
 
 import nuke
@@ -44,7 +45,7 @@ def button_face(label):
 
 def report_failure(what):
     """A failed command goes to the console, as the host reports a failed script command."""
-    print("{} failed:".format(what), file=__import__("sys").stderr)
+    print("{} failed:".format(what), file=sys.stderr)
     traceback.print_exc()
 
 

@@ -124,6 +124,20 @@ def test_the_graph_follows_changes_made_elsewhere(demo):
     assert "nothing connected" in demo.viewer.label_image.text() and demo.viewer.image is None
 
 
+def test_save_as_renames_the_script_and_the_title_follows(demo, tmp_path, monkeypatch):
+    target = tmp_path / "renamed.nk"
+    monkeypatch.setattr(QtWidgets.QFileDialog, "getSaveFileName",
+                        lambda *args, **kwargs: (str(tmp_path / "renamed"), ""))
+    save_as = next(a for m in demo.menus for a in m.actions() if a.text() == "Save &As...")
+    save_as.trigger()
+    demo.sync()
+    assert nuke.root().name() == str(target) and target.is_file()
+    assert demo.windowTitle().endswith("renamed.nk")
+    next(a for m in demo.menus for a in m.actions() if a.text() == "&New").trigger()
+    demo.sync()
+    assert demo.windowTitle().endswith("untitled") and demo.graph.items == {}
+
+
 def test_the_sample_pool_holds_presets_that_paste_back(demo, tmp_path):
     pool = tmp_path / "demo" / "pool"
     presets = sorted(p.relative_to(pool).as_posix() for p in pool.rglob("*.nk"))

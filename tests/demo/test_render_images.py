@@ -106,6 +106,15 @@ def test_merge_puts_a_over_b_in_its_bottom_left_corner():
     assert rgba(render(merge), 10, 10)[3] == 128  # A alone, over nothing
 
 
+def test_read_gives_the_file_a_write_wrote(tmp_path):
+    path = (tmp_path / "bars.png").as_posix()
+    nuke.execute(nuke.nodes.Write(inputs=[nuke.nodes.ColorBars(format="PAL")], file=path), 1, 1)
+    image = render(nuke.nodes.Read(file=path))
+    assert image.size().toTuple() == (720, 576) and rgba(image, 715, 5) == (0, 0, 255, 255)
+    with pytest.raises(RuntimeError, match="cannot read"):
+        render(nuke.nodes.Read(file=(tmp_path / "missing.png").as_posix()))
+
+
 @pytest.mark.parametrize("size, box_width, expected", [
     ((1920, 1080), 480, (480, 270)),
     ((2048, 1556), 480, (480, 364)),  # 1556 * 480 // 2048 = 364.6, rounded down
