@@ -55,6 +55,8 @@ def run_scenario(path, window, folder):
 
 def main(argv=None):
     args = parse(sys.argv[1:] if argv is None else argv)
+    # Asked for through the environment, offscreen means the same as the option.
+    args.offscreen = args.offscreen or os.environ.get("QT_QPA_PLATFORM") == "offscreen"
     if args.offscreen:
         os.environ["QT_QPA_PLATFORM"] = "offscreen"
     elif not has_display():

@@ -112,7 +112,10 @@ class NodePanel(QtWidgets.QFrame):
         current = self.tabs.tabText(self.tabs.currentIndex()) if self.tabs.count() else None
         self.label_class.setText("<b>{}</b>".format(self.node.Class()))
         self.input_name.setText(self.node.name())
+        pages = [self.tabs.widget(i) for i in range(self.tabs.count())]
         self.tabs.clear()
+        for page in pages:
+            page.deleteLater()  # a tab widget lets go of its pages but does not delete them
         for name, knobs in knob_layout(self.node):
             page = QtWidgets.QWidget()
             page.setObjectName("tab_" + name)

@@ -184,6 +184,20 @@ def test_offscreen_it_runs_scenarios_in_order_and_writes_a_screenshot(tmp_path):
     assert (data / "sample.nk").is_file() and (data / "snapshots" / sample.SNAPSHOT_DIR).is_dir()
 
 
+def test_headless_dialogs_are_answered_at_once_and_shown_in_the_console(tmp_path):
+    scenario = tmp_path / "dialogs.py"
+    scenario.write_text(
+        "from cobaltRig import helper\n"
+        "helper.show_message_box(None, 'Please set a viewer input.')\n"
+        "nuke.message('recorded only')\n"
+        "open(folder + '/done.txt', 'w').write(repr(hostctl.messages))\n")
+    data = tmp_path / "data"
+    result = run_demo(tmp_path, "--offscreen", "--data", str(data), "--scenario", str(scenario))
+    assert result.returncode == 0, result.stderr
+    assert "[dialog] cobaltRig: Please set a viewer input." in result.stderr
+    assert (data / "done.txt").read_text() == "['recorded only']"
+
+
 def test_a_failing_scenario_ends_the_headless_run_with_an_error(tmp_path):
     scenario = tmp_path / "broken.py"
     scenario.write_text("nuke.toNode('NoSuchNode').name()\n")
