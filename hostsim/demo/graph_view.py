@@ -1,8 +1,11 @@
-"""The node graph: a box per node of the script's top level, an arrow per connection.
+"""The node graph: a box per node of one group (the script's top level to begin with), an arrow per
+connection.
 
 The graph is the host's; this view only mirrors it. `sync()` brings the boxes in line with the
 nodes (new, gone, moved, renamed, selected), and what the user does here goes straight to the nodes:
 selecting sets their `selected` knob, dragging sets `xpos`/`ypos`, a double-click opens the panel.
+Ctrl+double-click (or Ctrl+Return) on a Group shows what is inside it; the path above the graph leads
+back out.
 """
 
 import nuke
@@ -96,8 +99,10 @@ class NodeItem(QtWidgets.QGraphicsItem):
             font.setItalic(True)
             painter.setFont(font)
             painter.setPen(QtGui.QColor("#bbbbbb"))
-            painter.drawText(QtCore.QRectF(-20, height + 1, width + 40, 16), QtCore.Qt.AlignHCenter,
-                             label.splitlines()[0])
+            area = QtCore.QRectF(-20, height + 1, width + 40, 16)
+            text = QtGui.QFontMetrics(font).elidedText(label.splitlines()[0], QtCore.Qt.ElideRight,
+                                                       int(area.width()))
+            painter.drawText(area, QtCore.Qt.AlignHCenter, text)
 
     def itemChange(self, change, value):
         if change == QtWidgets.QGraphicsItem.ItemPositionHasChanged and not self.view.syncing:
@@ -106,7 +111,10 @@ class NodeItem(QtWidgets.QGraphicsItem):
         return super().itemChange(change, value)
 
     def mouseDoubleClickEvent(self, event):
-        self.view.open_panel(self.node)
+        if event.modifiers() & QtCore.Qt.ControlModifier and isinstance(self.node, nuke.Group):
+            self.view.enter(self.node)
+        else:
+            self.view.open_panel(self.node)
 
 
 class EdgeItem(QtWidgets.QGraphicsItem):
@@ -169,8 +177,13 @@ class GraphView(QtWidgets.QGraphicsView):
         super().__init__(parent)
         self.host = host
         self.syncing = False
+        self.group = nuke.root()  # the group whose nodes show
         self.items = {}  # id(node) -> NodeItem
         self.edges = []
+        self.label_path = QtWidgets.QLabel(self)
+        self.label_path.setObjectName("label_path")
+        self.label_path.move(8, 6)
+        self.label_path.linkActivated.connect(self.leave_to)
         self.setObjectName("node_graph")
         self.setScene(QtWidgets.QGraphicsScene(self))
         self.setBackgroundBrush(QtGui.QColor("#323232"))
@@ -185,9 +198,12 @@ class GraphView(QtWidgets.QGraphicsView):
         """Mirrors the top level of the script; leaves a drag in progress alone."""
         if self.scene().mouseGrabberItem() is not None:
             return
+        if not self.group._alive:
+            self.group = nuke.root()
+        self.show_path()
         self.syncing = True
         try:
-            nodes = nuke.allNodes(group=nuke.root())
+            nodes = nuke.allNodes(group=self.group)
             alive = {id(n) for n in nodes}
             for key in [k for k in self.items if k not in alive]:
                 self.scene().removeItem(self.items.pop(key))
@@ -216,6 +232,31 @@ class GraphView(QtWidgets.QGraphicsView):
                     edge.place()
                     self.scene().addItem(edge)
                     self.edges.append(edge)
+
+    def groups(self):
+        """The groups from the root down to the one on show."""
+        chain, group = [], self.group
+        while group is not None:
+            chain.insert(0, group)
+            group = group._parent
+        return chain
+
+    def show_path(self):
+        chain = self.groups()
+        links = ['<a href="{}" style="color:#e0a040">{}</a>'.format(i, "Root" if i == 0 else g.name())
+                 for i, g in enumerate(chain[:-1])]
+        here = "Root" if len(chain) == 1 else chain[-1].name()
+        self.label_path.setText(" / ".join(links + ["<b>{}</b>".format(here)]))
+        self.label_path.adjustSize()
+
+    def enter(self, group):
+        """Shows the nodes inside `group`."""
+        self.group = group
+        self.sync()
+        self.frame_all()
+
+    def leave_to(self, link):
+        self.enter(self.groups()[int(link)])
 
     def frame_all(self):
         area = self.scene().itemsBoundingRect().adjusted(-60, -40, 60, 40)
@@ -253,6 +294,11 @@ class GraphView(QtWidgets.QGraphicsView):
         key = event.key()
         if key in (QtCore.Qt.Key_Delete, QtCore.Qt.Key_Backspace):
             self.host.delete_selected()
+        elif key in (QtCore.Qt.Key_Return, QtCore.Qt.Key_Enter) \
+                and event.modifiers() & QtCore.Qt.ControlModifier:
+            groups = [n for n in self.group.nodes() if n.isSelected() and isinstance(n, nuke.Group)]
+            if groups:
+                self.enter(groups[-1])
         elif key == QtCore.Qt.Key_F:
             self.frame_all()
         elif QtCore.Qt.Key_1 <= key <= QtCore.Qt.Key_9 and not event.modifiers():

@@ -91,8 +91,9 @@ class DemoHost(QtWidgets.QMainWindow):
         self.add_action(file_menu, "&Quit", self.close, QtGui.QKeySequence.Quit)
 
         edit = self.new_menu(bar, "&Edit")
-        self.add_action(edit, "&Copy", lambda: nuke.nodeCopy("%clipboard%"), QtGui.QKeySequence.Copy)
-        self.add_action(edit, "&Paste", lambda: nuke.nodePaste("%clipboard%"),
+        self.add_action(edit, "&Copy", self.in_graph(nuke.nodeCopy, "%clipboard%"),
+                        QtGui.QKeySequence.Copy)
+        self.add_action(edit, "&Paste", self.in_graph(nuke.nodePaste, "%clipboard%"),
                         QtGui.QKeySequence.Paste)
         self.add_action(edit, "&Delete", self.delete_selected)
         self.add_action(edit, "Select &All", self.select_all, QtGui.QKeySequence.SelectAll)
@@ -105,7 +106,7 @@ class DemoHost(QtWidgets.QMainWindow):
                 folder, path = path.split("/")
                 parent = submenus.get(folder) or submenus.setdefault(folder,
                                                                 self.new_menu(nodes, folder))
-            self.add_action(parent, path, lambda c=cls: nuke.createNode(c))
+            self.add_action(parent, path, self.in_graph(nuke.createNode, cls))
 
         render = self.new_menu(bar, "&Render")
         self.add_action(render, "Render selected &Writes (current frame)", self.render_selected,
@@ -142,6 +143,14 @@ class DemoHost(QtWidgets.QMainWindow):
                 icon = find_icon(item.icon()) if item.icon() else None
                 if icon:
                     action.setIcon(QtGui.QIcon(icon))
+
+    def in_graph(self, function, *args):
+        """`function(*args)` to run in the group the graph shows, as the host runs what the user
+        does in a group's graph."""
+        def run():
+            with self.graph.group:
+                return function(*args)
+        return run
 
     def run_command(self, function, what):
         """Runs a menu command as the host does: a failure goes to the console."""
@@ -194,12 +203,12 @@ class DemoHost(QtWidgets.QMainWindow):
         self.sync()
 
     def delete_selected(self):
-        for node in nuke.selectedNodes():
+        for node in [n for n in self.graph.group.nodes() if n.isSelected()]:
             nuke.delete(node)
         self.changed()
 
     def select_all(self):
-        for node in nuke.allNodes():
+        for node in self.graph.group.nodes():
             node.setSelected(True)
 
     def view_selected(self, index):

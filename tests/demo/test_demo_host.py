@@ -111,6 +111,21 @@ def test_dragging_and_selecting_in_the_graph_reach_the_nodes(demo, qtbot):
     assert blur.shown() and demo.properties.panel(blur) is not None
 
 
+def test_the_graph_shows_a_group_inside_and_nodes_made_there_land_in_it(demo):
+    group = nuke.nodes.Group()
+    with group:
+        inside = nuke.nodes.Blur()
+    demo.sync()
+    demo.graph.enter(group)
+    assert list(demo.graph.items) == [id(inside)]
+    next(a for m in demo.menus for a in m.actions() if a.text() == "Grade").trigger()
+    assert [n.Class() for n in group.nodes()] == ["Blur", "Grade"]
+    demo.sync()
+    assert len(demo.graph.items) == 2 and "Root" in demo.graph.label_path.text()
+    demo.graph.leave_to("0")
+    assert demo.graph.group is nuke.root() and id(group) in demo.graph.items
+
+
 def test_the_graph_follows_changes_made_elsewhere(demo):
     merge = nuke.toNode("Merge1")
     nuke.delete(merge)
