@@ -139,6 +139,8 @@ class DemoHost(QtWidgets.QMainWindow):
             else:
                 action = self.add_action(qmenu, item.name(), item.invoke)
                 action.setShortcut(host_shortcut(item.shortcut()))
+                # A held key (the sliders open while theirs is down) must not fire again and again.
+                action.setAutoRepeat(False)
                 action.setToolTip(item.tooltip())
                 icon = find_icon(item.icon()) if item.icon() else None
                 if icon:

@@ -111,6 +111,36 @@ def test_dragging_and_selecting_in_the_graph_reach_the_nodes(demo, qtbot):
     assert blur.shown() and demo.properties.panel(blur) is not None
 
 
+def drag(widget, start, end):
+    """A left-button drag as the mouse makes it: press, moves with the button held, release."""
+    def send(kind, point, buttons):
+        # The scene finds items by the screen position: give it the real one.
+        screen = QtCore.QPointF(widget.mapToGlobal(point.toPoint()))
+        event = QtGui.QMouseEvent(kind, point, point, screen, QtCore.Qt.LeftButton, buttons,
+                                  QtCore.Qt.NoModifier)
+        QtWidgets.QApplication.sendEvent(widget, event)
+
+    send(QtCore.QEvent.MouseButtonPress, start, QtCore.Qt.LeftButton)
+    for step in range(1, 6):
+        send(QtCore.QEvent.MouseMove, start + (end - start) * step / 5, QtCore.Qt.LeftButton)
+    send(QtCore.QEvent.MouseButtonRelease, end, QtCore.Qt.NoButton)
+
+
+def test_a_rubber_band_selects_what_it_touches_and_a_drag_moves_the_node(demo):
+    demo.graph.frame_all()
+    view, blur, merge = demo.graph, nuke.toNode("Blur1"), nuke.toNode("Merge1")
+    corner = view.mapFromScene(QtCore.QPointF(-30, blur.ypos() - 8))
+    far = view.mapFromScene(QtCore.QPointF(blur.xpos() + 40, merge.ypos() + 8))
+    drag(view.viewport(), QtCore.QPointF(corner), QtCore.QPointF(far))
+    assert [n.name() for n in nuke.selectedNodes()] == ["Blur1", "Merge1"]
+    start = view.mapFromScene(QtCore.QPointF(blur.xpos() + 10, blur.ypos() + 9))
+    end = view.mapFromScene(QtCore.QPointF(blur.xpos() + 10, blur.ypos() + 9 + 50))
+    y_blur, y_merge = blur.ypos(), merge.ypos()
+    drag(view.viewport(), QtCore.QPointF(start), QtCore.QPointF(end))
+    # Both selected nodes move together, by about the distance dragged.
+    assert abs(blur.ypos() - (y_blur + 50)) <= 2 and blur.ypos() - y_blur == merge.ypos() - y_merge
+
+
 def test_the_graph_shows_a_group_inside_and_nodes_made_there_land_in_it(demo):
     group = nuke.nodes.Group()
     with group:
