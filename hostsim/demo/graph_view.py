@@ -191,6 +191,10 @@ class GraphView(QtWidgets.QGraphicsView):
         self.setDragMode(QtWidgets.QGraphicsView.RubberBandDrag)
         self.setRubberBandSelectionMode(QtCore.Qt.IntersectsItemShape)
         self.setTransformationAnchor(QtWidgets.QGraphicsView.AnchorUnderMouse)
+        # Panned with the middle button, as node graphs are, not with scroll bars.
+        self.setHorizontalScrollBarPolicy(QtCore.Qt.ScrollBarAlwaysOff)
+        self.setVerticalScrollBarPolicy(QtCore.Qt.ScrollBarAlwaysOff)
+        self.pan_from = None
         self.scene().selectionChanged.connect(self.selection_changed)
 
     # -- from the graph to the view --------------------------------------------------------------
@@ -205,6 +209,7 @@ class GraphView(QtWidgets.QGraphicsView):
         try:
             nodes = nuke.allNodes(group=self.group)
             alive = {id(n) for n in nodes}
+            added = []
             for key in [k for k in self.items if k not in alive]:
                 self.scene().removeItem(self.items.pop(key))
             for node in nodes:
@@ -214,8 +219,13 @@ class GraphView(QtWidgets.QGraphicsView):
                         self.scene().removeItem(item)
                     item = self.items[id(node)] = NodeItem(self, node)
                     self.scene().addItem(item)
+                    added.append(item)
                 item.update_from_node()
             self.rebuild_edges()
+            # A node made by a command shows where it landed, unless the whole group is new.
+            if len(added) < len(nodes):
+                for item in added:
+                    self.ensureVisible(item, 20, 20)
         finally:
             self.syncing = False
 
@@ -260,7 +270,8 @@ class GraphView(QtWidgets.QGraphicsView):
 
     def frame_all(self):
         area = self.scene().itemsBoundingRect().adjusted(-60, -40, 60, 40)
-        self.setSceneRect(area)
+        # Room all round, to pan to and for nodes made later.
+        self.setSceneRect(area.adjusted(-3000, -3000, 3000, 3000))
         self.fitInView(area, QtCore.Qt.KeepAspectRatio)
         if self.transform().m11() > 1.6:
             self.resetTransform()
@@ -285,6 +296,29 @@ class GraphView(QtWidgets.QGraphicsView):
 
     def open_panel(self, node):
         self.host.open_panel(node)
+
+    def mousePressEvent(self, event):
+        if event.button() == QtCore.Qt.MiddleButton:
+            self.pan_from = event.pos()
+            self.viewport().setCursor(QtCore.Qt.ClosedHandCursor)
+        else:
+            super().mousePressEvent(event)
+
+    def mouseMoveEvent(self, event):
+        if self.pan_from is not None:
+            delta = event.pos() - self.pan_from
+            self.pan_from = event.pos()
+            self.horizontalScrollBar().setValue(self.horizontalScrollBar().value() - delta.x())
+            self.verticalScrollBar().setValue(self.verticalScrollBar().value() - delta.y())
+        else:
+            super().mouseMoveEvent(event)
+
+    def mouseReleaseEvent(self, event):
+        if event.button() == QtCore.Qt.MiddleButton and self.pan_from is not None:
+            self.pan_from = None
+            self.viewport().unsetCursor()
+        else:
+            super().mouseReleaseEvent(event)
 
     def wheelEvent(self, event):
         factor = 1.15 if event.angleDelta().y() > 0 else 1 / 1.15

@@ -86,6 +86,22 @@ def test_a_field_writes_its_knob_and_the_viewer_renders_again(demo):
     assert demo.viewer.image is not before
 
 
+@pytest.mark.parametrize("node_class, knob, answer, expected", [
+    ("Blur", "disable", lambda w: w.setChecked(True), True),
+    ("Merge2", "operation", lambda w: w.activated.emit(w.findText("plus")), "plus"),
+    ("Reformat", "box_width", lambda w: w.setValue(320), 320),
+    ("Constant", "format", lambda w: w.activated.emit(w.findText("PAL")), "PAL"),
+    ("NoOp", "label", lambda w: (w.setText("hello"), w.editingFinished.emit()), "hello"),
+])
+def test_each_kind_of_field_writes_its_knob(demo, node_class, knob, answer, expected):
+    node = getattr(nuke.nodes, node_class)()
+    tab = "Node" if knob == "label" else node_class
+    panel = demo.open_panel(node, tab)
+    answer(panel.tabs.currentWidget().findChild(QtWidgets.QWidget, knob))
+    value = node[knob].value()
+    assert (value.name() if knob == "format" else value) == expected
+
+
 @pytest.mark.parametrize("downrez, proxy, width", [("1", False, 1280), ("2", False, 640),
                                                    ("4", True, 160)])
 def test_the_viewer_shows_its_input_at_downrez_and_proxy_size(demo, downrez, proxy, width):
