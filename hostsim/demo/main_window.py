@@ -6,6 +6,7 @@ the graph (a button's command, a window of the add-on, a scenario) shows without
 
 import os
 import sys
+import traceback
 
 import nuke
 from PySide2 import QtCore, QtGui, QtWidgets
@@ -42,6 +43,7 @@ class DemoHost(QtWidgets.QMainWindow):
         self.setObjectName("demo_host")
         self.resize(1440, 860)
         self._pending = False
+        self._last_failure = None
 
         self.viewer = ViewerPane(self)
         self.graph = GraphView(self)
@@ -178,8 +180,13 @@ class DemoHost(QtWidgets.QMainWindow):
             name = nuke.root().name()
             self.setWindowTitle("{} - {}".format(
                 TITLE, "untitled" if name == "Root" else os.path.basename(name)))
+            self._last_failure = None
         except Exception:
-            report_failure("refreshing the demo host")
+            # The poll would repeat the same failure four times a second: report it once.
+            failure = traceback.format_exc()
+            if failure != self._last_failure:
+                self._last_failure = failure
+                report_failure("refreshing the demo host")
 
     # -- operations the panes, the menus and scenarios use ---------------------------------------
     def open_panel(self, node, tab=None):
