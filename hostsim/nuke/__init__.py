@@ -10,6 +10,8 @@ Where the host's reference leaves a choice open, this host decides so:
 - `selectedNodes()` lists in graph order (creation, then paste order).
 - `scriptSave(filename)` writes a copy and keeps the script's name; `scriptSaveAs` renames.
 - A dead Group's `end()`/`__exit__` still leaves its context, then raises like any dead handle.
+- A new node's format knobs start at the root's format.
+- Images are drawn with Qt's image classes; see `_render` for what each image node does.
 - Integer knobs, check boxes and pulldowns give floats from `getValue()`, their own type from
   `value()`.
 """
@@ -53,6 +55,7 @@ from ._graph import (  # noqa: E402
 from ._serialize import (  # noqa: E402
     makeGroup, nodeCopy, nodePaste, scriptClear, scriptName, scriptOpen, scriptReadFile, scriptSave,
     scriptSaveAs)
+from ._render import execute  # noqa: E402
 from ._ui import (  # noqa: E402
     Menu, MenuItem, Panel, Undo, ask, getInput, menu, message, pluginAddPath, pluginAppendPath,
     pluginPath, toolbar)

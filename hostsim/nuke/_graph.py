@@ -544,6 +544,10 @@ def new_node(cls, group, name=None):
     node._parent = group
     taken = {n._knob_value("name") for n in group._children}
     node._knob_obj("name")._value = unique_name(group, name) if name else _numbered(info.base, taken)
+    # Images are made in the script's format unless the user picks another.
+    for knob in node._knobs:
+        if isinstance(knob, K.Format_Knob):
+            knob._value = STATE.root._knob_value("format")
     group._children.append(node)
     return node
 

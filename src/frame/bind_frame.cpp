@@ -21,11 +21,8 @@ void bind_testing(py::module_& m) {
     py::module_ testing = m.def_submodule("_testing", "Hooks for the module's own tests.");
 
     py::class_<BridgeProbe, slots::WindowHolder<BridgeProbe>> probe(testing, "BridgeProbe");
-    probe.def(py::init<>())
-        .def("show", &QWidget::show)
-        .def("close", &QWidget::close)
-        .def("set_reaction", &BridgeProbe::set_reaction)
-        .def_property_readonly("widget", [](BridgeProbe& self) { return bridge::wrap(&self); });
+    probe.def(py::init<>()).def("set_reaction", &BridgeProbe::set_reaction);
+    bridge::def_window_basics<BridgeProbe>(probe);
     bridge::def_widget(probe, "input_text", &BridgeProbe::input_text);
     bridge::def_widget(probe, "push_apply", &BridgeProbe::push_apply);
     bridge::def_widget(probe, "label_result", &BridgeProbe::label_result);

@@ -34,4 +34,16 @@ void def_widget(Class& cls, const char* name, Member* Window::*member) {
     cls.def_property_readonly(name, [member](Window& self) { return wrap(self.*member); });
 }
 
+/// Binds what every window offers Python: show, raise_, close, isVisible, move and `widget`, the
+/// window's own PySide2 object (for Qt parents, qtbot and the sibling modules).
+template <class Window, class Class>
+void def_window_basics(Class& cls) {
+    cls.def("show", [](Window& self) { self.show(); })
+        .def("raise_", [](Window& self) { self.raise(); })
+        .def("close", [](Window& self) { return self.close(); })
+        .def("isVisible", [](Window& self) { return self.isVisible(); })
+        .def("move", [](Window& self, int x, int y) { self.move(x, y); })
+        .def_property_readonly("widget", [](Window& self) { return wrap(&self); });
+}
+
 } // namespace cobaltrig::bridge

@@ -85,13 +85,8 @@ void bind_slider(py::module_& m) {
                  self.set_slider_index(py::int_(index).cast<int>());
              })
         .def_property_readonly("settings", &LooksSlider::settings)
-        .def_readonly("auto_release", &LooksSlider::auto_release)
-        .def("show", &QWidget::show)
-        .def("raise_", &QWidget::raise)
-        .def("close", &QWidget::close)
-        .def("isVisible", &QWidget::isVisible)
-        .def("move", [](LooksSlider& self, int x, int y) { self.move(x, y); })
-        .def_property_readonly("widget", [](LooksSlider& self) { return bridge::wrap(&self); });
+        .def_readonly("auto_release", &LooksSlider::auto_release);
+    bridge::def_window_basics<LooksSlider>(cls);
     bridge::def_widget(cls, "input_look", &LooksSlider::input_look);
     bridge::def_widget(cls, "slider", &LooksSlider::slider);
     bridge::def_widget(cls, "layout_slider", &LooksSlider::layout_slider);

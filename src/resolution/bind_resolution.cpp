@@ -33,13 +33,8 @@ void bind_resolution(py::module_& m) {
                 self.update_widgets(sender);
             },
             py::arg("sender"), "Brings field, slider and viewer in line after `sender` changed.")
-        .def_readonly("resolutions", &RezSlider::resolutions)
-        .def("show", &QWidget::show)
-        .def("raise_", &QWidget::raise)
-        .def("close", &QWidget::close)
-        .def("isVisible", &QWidget::isVisible)
-        .def("move", [](RezSlider& self, int x, int y) { self.move(x, y); })
-        .def_property_readonly("widget", [](RezSlider& self) { return bridge::wrap(&self); });
+        .def_readonly("resolutions", &RezSlider::resolutions);
+    bridge::def_window_basics<RezSlider>(cls);
     bridge::def_widget(cls, "input_rez", &RezSlider::input_rez);
     bridge::def_widget(cls, "slider", &RezSlider::slider);
     bridge::def_widget(cls, "layout_slider", &RezSlider::layout_slider);

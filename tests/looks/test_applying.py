@@ -1,6 +1,7 @@
 """Applying a look: the node is replaced by its stored copy and the graph doesn't notice."""
 
 import pytest
+from cobaltRig import helper
 
 from looks_testing import look_knobs, store, stored_copies
 
@@ -102,3 +103,20 @@ def test_without_container_nothing_happens_but_the_selection(rig, nuke, chain, h
     assert rig.apply_preset(blur, blur["look_preset_1"].tooltip(), 1) is None
     assert host.messages == [] and nuke.selectedNodes() == [blur]
     assert nuke.toNode("Blur1") is blur
+
+
+def test_a_node_without_look_tab_takes_its_look_all_the_same(rig, nuke, chain, host):
+    # A class that gets no look tab but is not in the ignore list still stores looks; applying
+    # one must not fail once the node has been replaced.
+    source, _, _ = chain
+    helper.update_xml("presetnodes_ignore", "Dot")
+    viewer = nuke.nodes.Viewer(inputs=[source])
+    viewer["downrez"].setValue("3.0")
+    rig.set_look(viewer)
+    viewer["downrez"].setValue("1.0")
+
+    new = press(nuke, viewer.name(), "look_preset_1")
+
+    assert new is not viewer and new.knob("looks") is None
+    assert new["downrez"].getValue() == 3.0 and new.input(0) is source
+    assert look_knobs(new) == ["look_preset_1"] and host.messages == []

@@ -1,0 +1,200 @@
+"""Images in the simulated host: what the image nodes render, what a Write writes, proxy mode and the
+error of a tree without an image."""
+
+import pytest
+from PySide2 import QtGui
+
+import nuke
+from nuke._render import frame_path, render
+
+pytestmark = pytest.mark.usefixtures("host")
+
+
+def rgba(image, x, y):
+    """The straight colour at a pixel, counted from the top-left as QImage counts."""
+    color = QtGui.QColor.fromRgba(image.convertToFormat(QtGui.QImage.Format_ARGB32).pixel(x, y))
+    return color.red(), color.green(), color.blue(), color.alpha()
+
+
+def close(actual, expected, slack=2):
+    return all(abs(a - e) <= slack for a, e in zip(actual, expected))
+
+
+def constant(color, fmt="square_1K"):
+    return nuke.nodes.Constant(color=color, format=fmt)
+
+
+def test_generators_take_the_root_format_unless_told_otherwise():
+    nuke.root()["format"].setValue("HD_720")
+    bars, checker = nuke.nodes.ColorBars(), nuke.createNode("CheckerBoard2", inpanel=False)
+    assert render(bars).size() == QtGui.QImage(1280, 720, QtGui.QImage.Format_RGB32).size()
+    assert render(checker).width() == 1280
+    assert render(constant([0, 0, 0, 1], "PAL")).size().toTuple() == (720, 576)
+    image = render(bars)
+    # White on the left, blue on the right.
+    assert rgba(image, 5, 5) == (255, 255, 255, 255) and rgba(image, 1275, 700) == (0, 0, 255, 255)
+
+
+def test_checkerboard_boxes_start_at_the_bottom_left():
+    checker = nuke.nodes.CheckerBoard2(format="square_1K", boxsize=100)
+    image = render(checker)
+    bottom_left, next_right = rgba(image, 10, 1013), rgba(image, 110, 1013)
+    assert bottom_left != next_right and rgba(image, 110, 913) == bottom_left
+
+
+@pytest.mark.parametrize("gain, expected", [
+    (0.5, (64, 32, 128, 255)),
+    ([2.0, 1.0, 0.5, 1.0], (255, 64, 128, 255)),
+    ([4.0, 3.0, 0.0, 1.0], (255, 192, 0, 255)),
+])
+def test_grade_multiplies_the_colour_by_its_gain(gain, expected):
+    grade = nuke.nodes.Grade(inputs=[constant([0.5, 0.25, 1.0, 1.0])])
+    grade["white"].setValue(gain)
+    assert close(rgba(render(grade), 7, 7), expected)
+
+
+def test_grade_keeps_alpha_and_a_disabled_node_passes_its_input():
+    grade = nuke.nodes.Grade(inputs=[constant([1.0, 0.5, 0.0, 0.5])])
+    grade["white"].setValue(0.5)
+    assert close(rgba(render(grade), 1, 1), (128, 64, 0, 128))
+    grade["disable"].setValue(True)
+    assert close(rgba(render(grade), 1, 1), (255, 128, 0, 128))
+
+
+def test_blur_softens_an_edge_and_keeps_the_size():
+    merge = nuke.nodes.Merge2(inputs=[constant([0, 0, 0, 1]), nuke.nodes.Reformat(
+        type="to box", box_width=512, inputs=[constant([1, 1, 1, 1])])])
+    blur = nuke.nodes.Blur(inputs=[merge])
+    sharp = render(blur)
+    blur["size"].setValue(20)
+    soft = render(blur)
+    assert soft.size() == sharp.size()
+    # Just inside the white square, at its top edge: white before, grey after.
+    assert rgba(sharp, 100, 514)[0] == 255 and 40 < rgba(soft, 100, 514)[0] < 230
+
+
+def test_transform_moves_up_for_a_positive_y_and_leaves_transparency():
+    transform = nuke.nodes.Transform(inputs=[constant([1, 0, 0, 1])])
+    transform["translate"].setValue([100, 50])
+    image = render(transform)
+    assert image.size().toTuple() == (1024, 1024)
+    assert rgba(image, 99, 500)[3] == 0 and rgba(image, 100, 500) == (255, 0, 0, 255)
+    # Up by 50: the bottom 50 rows are empty now.
+    assert rgba(image, 500, 1023 - 49)[3] == 0 and rgba(image, 500, 1023 - 50) == (255, 0, 0, 255)
+
+
+def test_transform_scales_about_its_center_before_it_moves():
+    transform = nuke.nodes.Transform(inputs=[constant([1, 0, 0, 1])])
+    transform["scale"].setValue(0.25)
+    transform["translate"].setValue([100, 0])
+    image = render(transform)
+    # A quarter-size square in the bottom-left corner, moved right by 100: x 100..355, y 768..1023.
+    assert rgba(image, 101, 1022)[3] == 255 and rgba(image, 354, 769)[3] == 255
+    assert rgba(image, 99, 1022)[3] == 0 and rgba(image, 357, 1022)[3] == 0
+    assert rgba(image, 200, 766)[3] == 0
+
+
+def test_merge_puts_a_over_b_in_its_bottom_left_corner():
+    b = constant([0, 0, 1, 1])
+    a = nuke.nodes.Reformat(type="to box", box_width=256, inputs=[constant([1, 0, 0, 0.5])])
+    merge = nuke.nodes.Merge2(inputs=[b, a])
+    image = render(merge)
+    assert image.size().toTuple() == (1024, 1024)
+    assert close(rgba(image, 10, 1020), (128, 0, 128, 255))  # half red over blue
+    assert rgba(image, 10, 10) == (0, 0, 255, 255)  # above A: B alone
+    merge.setInput(0, None)
+    assert rgba(render(merge), 10, 10)[3] == 128  # A alone, over nothing
+
+
+def test_read_gives_the_file_a_write_wrote(tmp_path):
+    path = (tmp_path / "bars.png").as_posix()
+    nuke.execute(nuke.nodes.Write(inputs=[nuke.nodes.ColorBars(format="PAL")], file=path), 1, 1)
+    image = render(nuke.nodes.Read(file=path))
+    assert image.size().toTuple() == (720, 576) and rgba(image, 715, 5) == (0, 0, 255, 255)
+    with pytest.raises(RuntimeError, match="cannot read"):
+        render(nuke.nodes.Read(file=(tmp_path / "missing.png").as_posix()))
+
+
+@pytest.mark.parametrize("size, box_width, expected", [
+    ((1920, 1080), 480, (480, 270)),
+    ((2048, 1556), 480, (480, 364)),  # 1556 * 480 // 2048 = 364.6, rounded down
+    ((720, 576), 100, (100, 80)),
+])
+def test_reformat_to_box_keeps_the_aspect_in_whole_pixels(size, box_width, expected):
+    source = constant([1, 1, 1, 1], "{} {}".format(*size))
+    reformat = nuke.nodes.Reformat(type="to box", box_width=box_width, inputs=[source])
+    assert render(reformat).size().toTuple() == expected
+
+
+@pytest.mark.parametrize("name, kind", [("shot.jpg", b"\xff\xd8"), ("shot.png", b"\x89PNG")])
+def test_execute_writes_the_file_type_of_the_extension(tmp_path, name, kind):
+    reformat = nuke.nodes.Reformat(type="to box", box_width=480, inputs=[nuke.nodes.ColorBars()])
+    write = nuke.nodes.Write(inputs=[reformat], file=(tmp_path / name).as_posix())
+    nuke.execute(write, 1, 1)
+    data = (tmp_path / name).read_bytes()
+    assert data.startswith(kind)
+    assert QtGui.QImage(str(tmp_path / name)).size().toTuple() == (480, 270)
+
+
+def test_execute_by_name_writes_every_frame_of_the_range(tmp_path):
+    out = tmp_path / "frames"
+    out.mkdir()
+    nuke.nodes.Write(inputs=[constant([1, 1, 1, 1])], file=(out / "f.####.png").as_posix())
+    nuke.execute("Write1", 9, 11)
+    assert sorted(p.name for p in out.iterdir()) == ["f.0009.png", "f.0010.png", "f.0011.png"]
+    assert frame_path("a.%03d.jpg", 7) == "a.007.jpg"
+
+
+def test_proxy_mode_halves_what_a_write_renders(tmp_path):
+    path = tmp_path / "proxy.jpg"
+    reformat = nuke.nodes.Reformat(type="to box", box_width=480, inputs=[nuke.nodes.ColorBars()])
+    write = nuke.nodes.Write(inputs=[reformat], file=path.as_posix())
+    nuke.root()["proxy"].setValue(True)
+    nuke.execute(write, 1, 1)
+    assert QtGui.QImage(str(path)).size().toTuple() == (240, 135)
+    nuke.root()["proxy"].setValue(False)
+    nuke.execute(write, 1, 1)
+    assert QtGui.QImage(str(path)).width() == 480
+
+
+@pytest.mark.parametrize("build", [
+    lambda: nuke.nodes.Write(),
+    lambda: nuke.nodes.Write(inputs=[nuke.nodes.Grade(inputs=[nuke.nodes.Dot()])]),
+    lambda: nuke.nodes.Write(inputs=[nuke.nodes.Merge2()]),
+])
+def test_a_tree_without_an_image_fails_with_no_valid_channels(tmp_path, build):
+    write = build()
+    write["file"].setValue((tmp_path / "never.jpg").as_posix())
+    with pytest.raises(RuntimeError, match="has no valid channels"):
+        nuke.execute(write, 1, 1)
+    assert not (tmp_path / "never.jpg").exists()
+
+
+@pytest.mark.parametrize("file_name, message", [
+    ("", "no file name"), ("shot.tif", "must end in .jpg or .png"),
+    ("missing_dir/shot.jpg", "cannot write"),
+])
+def test_execute_reports_what_it_cannot_write(tmp_path, file_name, message):
+    path = (tmp_path / file_name).as_posix() if file_name else ""
+    write = nuke.nodes.Write(inputs=[nuke.nodes.ColorBars()], file=path)
+    with pytest.raises(RuntimeError, match=message):
+        nuke.execute(write, 1, 1)
+
+
+def test_a_write_inside_a_group_renders_what_feeds_the_group(tmp_path):
+    # What a snapshot does: a Reformat and a Write, grouped, fed from the graph, run inside the group.
+    source = constant([0, 1, 0, 1])
+    reformat = nuke.nodes.Reformat(type="to box", box_width=200, inputs=[source])
+    write = nuke.nodes.Write(inputs=[reformat], file=(tmp_path / "snap.jpg").as_posix())
+    reformat.selectOnly()
+    write.setSelected(True)
+    group = nuke.makeGroup(show=False)
+    group.setInput(0, source)
+    nuke.delete(reformat)
+    nuke.delete(write)
+    with group:
+        for node in nuke.allNodes():
+            if node.Class() == "Write":
+                nuke.execute(node, nuke.frame(), nuke.frame())
+    image = QtGui.QImage(str(tmp_path / "snap.jpg"))
+    assert image.size().toTuple() == (200, 200) and close(rgba(image, 100, 100), (0, 255, 0, 255), 4)
