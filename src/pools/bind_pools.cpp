@@ -32,14 +32,11 @@ QString qs(const std::string& text) {
     return QString::fromStdString(text);
 }
 
-// What both windows offer Python of the QWidget they are.
-template <class Window, class Class> void def_window_basics(Class& cls) {
-    cls.def("show", [](Window& w) { w.show(); })
-        .def("raise_", [](Window& w) { w.raise(); })
-        .def("close", [](Window& w) { return w.close(); })
-        .def("isVisible", [](Window& w) { return w.isVisible(); })
-        .def_property_readonly("widget", [](Window& w) { return bridge::wrap(&w); })
-        .def_property_readonly("settings", [](Window& w) { return w.settings.mapping; })
+// What both pool windows offer Python: the window basics, the pool window's members and the
+// widgets they share.
+template <class Window, class Class> void def_pool_window(Class& cls) {
+    bridge::def_window_basics<Window>(cls);
+    cls.def_property_readonly("settings", [](Window& w) { return w.settings.mapping; })
         .def_property_readonly("icons", [](Window& w) { return w.icons; })
         .def_property_readonly("dirlist",
                                [](Window& w) { return pools::dir_items_to_python(w.dirlist); })
@@ -58,7 +55,7 @@ void bind_export_window(py::module_& m) {
     py::class_<ExportWindow, slots::WindowHolder<ExportWindow>> cls(
         m, "ExportWindow", "The window that writes a node or a toolset as a preset into a pool.");
     cls.def(py::init<py::object>(), py::arg("node"));
-    def_window_basics<ExportWindow>(cls);
+    def_pool_window<ExportWindow>(cls);
     cls.def_property_readonly("node", [](ExportWindow& w) { return w.node; })
         .def_property_readonly("mode", [](ExportWindow& w) { return w.mode.toStdString(); })
         .def("get_nodeclass_name",
@@ -87,7 +84,7 @@ void bind_import_window(py::module_& m) {
         m, "ImportWindow",
         "The window that browses a pool and inserts, renames and deletes presets.");
     cls.def(py::init<>());
-    def_window_basics<ImportWindow>(cls);
+    def_pool_window<ImportWindow>(cls);
     cls.def_property_readonly("advanced_settings",
                               [](ImportWindow& w) { return w.advanced_settings; })
         .def(
