@@ -1,5 +1,7 @@
 """Widgets made in C++ reach Python as PySide2 objects, and failing reactions stay contained."""
 
+import gc
+
 import pytest
 from PySide2 import QtCore, QtWidgets
 
@@ -60,3 +62,21 @@ def test_a_guarded_python_failure_does_not_escape(rig, capsys):
 
     assert rig._testing.run_guarded(fail) is True
     assert "KeyError" in capsys.readouterr().err
+
+
+def test_wrappers_live_as_long_as_their_widget(rig, probe):
+    # A chain through a temporary wrapper, as a PySide2-written window would allow.
+    layout = probe.widget.layout()
+    gc.collect()
+    assert layout.count() == 3
+    assert probe.input_text is probe.input_text
+
+
+def test_a_wrapper_of_a_deleted_widget_raises_instead_of_crashing(rig, qapp):
+    window = rig._testing.BridgeProbe()
+    field = window.input_text
+    del window
+    gc.collect()
+    QtCore.QCoreApplication.sendPostedEvents(None, QtCore.QEvent.DeferredDelete)
+    with pytest.raises(RuntimeError, match="already deleted"):
+        field.text()
