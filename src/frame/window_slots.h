@@ -8,10 +8,11 @@
 
 #include <pybind11/pybind11.h>
 
+#include <QCoreApplication>
 #include <QObject>
+#include <QPointer>
 
 #include <functional>
-#include <memory>
 #include <string>
 
 namespace cobaltrig::slots {
@@ -32,17 +33,29 @@ py::object get(const char* slot);
 py::object open_window(const char* slot, const std::function<py::object()>& make,
                        const std::function<void(py::object&)>& after_show = {});
 
-/// pybind11 holder deleter for windows made in C++: the Qt object goes through deleteLater, so a
-/// window dropped from its slot while one of its own reactions or timers still runs dies only once
-/// control is back in the event loop.
-struct DeleteLater {
-    void operator()(QObject* object) const {
-        if (object)
-            object->deleteLater();
+/// pybind11 holder for windows made in C++. The Qt object goes through deleteLater, so a window
+/// dropped from its slot while one of its own reactions or timers still runs dies only once control
+/// is back in the event loop. The holder watches the object: a window that Qt or a test deleted
+/// first is not deleted again, and none is touched once the application is gone.
+template <class Window>
+class WindowHolder {
+public:
+    explicit WindowHolder(Window* window) : window_(window) {}
+    WindowHolder(WindowHolder&&) noexcept = default;
+    WindowHolder& operator=(WindowHolder&&) noexcept = default;
+    WindowHolder(const WindowHolder&) = delete;
+    WindowHolder& operator=(const WindowHolder&) = delete;
+    ~WindowHolder() {
+        if (window_ && QCoreApplication::instance())
+            window_->deleteLater();
     }
+
+    Window* get() const { return window_.data(); }
+
+private:
+    QPointer<Window> window_;
 };
 
-template <class Window>
-using WindowHolder = std::unique_ptr<Window, DeleteLater>;
-
 } // namespace cobaltrig::slots
+
+PYBIND11_DECLARE_HOLDER_TYPE(Window, cobaltrig::slots::WindowHolder<Window>)
