@@ -32,19 +32,13 @@ def test_folders_are_marked_by_what_is_exported(rig, nuke, helper, make_pool, us
         [p for p in items if p.endswith("/Blur")][-1]
 
 
-def test_a_node_without_class_folder_gets_one_and_a_toolset_makes_none(rig, nuke, pool, user):
-    window = rig.show_export_window(nuke.nodes.Blur())
-    assert window.tree.currentItem().data(0, QtCore.Qt.UserRole) == str(pool / "nodes" / "Blur")
-    assert [window.combo_pool.itemText(k) for k in range(window.combo_pool.count())] == \
-        ["main", "-- new pool --"]
-
+def test_a_toolset_makes_no_folder_and_opens_toolsets(rig, pool, user):
     window = rig.show_export_window("toolsets")
     assert window.widget.windowTitle() == "Export toolsets look"
-    assert window.tree.currentItem() is None
-    assert sorted(p.name for p in (pool / "nodes").iterdir()) == ["Blur", "Grade"]
+    assert window.tree.currentItem() is None and sorted((pool / "nodes").iterdir()) == [pool / "nodes" / "Grade"]
     items = user.items(window)
     assert items[str(pool / "toolsets")].isExpanded() and not items[str(pool / "nodes")].isExpanded()
-    assert items[str(pool / "nodes" / "Blur")].isDisabled()
+    assert items[str(pool / "nodes" / "Grade")].isDisabled()
 
 
 def test_the_walk_lists_presets_only_outside_dot_folders(rig, nuke, make_pool, user):
@@ -57,14 +51,6 @@ def test_the_walk_lists_presets_only_outside_dot_folders(rig, nuke, make_pool, u
     assert labels == {"": "main", "/nodes": "nodes", "/nodes/Grade": "Grade",
                       "/nodes/Grade/a.nk.nk": "a", "/nodes/loop": "loop",
                       "/toolsets": "toolsets", "/top.nk": "top"}
-
-
-def test_clicking_a_preset_fills_the_name_and_a_folder_leaves_it(rig, nuke, pool, user):
-    window = rig.show_export_window(nuke.nodes.Grade())
-    user.click(window, pool / "nodes" / "Grade" / "warm.nk")
-    assert window.input_name.text() == "warm"
-    user.click(window, pool / "toolsets" / "fx")
-    assert window.input_name.text() == "warm"
 
 
 @pytest.mark.parametrize("folder, offered", [("toolsets", True), ("toolsets/fx", False),

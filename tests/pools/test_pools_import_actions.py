@@ -111,19 +111,14 @@ def test_in_a_pool_whose_path_holds_nk_folders_get_the_menu_and_a_delete_fails(
     assert (pool / "nodes" / "Grade").is_dir()
 
 
-def test_reveal_and_refresh(rig, library, user, helper, monkeypatch):
+def test_reveal_opens_the_presets_folder(rig, library, user, helper, monkeypatch):
     opened = []
     monkeypatch.setattr(helper, "open_in_explorer",
                         lambda path, parent=None: opened.append((path, parent.windowTitle())))
     window = rig.import_preset()
-    grade = library / "nodes" / "Grade"
-    user.open_menu(window, grade / "warm.nk")
+    user.open_menu(window, library / "nodes" / "Grade" / "warm.nk")
     window.action_reveal.trigger()
-    assert opened == [(str(grade), "Import node/toolset")]
-
-    (grade / "new.nk").write_text("")
-    window.action_refresh.trigger()
-    assert str(grade / "new.nk") in user.items(window)
+    assert opened == [(str(library / "nodes" / "Grade"), "Import node/toolset")]
 
 
 def test_a_window_replaced_while_its_delete_question_is_open_deletes_nothing(

@@ -66,11 +66,14 @@ def test_refusals_leave_the_window_open_and_write_nothing(
 
 
 @pytest.mark.parametrize("go_ahead", [False, True])
-def test_saving_over_a_clicked_preset_asks_first(rig, nuke, pool, qtbot, user, ask, messages,
+def test_saving_under_a_clicked_presets_name_asks_first(rig, nuke, pool, qtbot, user, ask, messages,
                                                  go_ahead):
     preset = pool / "nodes" / "Grade" / "warm.nk"
     preset.write_text("not a script yet")
     window = rig.show_export_window(nuke.nodes.Grade())
+    user.click(window, preset)  # fills the name
+    user.click(window, pool / "toolsets" / "fx")
+    assert window.input_name.text() == "warm"  # a folder leaves it
     user.click(window, preset)
     ask.reply = go_ahead
     qtbot.mouseClick(window.push_save, QtCore.Qt.LeftButton)
