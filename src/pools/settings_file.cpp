@@ -41,8 +41,8 @@ void write_settings_file(const py::object& tree, const SettingValues& values) {
     // Written through ElementTree.write, whose declaration switch every Python 3 has, like the
     // sibling module's writer; tostring only takes it from Python 3.8 on.
     py::object buffer = py::module_::import("io").attr("BytesIO")();
-    elementTree().attr("ElementTree")(root).attr("write")(
-        buffer, py::arg("encoding") = "utf-8", py::arg("xml_declaration") = true);
+    elementTree().attr("ElementTree")(root).attr("write")(buffer, py::arg("encoding") = "utf-8",
+                                                          py::arg("xml_declaration") = true);
     py::bytes data = buffer.attr("getvalue")();
     // Ending in a line break like the files the sibling module writes, so the two writers'
     // files look alike.

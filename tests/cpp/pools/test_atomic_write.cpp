@@ -38,7 +38,8 @@ TEST(AtomicWrite, ReplacesALinkedFilesTargetKeepingLinkAndPermissions) {
 
     EXPECT_TRUE(QFileInfo(link).isSymLink());
     EXPECT_EQ(read(real), QByteArray("<new/>"));
-    EXPECT_EQ(QFile::permissions(real) & QFile::Permissions(0x7077), permissions);  // owner, group, other
+    // The owner, group and other bits.
+    EXPECT_EQ(QFile::permissions(real) & QFile::Permissions(0x7077), permissions);
     EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden).size(), 2)
         << "no temporary file is left behind";
 }
