@@ -668,6 +668,20 @@ def show_about_window():
 # --------------------------------------------------------------------------------------------
 
 
+# QIcon by image path for the tree items. Making a QIcon from a file reads the image's header, and a
+# pool tree gives thousands of items the same few icons; a QIcon is shared, so one per path serves all.
+_TREE_ICONS = {}
+
+
+def _tree_icon(path):
+    if not isinstance(path, str):
+        return QtGui.QIcon(path)
+    icon = _TREE_ICONS.get(path)
+    if icon is None:
+        icon = _TREE_ICONS[path] = QtGui.QIcon(path)
+    return icon
+
+
 def build_tree_widget_item(parent, label, path, disabled, selected, expanded=False, is_dir=False, icon=None):
     """A pool tree item under parent (a tree or an item), already attached.
 
@@ -681,7 +695,7 @@ def build_tree_widget_item(parent, label, path, disabled, selected, expanded=Fal
     if not icon:
         icon = ICON_FILES["icon_folder"] if is_dir else ICON_FILES["icon_preset"]
         icon = os.path.join(ICONS_DIR, icon)
-    item.setIcon(0, QtGui.QIcon(icon))
+    item.setIcon(0, _tree_icon(icon))
     item.setDisabled(bool(disabled))
     item.setSelected(bool(selected))
     item.setExpanded(bool(expanded))

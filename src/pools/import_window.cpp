@@ -302,10 +302,9 @@ void ImportWindow::rename_item(const QString& path) {
         join(folder, text.section(QLatin1Char('.'), 0, 0) + QStringLiteral(".nk"));
     try {
         if (target != path) {
-            // Never onto another preset: a rename must not cost the user a file.
-            if (QFileInfo::exists(target))
-                throw std::runtime_error(
-                    QStringLiteral("'%1' already exists.").arg(target).toStdString());
+            // QFile refuses to rename onto an existing file, so a rename never costs the user
+            // another preset; unlike a test of the name beforehand, it still lets "warm" become
+            // "Warm" where the file system ignores case.
             QFile file(path);
             if (!file.rename(target))
                 throw std::runtime_error(

@@ -38,8 +38,12 @@ void write_settings_file(const py::object& tree, const SettingValues& values) {
         }
     }
     siblings::prettyprint(root);
-    py::bytes data = elementTree().attr("tostring")(root, py::arg("encoding") = "utf-8",
-                                                    py::arg("xml_declaration") = true);
+    // Written through ElementTree.write, whose declaration switch every Python 3 has, like the
+    // sibling module's writer; tostring only takes it from Python 3.8 on.
+    py::object buffer = py::module_::import("io").attr("BytesIO")();
+    elementTree().attr("ElementTree")(root).attr("write")(buffer, py::arg("encoding") = "utf-8",
+                                                          py::arg("xml_declaration") = true);
+    py::bytes data = buffer.attr("getvalue")();
     // Ending in a line break like the files the sibling module writes, so the two writers'
     // files look alike.
     const std::string bytes = std::string(data) + "\n";

@@ -1,6 +1,5 @@
-"""Fixtures of the pool suites: a pool on disk in the test's settings store, windows that are
-closed and dropped after the test, and recording stand-ins for the sibling dialogs."""
-
+"""Fixtures of the pool suites: pools on disk in the test's settings store, the windows closed
+after each test, recording stand-ins for the sibling dialogs, and a user working a tree."""
 
 import pytest
 from PySide2 import QtCore, QtWidgets
@@ -15,20 +14,19 @@ def helper():
 
 @pytest.fixture
 def make_pool(tmp_path, helper):
-    """make_pool(name, *relative paths) lays out a pool and stores it; paths ending in "/" are
-    folders, others empty files. The first pool made is the current one."""
+    """make_pool(name, *entries) lays out and stores a pool; entries ending in "/" are folders,
+    others empty files. The first pool made is the current one."""
     made = {}
 
     def make(name, *entries):
         root = tmp_path / "pools" / name
         root.mkdir(parents=True)
         for entry in entries:
-            target = root / entry
+            (root / entry.rstrip("/")).parent.mkdir(parents=True, exist_ok=True)
             if entry.endswith("/"):
-                target.mkdir(parents=True, exist_ok=True)
+                (root / entry).mkdir(exist_ok=True)
             else:
-                target.parent.mkdir(parents=True, exist_ok=True)
-                target.write_text("")
+                (root / entry).write_text("")
         made[name] = str(root)
         helper.save_pools(made)
         if len(made) == 1:
@@ -40,27 +38,25 @@ def make_pool(tmp_path, helper):
 
 @pytest.fixture
 def pool(make_pool):
-    """The standard layout with one preset of each kind."""
     return make_pool("main", "nodes/Grade/warm.nk", "toolsets/fx/glow.nk")
 
 
-class Messages(list):
-    def __init__(self):
-        super().__init__()
-        self.parent_visible = []
+@pytest.fixture
+def advanced(helper, monkeypatch):
+    """advanced(key=value, ...) overrides advanced settings."""
+    def override(**values):
+        mapping = dict(helper.parse_advanced_settings(), **values)
+        monkeypatch.setattr(helper, "parse_advanced_settings", lambda: dict(mapping))
+
+    return override
 
 
 @pytest.fixture
 def messages(helper, monkeypatch):
-    """The texts helper.show_message_box showed, oldest first; `.parent_visible` says for each
-    whether the window it was shown over was still open."""
-    shown = Messages()
-
-    def show(parent, text):
-        shown.append(text)
-        shown.parent_visible.append(parent is not None and parent.isVisible())
-
-    monkeypatch.setattr(helper, "show_message_box", show)
+    """(text, whether the window it was shown over was still open) of each message box."""
+    shown = []
+    monkeypatch.setattr(helper, "show_message_box",
+                        lambda parent, text: shown.append((text, parent.isVisible())))
     return shown
 
 
@@ -76,7 +72,6 @@ class AskDialog:
 
 @pytest.fixture
 def ask(helper, monkeypatch):
-    """helper.ask_dialog answering `ask.reply`, recording each question."""
     fake = AskDialog()
     monkeypatch.setattr(helper, "ask_dialog", fake)
     return fake
@@ -84,22 +79,18 @@ def ask(helper, monkeypatch):
 
 @pytest.fixture
 def answer_input():
-    """answer_input(text) answers the next modal QInputDialog with text (None cancels), the way
-    a user types into it; returns a list that receives the dialog's title and label."""
+    """answer_input(text) answers the next modal QInputDialog with text (None cancels); returns a
+    list that receives the dialog's title, label and starting text."""
     seen = []
 
     def schedule(text):
         def fill():
             dialog = QtWidgets.QApplication.activeModalWidget()
             if not isinstance(dialog, QtWidgets.QInputDialog):
-                QtCore.QTimer.singleShot(10, fill)
-                return
+                return QtCore.QTimer.singleShot(10, fill)
             seen.append((dialog.windowTitle(), dialog.labelText(), dialog.textValue()))
-            if text is None:
-                dialog.reject()
-            else:
-                dialog.setTextValue(text)
-                dialog.accept()
+            dialog.setTextValue(text or "")
+            dialog.reject() if text is None else dialog.accept()
 
         QtCore.QTimer.singleShot(0, fill)
         return seen
@@ -107,9 +98,8 @@ def answer_input():
     return schedule
 
 
-@pytest.fixture
+@pytest.fixture(autouse=True)
 def windows(rig):
-    """Closes and drops the pool windows after the test."""
     yield
     for slot in ("exportwindow", "i"):
         window = rig.__dict__.pop(slot, None)
@@ -120,59 +110,36 @@ def windows(rig):
 
 
 class TreeUser:
-    """Works a window's tree the way a user does: looks at its items and clicks them."""
-
     def __init__(self, qtbot):
         self.qtbot = qtbot
 
     @staticmethod
     def items(window):
         """Every item of the window's tree as {path: item}."""
-        found = {}
-
-        def visit(item):
-            found[item.data(0, QtCore.Qt.UserRole)] = item
-            for k in range(item.childCount()):
-                visit(item.child(k))
-
-        for k in range(window.tree.topLevelItemCount()):
-            visit(window.tree.topLevelItem(k))
+        found, it = {}, QtWidgets.QTreeWidgetItemIterator(window.tree)
+        while it.value():
+            found[it.value().data(0, QtCore.Qt.UserRole)] = it.value()
+            it += 1
         return found
 
     def click(self, window, path, double=False):
-        """Clicks the item of `path`, scrolling it into view first."""
         item = self.items(window)[str(path)]
         parent = item.parent()
         while parent is not None:
             parent.setExpanded(True)
             parent = parent.parent()
-        # The tree's wrapper must outlive the viewport's: PySide2 invalidates a child's wrapper
-        # when its parent's wrapper goes.
-        tree = window.tree
-        tree.scrollToItem(item)
-        pos = tree.visualItemRect(item).center()
-        viewport = tree.viewport()
-        self.qtbot.mouseClick(viewport, QtCore.Qt.LeftButton, pos=pos)
+        window.tree.scrollToItem(item)
+        pos = window.tree.visualItemRect(item).center()
+        self.qtbot.mouseClick(window.tree.viewport(), QtCore.Qt.LeftButton, pos=pos)
         if double:
-            self.qtbot.mouseDClick(viewport, QtCore.Qt.LeftButton, pos=pos)
-        return item
+            self.qtbot.mouseDClick(window.tree.viewport(), QtCore.Qt.LeftButton, pos=pos)
 
-    @staticmethod
-    def visible_labels(window):
-        """Labels of the items a user can see (not hidden, all parents open), in tree order."""
-        labels = []
-
-        def visit(item, shown):
-            if item.isHidden():
-                return
-            if shown:
-                labels.append(item.text(0))
-            for k in range(item.childCount()):
-                visit(item.child(k), shown and item.isExpanded())
-
-        for k in range(window.tree.topLevelItemCount()):
-            visit(window.tree.topLevelItem(k), True)
-        return labels
+    def open_menu(self, window, path=None):
+        """Makes `path` current (if given) and asks for the tree's context menu."""
+        if path is not None:
+            self.click(window, path)
+        window.tree.customContextMenuRequested.emit(QtCore.QPoint(2, 2))
+        return window.tree_menu
 
 
 @pytest.fixture

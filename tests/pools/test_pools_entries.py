@@ -1,67 +1,64 @@
-"""The entries that open the pool windows: from the host side, and from a node's look tab."""
+"""The entries that open the pool windows, and how the windows close."""
 
 import pytest
-
-pytestmark = pytest.mark.usefixtures("windows")
-
-
-@pytest.fixture
-def export_switch(helper, monkeypatch):
-    def set_switch(value):
-        advanced = dict(helper.parse_advanced_settings(), export_items=value)
-        monkeypatch.setattr(helper, "parse_advanced_settings", lambda: dict(advanced))
-
-    return set_switch
+from PySide2 import QtCore
 
 
-@pytest.mark.parametrize("selected, title", [
-    (0, None),
-    (1, "Export Blur look"),
-    (2, "Export toolsets look"),
+@pytest.mark.parametrize("selected, switch, title, message", [
+    (0, "True", None, None),
+    (1, "True", "Export Blur look", None),
+    (2, "True", "Export toolsets look", None),
+    (0, "False", None, "Exporting nodes is disabled."),
+    (1, "False", None, "Exporting nodes is disabled."),
 ])
-def test_export_nodes_follows_the_selection(rig, nuke, host, pool, selected, title):
-    rig.__dict__.pop("exportwindow", None)
-    nodes = [nuke.nodes.Blur(), nuke.nodes.Grade()]
-    for node in nodes[:selected]:
+def test_export_nodes_follows_the_selection_and_the_switch(rig, nuke, host, pool, advanced,
+                                                           selected, switch, title, message):
+    advanced(export_items=switch)
+    for node in [nuke.nodes.Blur(), nuke.nodes.Grade()][:selected]:
         node.setSelected(True)
 
     assert rig.export_nodes() is None
 
+    assert host.messages == ([message] if message else [])
     if title is None:
         assert not hasattr(rig, "exportwindow")
     else:
-        assert rig.exportwindow.widget.windowTitle() == title
-        assert rig.exportwindow.isVisible()
-    assert host.messages == []
+        assert rig.exportwindow.widget.windowTitle() == title and rig.exportwindow.isVisible()
 
 
-@pytest.mark.parametrize("selected", [0, 1])
-def test_export_nodes_can_be_switched_off(rig, nuke, host, pool, export_switch, selected):
-    rig.__dict__.pop("exportwindow", None)
-    export_switch("False")
-    if selected:
-        nuke.nodes.Blur().setSelected(True)
-    rig.export_nodes()
-    assert host.messages == ["Exporting nodes is disabled."]
-    assert not hasattr(rig, "exportwindow")
-
-
-def test_export_preset_is_for_that_node_alone(rig, nuke, pool):
+def test_the_look_tab_buttons_open_the_windows_for_that_node_alone(rig, nuke, pool):
     nuke.nodes.Blur().setSelected(True)
-    nuke.nodes.Merge2().setSelected(True)
-    grade = nuke.nodes.Grade()
-    assert rig.export_preset(grade, "signal value") is None
-    assert rig.exportwindow.node is grade
-    assert rig.exportwindow.widget.windowTitle() == "Export Grade look"
-
-
-def test_the_look_tab_buttons_open_the_pool_windows(rig, nuke, pool):
     node = nuke.nodes.Grade()
     rig.create_looks_widgets(node)
 
     node["preset_export"].execute()
     assert rig.exportwindow.node is node and rig.exportwindow.isVisible()
-
+    assert rig.exportwindow.widget.windowTitle() == "Export Grade look"
     node["preset_import"].execute()
-    assert rig.i.isVisible()
-    assert rig.i.combo_pool.currentText() == "main"
+    assert rig.i.isVisible() and rig.i.combo_pool.currentText() == "main"
+
+
+@pytest.mark.parametrize("open_window, button", [
+    (lambda rig, nuke: rig.export_preset(nuke.nodes.Blur(), "signal value"), "push_cancel"),
+    (lambda rig, nuke: rig.import_preset("signal value"), "push_close"),
+])
+def test_escape_and_the_button_close_the_window(rig, nuke, pool, qtbot, open_window, button):
+    open_window(rig, nuke)
+    window = rig.exportwindow if button == "push_cancel" else rig.i
+    qtbot.keyClick(window.input_name, QtCore.Qt.Key_Escape)
+    assert not window.isVisible()
+    open_window(rig, nuke)
+    window = rig.exportwindow if button == "push_cancel" else rig.i
+    qtbot.mouseClick(getattr(window, button), QtCore.Qt.LeftButton)
+    assert not window.isVisible()
+
+
+def test_opening_twice_leaves_the_second_window_which_read_pool_and_settings_anew(
+        rig, pool, helper, user):
+    first = rig.import_preset()
+    (pool / "nodes" / "Grade" / "new.nk").write_text("")
+    helper.update_xml("icon_size", "12")
+    second = rig.import_preset()
+    assert rig.i is second and not first.isVisible() and second.isVisible()
+    assert second.slider_size.value() == 12
+    assert str(pool / "nodes" / "Grade" / "new.nk") in user.items(second)
