@@ -501,31 +501,30 @@ def remove_pool(name):
     save_pools(pools)
 
 
-def _default_advanced_root():
-    root = ET.Element(ROOT_TAG)
-    root.append(_named_section("advanced", "setting", DEFAULT_ADVANCED_SETTINGS))
-    return root
+def _load_named_file(filename, section_tag, item_tag, defaults):
+    """A small mapping file beside the settings file, made with its defaults when missing; keys
+    the file lacks read as their default."""
+
+    def default_root():
+        root = ET.Element(ROOT_TAG)
+        root.append(_named_section(section_tag, item_tag, defaults))
+        return root
+
+    path = _ensure_file(filename, default_root)
+    values = dict(defaults)
+    values.update(_read_named(path, section_tag, item_tag))
+    return values
 
 
 def parse_advanced_settings():
     """Mapping of the advanced settings, text to text; missing keys read as their default."""
-    path = _ensure_file(ADVANCED_SETTINGS_FILE, _default_advanced_root)
-    values = dict(DEFAULT_ADVANCED_SETTINGS)
-    values.update(_read_named(path, "advanced", "setting"))
-    return values
-
-
-def _default_hotkeys_root():
-    root = ET.Element(ROOT_TAG)
-    root.append(_named_section("hotkeys", "hotkey", DEFAULT_HOTKEYS))
-    return root
+    return _load_named_file(ADVANCED_SETTINGS_FILE, "advanced", "setting",
+                            DEFAULT_ADVANCED_SETTINGS)
 
 
 def load_hotkeys():
     """Mapping of action name to shortcut text; the slider keys come in upper case."""
-    path = _ensure_file(HOTKEYS_FILE, _default_hotkeys_root)
-    values = dict(DEFAULT_HOTKEYS)
-    values.update(_read_named(path, "hotkeys", "hotkey"))
+    values = _load_named_file(HOTKEYS_FILE, "hotkeys", "hotkey", DEFAULT_HOTKEYS)
     for key in BARE_KEY_HOTKEYS:
         values[key] = values[key].strip().upper()
     return values
