@@ -35,7 +35,6 @@ def reset():
     del STATE.panel_answers[:]
     del STATE.answers[:]
     STATE.interactive = False
-    STATE.undo_depth = 0
     STATE.undo_disabled = 0
 
 

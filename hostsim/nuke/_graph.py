@@ -14,6 +14,7 @@ import re
 
 from . import _knobs as K
 from ._state import STATE
+from ._undo import recorded
 
 # What dependencies()/dependent() follow, with the host's values.
 EXPRESSIONS = 1
@@ -129,6 +130,7 @@ class _NameKnob(K.String_Knob):
 
     _class_name = "String_Knob"
 
+    @K._recorded
     def setValue(self, value):
         K._check_text(self, value)
         if self._node is None:
@@ -142,6 +144,12 @@ class _SelectedKnob(K.Boolean_Knob):
     """The `selected` knob; remembers when a node was selected, for selectedNode()."""
 
     _class_name = "Boolean_Knob"
+
+    def setValue(self, value):
+        # Selecting is no undo step of its own; the steps around it restore the selection.
+        self._value = self._coerce(value)
+        self._changed()
+        return True
 
     def _changed(self):
         if self._value and self._node is not None:
@@ -192,6 +200,10 @@ def _check_node(value, what="node"):
     if not value._alive:
         raise ValueError(K.DEAD_HANDLE)
     return value
+
+
+def _node_step(what):
+    return lambda node, *args, **kwargs: "{} {}".format(what, node._knob_value("name"))
 
 
 class Node:
@@ -252,6 +264,7 @@ class Node:
     def name(self):
         return self._knob_value("name")
 
+    @recorded(_node_step("Rename"))
     def setName(self, name, uncollide=True, updateExpressions=False):
         self._rename(name, uncollide)
 
@@ -302,6 +315,7 @@ class Node:
             raise NameError("knob {} does not exist".format(key))
         return knob
 
+    @recorded(_node_step("Add knob to"))
     def addKnob(self, knob):
         """Appends the knob: it stands last, under the tab added last."""
         if not isinstance(knob, K.Knob):
@@ -311,6 +325,7 @@ class Node:
         self._attach(knob)
         return True
 
+    @recorded(_node_step("Remove knob from"))
     def removeKnob(self, knob):
         if not isinstance(knob, K.Knob):
             raise TypeError("a knob is expected, got {}".format(type(knob).__name__))
@@ -348,6 +363,7 @@ class Node:
     def setYpos(self, y):
         self["ypos"].setValue(operator.index(y))
 
+    @recorded(_node_step("Move"))
     def setXYpos(self, x, y):
         x, y = operator.index(x), operator.index(y)
         self["xpos"].setValue(x)
@@ -387,6 +403,7 @@ class Node:
         i = operator.index(i)
         return self._inputs[i] if 0 <= i < len(self._inputs) else None
 
+    @recorded(_node_step("Connect"))
     def setInput(self, i, node):
         """Connects input i; False when the host would refuse (no such input, a loop, ...)."""
         i = operator.index(i)
@@ -690,6 +707,7 @@ def _apply_args(node, args):
         node[name].fromScript(text)
 
 
+@recorded(lambda node, *args, **kwargs: "Create {}".format(node))
 def createNode(node, args=None, inpanel=True):
     """Creates a node as the user does: hooked below the selected node, taking over its outputs."""
     if not isinstance(node, str):
@@ -729,6 +747,7 @@ class _NodeMakers:
         if cls.startswith("_"):
             raise AttributeError(cls)
 
+        @recorded(lambda **knobs: "Create {}".format(cls))
         def make(**knobs):
             group = current_group()
             inputs = knobs.pop("inputs", ())
@@ -751,6 +770,7 @@ class _NodeMakers:
 nodes = _NodeMakers()
 
 
+@recorded(lambda node: "Delete {}".format(node._knob_value("name")))
 def delete(node):
     """Removes the node; what it fed is fed by its input 0 from now on. Its handle dies, and so do
     those of a group's members."""

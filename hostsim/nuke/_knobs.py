@@ -11,6 +11,8 @@ would fail in the host fails here too.
 
 import numbers
 
+from ._undo import recorded
+
 DEAD_HANDLE = "A PythonObject is not attached to a node"
 
 # Knob flags, with the host's values.
@@ -79,6 +81,18 @@ def tcl_words(text):
     return words
 
 
+def _on_a_node(knob, *args, **kwargs):
+    return knob._node is not None
+
+
+def _knob_step(knob, *args, **kwargs):
+    return "{}.{}".format(knob._node._knob_value("name"), knob._name)
+
+
+# A change to a knob of a node is an undo step; one of a knob not on a node yet is not.
+_recorded = recorded(_knob_step, when=_on_a_node)
+
+
 def _parse_bool(knob, text):
     low = text.strip().lower()
     if low in ("1", "true", "yes", "on"):
@@ -137,19 +151,23 @@ class Knob:
     def label(self):
         return self._label
 
+    @_recorded
     def setLabel(self, label):
         self._label = _check_text(self, label)
 
     def tooltip(self):
         return self._tooltip
 
+    @_recorded
     def setTooltip(self, tooltip):
         self._tooltip = _check_text(self, tooltip)
 
     # -- flags ----------------------------------------------------------------------------------
+    @_recorded
     def setFlag(self, flag):
         self._flags |= int(flag)
 
+    @_recorded
     def clearFlag(self, flag):
         self._flags &= ~int(flag)
 
@@ -181,6 +199,7 @@ class Knob:
     def getValue(self):
         return self.value()
 
+    @_recorded
     def setValue(self, value):
         self._value = self._coerce(value)
         self._changed()
@@ -359,6 +378,7 @@ class Array_Knob(Knob):
     def getValue(self, index=None):
         return self.value(index)
 
+    @_recorded
     def setValue(self, value, index=None):
         if index is None:
             return super().setValue(value)
@@ -449,6 +469,7 @@ class Enumeration_Knob(Knob):
     def enumName(self, index):
         return self._items[index]
 
+    @_recorded
     def setValues(self, items):
         current = self.value()
         self._items = [str(i) for i in items]

@@ -13,6 +13,7 @@ import os
 from . import _graph as G
 from . import _knobs as K
 from ._state import STATE
+from ._undo import forget, recorded
 
 CLIPBOARD = "%clipboard%"
 FORMAT = "hostsim-script"
@@ -167,6 +168,7 @@ def _paste(data, connect):
     return created
 
 
+@recorded(lambda s: "Paste")
 def nodePaste(s):
     """Pastes from file `s` or the clipboard into the current group and selects what it pasted.
 
@@ -183,6 +185,7 @@ def nodePaste(s):
     return created[-1] if created else None
 
 
+@recorded(lambda filename: "Import {}".format(os.path.basename(str(filename))))
 def scriptReadFile(filename):
     """Reads the nodes of a file into the current group, without hooking them to the selection."""
     _paste(parse(_read(filename), filename), connect=False)
@@ -239,6 +242,7 @@ def scriptClear():
     STATE.clipboard = None
     STATE.active_viewer = None
     STATE.frame = 1
+    forget()
 
 
 def scriptOpen(filename):
@@ -254,6 +258,7 @@ def scriptOpen(filename):
 # ---------------------------------------------------------------------------------------------
 
 
+@recorded(lambda show=True: "Group")
 def makeGroup(show=True):
     """A new Group of the current context holding copies of its selected nodes, wired as they were.
 

@@ -24,7 +24,12 @@ class _State:
         self.panels_shown = []
         self.menus = {}
         self.plugin_path = []
-        self.undo_depth = 0
+        # Undo: the steps that can be undone and redone (latest last), the open groups as
+        # [name, state before], how deep recorded calls nest now, and the disable() count.
+        self.undo_steps = []
+        self.redo_steps = []
+        self.undo_groups = []
+        self.undo_calls = 0
         self.undo_disabled = 0
         self.script_globals = None  # the namespace knob commands run in, made on first use
 

@@ -157,6 +157,36 @@ def test_a_rubber_band_selects_what_it_touches_and_a_drag_moves_the_node(demo):
     assert abs(blur.ypos() - (y_blur + 50)) <= 2 and blur.ypos() - y_blur == merge.ypos() - y_merge
 
 
+def test_undo_and_redo_in_the_edit_menu_take_a_drag_and_a_delete_as_one_step_each(demo):
+    edit = {a.text(): a for a in demo.menuBar().actions()}["&Edit"].menu()
+    edit.aboutToShow.emit()
+    actions = {a.text().split()[0]: a for a in edit.actions() if a.text()}
+    assert actions["&Undo"].shortcut() == QtGui.QKeySequence("Ctrl+Z")
+    assert actions["&Redo"].shortcut() == QtGui.QKeySequence("Ctrl+Shift+Z")
+    assert not actions["&Redo"].isEnabled()
+    demo.graph.frame_all()
+    view, blur, merge = demo.graph, nuke.toNode("Blur1"), nuke.toNode("Merge1")
+    blur.selectOnly()
+    merge.setSelected(True)
+    demo.sync()
+    placed = [(n.xpos(), n.ypos()) for n in (blur, merge)]
+    start = view.mapFromScene(QtCore.QPointF(blur.xpos() + 10, blur.ypos() + 9))
+    end = view.mapFromScene(QtCore.QPointF(blur.xpos() + 10, blur.ypos() + 9 + 50))
+    drag(view.viewport(), QtCore.QPointF(start), QtCore.QPointF(end))
+    moved = [(n.xpos(), n.ypos()) for n in (blur, merge)]
+    actions["&Delete"].trigger()
+    assert nuke.toNode("Blur1") is None and nuke.toNode("Merge1") is None
+    actions["&Undo"].trigger()
+    assert nuke.toNode("Merge1") is merge and merge.input(0) is blur
+    assert [(n.xpos(), n.ypos()) for n in (blur, merge)] == moved
+    actions["&Undo"].trigger()
+    assert [(n.xpos(), n.ypos()) for n in (blur, merge)] == placed
+    edit.aboutToShow.emit()
+    assert actions["&Redo"].text() == "&Redo Move"
+    actions["&Redo"].trigger()
+    assert [(n.xpos(), n.ypos()) for n in (blur, merge)] == moved
+
+
 def test_the_graph_shows_a_group_inside_and_nodes_made_there_land_in_it(demo):
     group = nuke.nodes.Group()
     with group:
