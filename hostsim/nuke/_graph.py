@@ -222,6 +222,8 @@ class Node:
         self._serial = STATE.next_serial()
         self._selected_at = 0
         self._viewer_active = [None, None]  # shown input of a Viewer: primary and secondary
+        # Knob lines of a read script that no knob of the node takes, as (name, text), written back.
+        self._extra = ()
         self._knobs = []
         for knob in (knobs if knobs is not None else _node_knobs(self._info)):
             self._attach(knob)
@@ -545,6 +547,7 @@ class Root(Group):
         for knob in self._knobs:
             knob._node = None
         self._knobs = []
+        self._extra = ()
         for knob in _root_knobs():
             self._attach(knob)
 
@@ -552,9 +555,22 @@ class Root(Group):
 STATE.root = Root()
 
 
-def new_node(cls, group, name=None):
+def opaque_info(cls):
+    """What this host assumes of a class it does not know, met in a script: any number of inputs,
+    an image out, no knobs beyond every node's own."""
+    if cls not in _OPAQUE:
+        # Numbered names are made from the class name: they must be valid node names too.
+        base = re.sub(r"\W", "_", cls).rstrip("0123456789") or "Node"
+        _OPAQUE[cls] = _ClassInfo(base, 100)
+    return _OPAQUE[cls]
+
+
+_OPAQUE = {}
+
+
+def new_node(cls, group, name=None, info=None):
     """Makes a node of class `cls` in `group`: unconnected, unselected, uniquely named."""
-    info = class_info(cls)
+    info = info or class_info(cls)
     node = Group(cls, info) if cls == "Group" else Node(cls, info)
     if cls == "Input":
         node["number"].setValue(len(group._input_nodes()))

@@ -44,7 +44,8 @@ def _knob_state(knob):
     is_list = value.__class__ is list
     items = fields.get("_items")
     return (fields["_label"], fields["_tooltip"], fields["_flags"],
-            tuple(value) if is_list else value, is_list, None if items is None else tuple(items))
+            tuple(value) if is_list else value, is_list, None if items is None else tuple(items),
+            fields["_raw"])
 
 
 def capture():
@@ -62,15 +63,16 @@ def capture():
             tuple(map(_knob_state, knobs)),
             tuple(fields["_viewer_active"]),
             fields["_selected_at"],
+            fields["_extra"],
         )))
     return tuple(nodes), STATE.active_viewer
 
 
 def _restore_knob(knob, state):
     fields = _vars(knob)
-    label, tooltip, flags, value, is_list, items = state
+    label, tooltip, flags, value, is_list, items, raw = state
     fields.update(_label=label, _tooltip=tooltip, _flags=flags,
-                  _value=list(value) if is_list else value)
+                  _value=list(value) if is_list else value, _raw=raw)
     if items is not None:
         fields["_items"] = list(items)
 
@@ -83,7 +85,7 @@ def restore(state):
     for node in list(_walk()):
         if id(node) not in kept:
             _graph._kill(node)
-    for node, (parent, children, inputs, knobs, saved, viewer, selected_at) in nodes:
+    for node, (parent, children, inputs, knobs, saved, viewer, selected_at, extra) in nodes:
         node._alive = True
         node._parent = parent
         if children is not None:
@@ -97,6 +99,7 @@ def restore(state):
             _restore_knob(knob, values)
         node._viewer_active = list(viewer)
         node._selected_at = selected_at
+        node._extra = extra
     STATE.active_viewer = active_viewer
 
 

@@ -235,7 +235,11 @@ def test_the_sample_pool_holds_presets_that_paste_back(demo, tmp_path):
     assert presets == ["nodes/Blur/soft.nk", "nodes/Grade/cool.nk", "nodes/Grade/warm.nk",
                        "toolsets/generators/small_bars.nk"]
     nuke.nodePaste(str(pool / "toolsets" / "generators" / "small_bars.nk"))
-    assert [n.Class() for n in nuke.selectedNodes()] == ["ColorBars", "Reformat"]
+    bars, small = nuke.selectedNodes()
+    assert (bars.Class(), small.Class(), small.input(0)) == ("ColorBars", "Reformat", bars)
+    assert small["box_width"].value() == 480
+    soft = nuke.nodePaste(str(pool / "nodes" / "Blur" / "soft.nk"))
+    assert soft["label"].value() == "soft\n[value size] px" and soft.input(0) is small
 
 
 def run_demo(tmp_path, *args, display=None):
