@@ -8,6 +8,7 @@
     hostctl.set_interactive(True)           dialogs without a queued answer become real Qt dialogs
     hostctl.clipboard()                     the text nodeCopy("%clipboard%") wrote, or None
     hostctl.set_active_viewer(node)         make this Viewer the active one (None: the newest again)
+    hostctl.set_copy_writes_nothing(True)   nodeCopy to a file still answers True but writes no file
 
 `messages` and `panels_shown` are lists that stay the same objects across resets, so a reference
 taken once keeps working.
@@ -20,7 +21,7 @@ from nuke._ui import UnexpectedDialog
 
 __all__ = ["UnexpectedDialog", "clipboard", "is_interactive", "messages", "panels_shown",
            "pending_answers", "queue_answer", "queue_panel", "reset", "set_active_viewer",
-           "set_clipboard", "set_interactive"]
+           "set_clipboard", "set_copy_writes_nothing", "set_interactive"]
 
 messages = STATE.messages
 panels_shown = STATE.panels_shown
@@ -35,6 +36,7 @@ def reset():
     del STATE.panel_answers[:]
     del STATE.answers[:]
     STATE.interactive = False
+    STATE.copy_writes_nothing = False
     STATE.undo_disabled = 0
 
 
@@ -69,6 +71,12 @@ def clipboard():
 
 def set_clipboard(text):
     STATE.clipboard = text
+
+
+def set_copy_writes_nothing(flag=True):
+    """Makes nodeCopy to a file answer True without writing it, as a host whose write went wrong
+    without a word (a full disk, a share that went away)."""
+    STATE.copy_writes_nothing = bool(flag)
 
 
 def set_active_viewer(node):

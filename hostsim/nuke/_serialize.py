@@ -51,7 +51,7 @@ def nodeCopy(s):
     text = _nk.write_copy(nodes)
     if s == CLIPBOARD:
         STATE.clipboard = text
-    else:
+    elif not STATE.copy_writes_nothing:
         _write(s, text)
     return True
 

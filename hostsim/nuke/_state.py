@@ -14,6 +14,7 @@ class _State:
         # (node, knob) of the knob commands that run now; the innermost is last.
         self.this = []
         self.clipboard = None  # text of the last nodeCopy("%clipboard%"), None when empty
+        self.copy_writes_nothing = False  # nodeCopy to a file answers True and writes nothing
         self.frame = 1
         self.serial = 0  # creation counter: tells which Viewer was made last
         self.active_viewer = None  # a Viewer node chosen through hostctl, or None
