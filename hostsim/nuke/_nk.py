@@ -209,7 +209,8 @@ def number(value):
 # Knob values as text
 # ---------------------------------------------------------------------------------------------
 
-# The ids of user knobs in `addUserKnob {ID name ...}`, and the flags they may carry.
+# The ids of user knobs in `addUserKnob {ID name ...}`, and the flags they may carry. 44 to 46 are
+# this host's own: it needs an id for each of its knob classes to read every user knob back as itself.
 KNOB_IDS = {
     1: "String_Knob", 2: "File_Knob", 3: "Int_Knob", 4: "Enumeration_Knob", 6: "Boolean_Knob",
     7: "Double_Knob", 12: "XY_Knob", 14: "WH_Knob", 17: "Format_Knob", 18: "Color_Knob",
@@ -217,7 +218,7 @@ KNOB_IDS = {
     43: "Multiline_Eval_String_Knob", 44: "EvalString_Knob", 45: "PythonKnob",
     46: "ColorChip_Knob",
 }
-KNOB_CLASS_IDS = {name: number for number, name in KNOB_IDS.items()}
+KNOB_CLASS_IDS = {name: ident for ident, name in KNOB_IDS.items()}
 FLAGS = {"INVISIBLE": K.INVISIBLE, "STARTLINE": K.STARTLINE, "ENDLINE": K.ENDLINE,
          "DISABLED": K.DISABLED, "DO_NOT_WRITE": K.DO_NOT_WRITE, "READ_ONLY": K.READ_ONLY}
 
@@ -400,6 +401,7 @@ class _Writer:
         self.hook = hook  # whether the first input from outside takes $cut_paste_input
         self.out = []
         self.variables = 0
+        self.free = False  # whether the node on top of the stack is there for anyone to take
 
     def block(self, indent, cls, body):
         self.out.append("{}{} {{".format(indent, cls))
@@ -409,10 +411,12 @@ class _Writer:
     def group(self, nodes, indent):
         """Writes `nodes`, all of one group, in their order unless an input has to come first."""
         self.inside = {id(n) for n in nodes}
-        self.ops, self.done, self.counts = [], set(), {}
+        self.ops, self.done, self.counts, self.free = [], set(), {}, False
         for node in nodes:
             if id(node) not in self.done:
                 self.emit(node)
+                # Nothing waits for it: the next node may take it from the top as its input 0.
+                self.free = True
         ops, counts = self.ops, self.counts
         names = {}
         for kind, node in ops:
@@ -431,21 +435,26 @@ class _Writer:
                 if id(node) in names:
                     self.out.append("{}set {} [stack 0]".format(indent, names[id(node)]))
 
+    def op(self, kind, node=None):
+        self.ops.append((kind, node))
+        self.free = False
+
     def emit(self, node):
+        """Writes what `node` needs on the stack, then the node, which leaves itself on top."""
         count = len(node._inputs)
         for i in reversed(range(count)):
             source = node._inputs[i]
             if source is None or id(source) not in self.inside:
-                self.ops.append(("hook" if i == 0 and self.take_hook() else "empty", None))
+                self.op("hook" if i == 0 and self.take_hook() else "empty")
             elif id(source) not in self.done:
-                self.emit(source)  # leaves it on top
-            elif not (i == 0 and self.ops and self.ops[-1] == ("node", source)):
-                self.ops.append(("push", source))
+                self.emit(source)
+            elif not (i == 0 and self.free and self.ops[-1] == ("node", source)):
+                self.op("push", source)
         if count == 0 and node.maxInputs() > 0 and self.take_hook():
             # A chain's first node without an input takes what a paste lands on.
-            self.ops.append(("hook", None))
+            self.op("hook")
             count = 1
-        self.ops.append(("node", node))
+        self.op("node", node)
         self.counts[id(node)] = count
         self.done.add(id(node))
 
@@ -457,10 +466,10 @@ class _Writer:
         self.block(indent, node._class, _node_lines(node, inputs))
         if isinstance(node, G.Group):
             # What a paste lands on is outside: nothing inside a group takes it.
-            state = self.inside, self.ops, self.done, self.counts, self.hook
+            state = self.inside, self.ops, self.done, self.counts, self.hook, self.free
             self.hook = False
             self.group(node._children, indent + " ")
-            self.inside, self.ops, self.done, self.counts, self.hook = state
+            self.inside, self.ops, self.done, self.counts, self.hook, self.free = state
             self.out.append(indent + "end_group")
 
 

@@ -106,6 +106,37 @@ def test_a_hand_written_script_pastes_and_copies_out_unchanged(name, check, tmp_
     assert saved_text(tmp_path) == first
 
 
+def merge_made_before_its_inputs():
+    merge = nuke.nodes.Merge2(name="M")
+    read = nuke.nodes.Read(name="R")
+    blur = nuke.nodes.Blur(name="B", inputs=[read])
+    merge.setInput(0, blur)
+    merge.setInput(1, read)
+
+
+def diamond_with_a_gap():
+    read = nuke.nodes.Read(name="R")
+    left = nuke.nodes.Grade(name="G", inputs=[read])
+    right = nuke.nodes.Blur(name="B", inputs=[read])
+    switch = nuke.nodes.Switch(name="S")
+    for i, source in ((0, right), (2, left), (3, read)):
+        switch.setInput(i, source)
+    nuke.nodes.Dot(name="D", inputs=[switch])
+
+
+@pytest.mark.parametrize("build", [merge_made_before_its_inputs, diamond_with_a_gap])
+def test_a_copy_keeps_every_connection_whatever_order_the_nodes_were_made_in(build, tmp_path):
+    build()
+    wiring = {n.name(): inputs(n) for n in nuke.allNodes()}
+    for node in nuke.allNodes():
+        node.setSelected(True)
+    copy = str(tmp_path / "copy.nk")
+    nuke.nodeCopy(copy)
+    nuke.scriptClear()
+    nuke.nodePaste(copy)
+    assert {n.name(): inputs(n) for n in nuke.allNodes()} == wiring
+
+
 def test_unknown_classes_and_knob_lines_are_written_back_as_read(tmp_path):
     nuke.nodePaste(script("unknown.nk"))
     out = tmp_path / "out.nk"
