@@ -487,11 +487,13 @@ def write_copy(nodes):
     return "\n".join(writer.out) + "\n"
 
 
-def write_script(root):
-    """The text of a saved script: the Root block, then every node."""
+def write_script(root, name):
+    """The text of a saved script: the Root block, named `name`, then every node."""
     writer = _Writer(hook=False)
     writer.out.append(_version())
-    writer.block("", "Root", _node_lines(root, 0))
+    lines = _node_lines(root, 0)
+    writer.block("", "Root", ["name " + quote(name) if line.startswith("name ") else line
+                              for line in lines])
     writer.group(root._children, "")
     return "\n".join(writer.out) + "\n"
 

@@ -99,8 +99,8 @@ def _ask_save_path():
     return QtWidgets.QFileDialog.getSaveFileName(None, "Save script", "", "Scripts (*.nk)")[0] or None
 
 
-def _save(path):
-    _write(path, _nk.write_script(STATE.root))
+def _save(path, name):
+    _write(path, _nk.write_script(STATE.root, name))
 
 
 def scriptSave(filename=None):
@@ -113,7 +113,7 @@ def scriptSave(filename=None):
                 return False
             raise RuntimeError("The script is untitled: give scriptSave a file name or use scriptSaveAs")
         STATE.root._rename(path, False)
-    _save(path)
+    _save(path, STATE.root._knob_value("name"))
     return True
 
 
@@ -124,7 +124,7 @@ def scriptSaveAs(filename=None, overwrite=-1):
         raise RuntimeError("scriptSaveAs needs a file name")
     if overwrite == 0 and os.path.exists(path):
         raise RuntimeError("{} already exists".format(path))
-    _save(path)
+    _save(path, path)
     STATE.root._rename(path, False)
 
 

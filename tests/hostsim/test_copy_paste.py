@@ -154,6 +154,7 @@ def test_root_name_follows_save_as_but_not_save_to_another_file(tmp_path):
     shot = str(tmp_path / "shot.nk")
     nuke.scriptSaveAs(shot)
     assert nuke.root().name() == shot and nuke.scriptName() == shot
+    assert " name {}\n".format(shot) in open(shot).read()
 
 
 def test_saved_script_opens_again_with_root_settings_and_connections(tmp_path):
