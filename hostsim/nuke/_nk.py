@@ -170,9 +170,8 @@ def commands(text):
 
 
 def split_words(text):
-    """The words of one line of text, as a list of Word."""
-    found = commands(text.replace("\n", " "))
-    return [w for _, words in found for w in words]
+    """Every word of `text`, over all its lines, as Words."""
+    return [word for _, words in commands(text) for word in words]
 
 
 _BARE = re.compile(r'^[^\s"{}\[\]$\\;#]+$')
