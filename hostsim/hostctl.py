@@ -9,19 +9,21 @@
     hostctl.clipboard()                     the text nodeCopy("%clipboard%") wrote, or None
     hostctl.set_active_viewer(node)         make this Viewer the active one (None: the newest again)
     hostctl.set_copy_writes_nothing(True)   nodeCopy to a file still answers True but writes no file
+    hostctl.script_text()                   the whole script as scriptSave would write it, to compare
 
 `messages` and `panels_shown` are lists that stay the same objects across resets, so a reference
 taken once keeps working.
 """
 
 import nuke
+from nuke import _nk
 from nuke._serialize import scriptClear
 from nuke._state import STATE
 from nuke._ui import UnexpectedDialog
 
 __all__ = ["UnexpectedDialog", "clipboard", "is_interactive", "messages", "panels_shown",
-           "pending_answers", "queue_answer", "queue_panel", "reset", "set_active_viewer",
-           "set_clipboard", "set_copy_writes_nothing", "set_interactive"]
+           "pending_answers", "queue_answer", "queue_panel", "reset", "script_text",
+           "set_active_viewer", "set_clipboard", "set_copy_writes_nothing", "set_interactive"]
 
 messages = STATE.messages
 panels_shown = STATE.panels_shown
@@ -71,6 +73,12 @@ def clipboard():
 
 def set_clipboard(text):
     STATE.clipboard = text
+
+
+def script_text():
+    """The whole script (root, nodes, names, positions, knobs, selection, connections) as the text
+    scriptSave writes, without writing a file."""
+    return _nk.write_script(STATE.root, STATE.root._knob_value("name"))
 
 
 def set_copy_writes_nothing(flag=True):

@@ -3,23 +3,12 @@
 import pytest
 
 import nuke
+from hostctl import script_text
 
 # Every test starts on an empty, untitled script with nothing queued (the shared `host` fixture).
 pytestmark = pytest.mark.usefixtures("host")
 
 CLIP = "%clipboard%"
-
-
-@pytest.fixture
-def script_text(tmp_path):
-    """The whole script as the host saves it: nodes, names, knobs, selection, connections."""
-    path = tmp_path / "state.nk"
-
-    def text():
-        nuke.scriptSave(str(path))
-        return path.read_text()
-
-    return text
 
 
 def small_graph():
@@ -104,7 +93,7 @@ def several_commands_in_a_with_block(nodes):
     create_below_selection, make_unconnected, delete_in_the_middle, paste_onto_selection, rewire,
     set_array_knob_at_one_index, rename, move, add_user_knobs, remove_a_knob, hide_a_knob,
     make_group_of_selection, work_inside_a_group, several_commands_in_a_with_block])
-def test_one_undo_restores_the_script_before_and_one_redo_the_script_after(command, script_text):
+def test_one_undo_restores_the_script_before_and_one_redo_the_script_after(command):
     nodes = small_graph()
     nuke.Undo.undoTruncate()
     before = script_text()
