@@ -30,7 +30,8 @@ def _write(path, text):
 
 def _read(path):
     try:
-        with open(path, encoding="utf-8") as f:
+        # Editors on some platforms put a byte-order mark before the first command.
+        with open(path, encoding="utf-8-sig") as f:
             return f.read()
     except OSError as error:
         raise RuntimeError("{}: {}".format(path, error.strerror or error))
