@@ -279,6 +279,15 @@ def test_offscreen_it_runs_scenarios_in_order_and_writes_a_screenshot(tmp_path):
     assert (data / "sample.nk").is_file() and (data / "snapshots" / sample.SNAPSHOT_DIR).is_dir()
 
 
+def test_a_kept_sample_it_cannot_read_is_named_and_left_as_it_is(tmp_path):
+    data = tmp_path / "data"
+    data.mkdir()
+    (data / "sample.nk").write_text('{"nodes": []}')
+    result = run_demo(tmp_path, "--offscreen", "--data", str(data))
+    assert result.returncode == 1 and str(data / "sample.nk") in result.stdout
+    assert (data / "sample.nk").read_text() == '{"nodes": []}'
+
+
 def test_headless_dialogs_are_answered_at_once_and_shown_in_the_console(tmp_path):
     scenario = tmp_path / "dialogs.py"
     scenario.write_text(
