@@ -85,6 +85,10 @@ std::pair<int, int> get_image_size(const std::string& path);
 py::object load_metadata(const std::string& src);
 void create_metaxml(const std::string& path);
 void set_flag(const py::object& browser, const std::string& src, const std::string& colour);
+/// Flags a snapshot with a colour given as its three decimal texts (red, green, blue), or takes
+/// the flag off with nothing.
+void set_flag(const py::object& browser, const std::string& src,
+              const std::optional<std::vector<std::string>>& colour);
 std::vector<std::string> get_snapshot_dirs();
 std::string get_default_snapshot_root_dir();
 
