@@ -3,7 +3,10 @@
 //
 // Like the host facade, every operation is looked up on its module when it is called, so a user, a
 // test or a newer sibling module can replace it. Windows handed to a sibling as a Qt parent go over
-// as their PySide2 objects.
+// as their PySide2 objects. Windows handed over with their own operations go as pybind11 objects,
+// through the checking converter that window_slots.h declares for every window source file.
+
+#include "frame/window_slots.h"
 
 #include <pybind11/pybind11.h>
 
