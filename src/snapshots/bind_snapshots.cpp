@@ -34,24 +34,37 @@
 
 namespace cobaltrig {
 
+/// Holds a pane that its browser owns through Qt parentage: it watches the pane like a window
+/// holder, so a call on a pane whose browser is gone raises instead of touching freed memory, and
+/// it never deletes the pane itself.
+template <class Pane> class PaneHolder : public slots::WindowHolderBase {
+public:
+    explicit PaneHolder(Pane* pane) : WindowHolderBase(pane) {}
+    Pane* get() const { return static_cast<Pane*>(window_.data()); }
+};
+
+} // namespace cobaltrig
+
+PYBIND11_DECLARE_HOLDER_TYPE(Pane, cobaltrig::PaneHolder<Pane>)
+
+namespace cobaltrig {
+
 namespace py = pybind11;
 
 namespace {
 
-// The panes belong to their browser through Qt parentage; Python only ever borrows them.
-using PreviewImageClass =
-    py::class_<SnapshotPreviewImage, std::unique_ptr<SnapshotPreviewImage, py::nodelete>>;
-using PreviewEmptyClass =
-    py::class_<SnapshotPreviewEmpty, std::unique_ptr<SnapshotPreviewEmpty, py::nodelete>>;
+using PreviewImageClass = py::class_<SnapshotPreviewImage, PaneHolder<SnapshotPreviewImage>>;
+using PreviewEmptyClass = py::class_<SnapshotPreviewEmpty, PaneHolder<SnapshotPreviewEmpty>>;
 using BrowserClass = py::class_<SnapshotBrowser, slots::WindowHolder<SnapshotBrowser>>;
 
 py::object borrowed(QObject* object) {
     if (!object)
         return py::none();
+    // Handed over "owned" so that the pane's holder is made: it is the watch, and owns nothing.
     if (auto* image = qobject_cast<SnapshotPreviewImage*>(object))
-        return py::cast(image, py::return_value_policy::reference);
+        return py::cast(image, py::return_value_policy::take_ownership);
     if (auto* empty = qobject_cast<SnapshotPreviewEmpty*>(object))
-        return py::cast(empty, py::return_value_policy::reference);
+        return py::cast(empty, py::return_value_policy::take_ownership);
     return py::cast(static_cast<SnapshotBrowser*>(object), py::return_value_policy::reference);
 }
 
@@ -65,8 +78,17 @@ py::object optionalText(const std::optional<QString>& text) {
     return text ? py::object(py::str(text->toStdString())) : py::object(py::none());
 }
 
+// What the panes offer of a window; a call on a pane whose browser is gone says so.
+template <class Pane, class Class> void def_pane_basics(Class& cls) {
+    slots::register_window_class(typeid(Pane), "snapshot browser");
+    cls.def("show", [](Pane& self) { self.show(); })
+        .def("close", [](Pane& self) { return self.close(); })
+        .def("isVisible", [](Pane& self) { return self.isVisible(); })
+        .def_property_readonly("widget", [](Pane& self) { return bridge::wrap(&self); });
+}
+
 void bind_preview_image(PreviewImageClass& cls) {
-    bridge::def_window_basics<SnapshotPreviewImage>(cls);
+    def_pane_basics<SnapshotPreviewImage>(cls);
     cls.def(
            "set_image",
            [](SnapshotPreviewImage& p, py::object src, bool update_xml, py::args) {
@@ -122,14 +144,14 @@ void bind_preview_image(PreviewImageClass& cls) {
 }
 
 void bind_preview_empty(PreviewEmptyClass& cls) {
-    bridge::def_window_basics<SnapshotPreviewEmpty>(cls);
+    def_pane_basics<SnapshotPreviewEmpty>(cls);
     cls.def_property_readonly("snapshotbrowser",
                               [](SnapshotPreviewEmpty& p) { return borrowed(p.snapshotbrowser); });
 }
 
 void bind_browser(BrowserClass& cls) {
     cls.def(py::init<>());
-    bridge::def_window_basics<SnapshotBrowser>(cls);
+    bridge::def_window_basics<SnapshotBrowser>(cls, "snapshot browser");
     cls.def_property_readonly("settings", [](SnapshotBrowser& b) { return b.settings.mapping; })
         .def_property_readonly("icons", [](SnapshotBrowser& b) { return b.icons; })
         .def_property_readonly("fade_method",

@@ -205,3 +205,24 @@ def test_the_parts_not_wired_yet_do_nothing_harmful(rig, snap_dir, capsys, qtbot
     qtbot.keyClick(browser.widget, QtCore.Qt.Key_Escape)
     assert capsys.readouterr().err == ""
     assert browser.isVisible()
+
+
+def test_a_browser_deleted_elsewhere_is_refused_and_replaced(rig, snap_dir, comp, messages):
+    old = rig.show_snapshot_browser()
+    old_preview = old.preview_image
+    old.widget.deleteLater()
+    QtCore.QCoreApplication.sendPostedEvents(None, QtCore.QEvent.DeferredDelete)
+
+    for call in (old.populate_table_thumbs, old.show_help_menu, old_preview.zoom_in,
+                 lambda: old_preview.set_image(None)):
+        with pytest.raises(RuntimeError, match="the snapshot browser window was closed"):
+            call()
+    # A snapshot meanwhile finds no browser to refresh, and still writes its files.
+    rig.snapshot()
+    assert len([f for f in snapshots_in(snap_dir) if f.endswith(".jpg")]) == 1
+
+    new = rig.show_snapshot_browser()
+    assert new is not old and new.isVisible()
+    new.populate_table_thumbs()
+    assert len(new.row_sources()) == 1
+    assert messages == []

@@ -7,6 +7,7 @@ Runs in the host's script namespace: `nuke`, and `demo`, the demo host's window.
 """
 
 import os
+import time
 
 from cobaltRig import cobaltRig_w, helper
 
@@ -19,6 +20,9 @@ grade = nuke.toNode("Grade1")
 grade["white"].setValue([0.7, 0.9, 1.3, 1.0])  # cool
 demo.sync()
 browser.push_snapshot.click()
+# A snapshot's name is the second it was taken in: wait for the next one, or the second snapshot
+# would replace the first.
+time.sleep(1.02 - time.time() % 1)
 grade["white"].setValue([1.4, 1.0, 0.6, 1.0])  # warm
 demo.sync()
 browser.push_snapshot.click()
