@@ -37,8 +37,9 @@
 
 #include <stdexcept>
 
+// The support address is a build setting (CMake's COBALTRIG_SUPPORT_URL), kept in one place there.
 #ifndef COBALTRIG_SUPPORT_URL
-#define COBALTRIG_SUPPORT_URL "https://cobaltrig.example.org/"
+#error "COBALTRIG_SUPPORT_URL is defined by the build"
 #endif
 
 namespace cobaltrig {
