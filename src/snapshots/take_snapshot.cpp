@@ -235,7 +235,7 @@ void snapshot() {
         host::scriptSave(snapshot_full_nk);
     } else if (save_mode == "upstream nodes") {
         for (py::handle node : siblings::get_connected_nodes(source.object()))
-            node.attr("setSelected")(true);
+            host::Node(py::reinterpret_borrow<py::object>(node)).setSelected(true);
         host::nodeCopy(snapshot_full_nk);
     } else if (save_mode == "node selection") {
         host::clear_selection_recursive();
