@@ -253,11 +253,41 @@ class DemoHost(QtWidgets.QMainWindow):
             nuke.execute(write, nuke.frame(), nuke.frame())
             print("{}: wrote {}".format(write.name(), write["file"].value()))
 
+    def menu_command(self, *path):
+        """Chooses an entry of the menu bar by its texts, as the user would."""
+        actions = self.menuBar().actions()
+        for i, text in enumerate(path):
+            action = next((a for a in actions if a.text().replace("&", "") == text), None)
+            if action is None:
+                raise LookupError("no menu entry {}".format(" > ".join(path[:i + 1])))
+            if i == len(path) - 1:
+                action.trigger()
+            else:
+                actions = action.menu().actions()
+        self.sync()
+
+    def place_over(self, window):
+        """Puts another top-level window in the middle of this one (on a screen smaller than the
+        host, centring on the screen would leave it off the host's picture)."""
+        frame = window.frameGeometry()
+        frame.moveCenter(self.frameGeometry().center())
+        window.move(frame.topLeft())
+
     def screenshot(self, path):
-        """Writes a PNG of the whole window."""
+        """Writes a PNG of the whole window, with the tool windows open over it drawn where they
+        stand, as a person at the screen would see them."""
         self.sync()
         QtWidgets.QApplication.processEvents()
-        if not self.grab().save(path, "PNG"):
+        image = self.grab()
+        painter = QtGui.QPainter(image)
+        for widget in QtWidgets.QApplication.topLevelWidgets():
+            if (widget is self or not widget.isVisible() or isinstance(widget, QtWidgets.QMenu)
+                    or widget.windowType() == QtCore.Qt.ToolTip):
+                continue
+            painter.drawPixmap(widget.frameGeometry().topLeft() - self.frameGeometry().topLeft(),
+                               widget.grab())
+        painter.end()
+        if not image.save(path, "PNG"):
             raise RuntimeError("cannot write the screenshot {}".format(path))
         return path
 

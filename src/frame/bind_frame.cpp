@@ -22,14 +22,13 @@ void bind_testing(py::module_& m) {
 
     py::class_<BridgeProbe, slots::WindowHolder<BridgeProbe>> probe(testing, "BridgeProbe");
     probe.def(py::init<>()).def("set_reaction", &BridgeProbe::set_reaction);
-    bridge::def_window_basics<BridgeProbe>(probe);
+    bridge::def_window_basics<BridgeProbe>(probe, "probe");
     bridge::def_widget(probe, "input_text", &BridgeProbe::input_text);
     bridge::def_widget(probe, "push_apply", &BridgeProbe::push_apply);
     bridge::def_widget(probe, "label_result", &BridgeProbe::label_result);
 
     testing.def(
-        "unwrap_roundtrip",
-        [](py::object widget) { return bridge::wrap(bridge::unwrap(widget)); },
+        "unwrap_roundtrip", [](py::object widget) { return bridge::wrap(bridge::unwrap(widget)); },
         "The PySide2 object that the C++ side finds behind `widget`.");
     testing.def(
         "run_guarded",
@@ -43,7 +42,8 @@ void bind_testing(py::module_& m) {
         },
         "Runs `reaction` the way a signal reaction runs; failures go to stderr.");
     testing.def("throw_in_guard", [] {
-        guarded("_testing.throw_in_guard", [] { throw std::runtime_error("C++ failure in a slot"); });
+        guarded("_testing.throw_in_guard",
+                [] { throw std::runtime_error("C++ failure in a slot"); });
     });
 }
 
@@ -53,7 +53,8 @@ void bind_frame(py::module_& m) {
     m.def(
         "show_settings",
         [](py::args) {
-            return slots::open_window("settingswindow", [] { return siblings::make_settings_window(); });
+            return slots::open_window("settingswindow",
+                                      [] { return siblings::make_settings_window(); });
         },
         "Opens the settings window, replacing one that is open.");
     bind_testing(m);

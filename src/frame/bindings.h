@@ -9,5 +9,6 @@ void bind_frame(pybind11::module_& m);
 void bind_looks(pybind11::module_& m);
 void bind_resolution(pybind11::module_& m);
 void bind_pools(pybind11::module_& m);
+void bind_snapshots(pybind11::module_& m);
 
 } // namespace cobaltrig

@@ -202,7 +202,36 @@ std::optional<int> activeViewerInput() {
     return input.cast<int>();
 }
 
+std::optional<int> ViewerWindow::activeInput() const {
+    py::object input = obj_.attr("activeInput")();
+    if (input.is_none())
+        return std::nullopt;
+    return input.cast<int>();
+}
+
+std::optional<Node> ViewerWindow::node() const { return toOptionalNode(obj_.attr("node")()); }
+
+std::optional<ViewerWindow> activeViewer() {
+    py::object viewer = nuke().attr("activeViewer")();
+    if (viewer.is_none())
+        return std::nullopt;
+    return ViewerWindow(viewer);
+}
+
 void message(const std::string& text) { nuke().attr("message")(text); }
+
+UndoGroup::UndoGroup(const std::string& name) { nuke().attr("Undo").attr("begin")(name); }
+
+UndoGroup::~UndoGroup() {
+    // As GroupContext: keep a failure that is on its way out intact, and never throw from here.
+    py::error_scope keep_error;
+    try {
+        nuke().attr("Undo").attr("end")();
+    } catch (py::error_already_set& e) {
+        e.discard_as_unraisable("closing an undo group");
+    } catch (...) {
+    }
+}
 
 Panel::Panel(const std::string& title) : obj_(nuke().attr("Panel")(title)) {}
 

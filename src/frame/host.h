@@ -171,8 +171,36 @@ std::optional<Node> activeViewerNode();
 /// The active input of the active viewer, or nothing.
 std::optional<int> activeViewerInput();
 
+/// A viewer window of the host (`nuke.activeViewer()`), not its node.
+class ViewerWindow {
+public:
+    explicit ViewerWindow(py::object obj) : obj_(std::move(obj)) {}
+    /// The index of the input on show, or nothing; 0 is an input like any other.
+    std::optional<int> activeInput() const;
+    /// The viewer node, or nothing.
+    std::optional<Node> node() const;
+
+private:
+    py::object obj_;
+};
+
+/// The active viewer window, or nothing when the host has none.
+std::optional<ViewerWindow> activeViewer();
+
 // --- dialogs ---
 void message(const std::string& text);
+
+// --- undo ---
+/// Gathers everything done during its life into one step of the host's undo (`nuke.Undo.begin`
+/// and `end`). The group is closed on every path out, failures included, so that one undo takes
+/// back whatever a failed operation had already done.
+class UndoGroup {
+public:
+    explicit UndoGroup(const std::string& name);
+    ~UndoGroup();
+    UndoGroup(const UndoGroup&) = delete;
+    UndoGroup& operator=(const UndoGroup&) = delete;
+};
 
 /// A host panel (`nuke.Panel`), modal while shown.
 class Panel {

@@ -37,11 +37,12 @@ PYBIND11_MODULE(cobaltRig_w, m) {
     // Then the sibling modules of the package.
     cobaltrig::siblings::import_modules(packageOf(m));
 
-    // Then the constant, the classes and the module-level operations.
-    m.attr("TOOL_TUTORIAL") = "https://cobaltrig.example.org/docs/";
+    // Then the classes, the module-level operations and the constant `TOOL_TUTORIAL`, the address
+    // of the user guide, which the snapshots set beside their help menu.
     cobaltrig::slots::set_module(m);
     cobaltrig::bind_frame(m);
     cobaltrig::bind_looks(m);
     cobaltrig::bind_resolution(m);
     cobaltrig::bind_pools(m);
+    cobaltrig::bind_snapshots(m);
 }

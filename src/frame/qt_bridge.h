@@ -1,11 +1,17 @@
 #pragma once
 // Hands Qt objects made in C++ to Python as real PySide2 objects, and back.
 //
-// A window's child widgets are reached from Python (the host, the sibling modules, tests) exactly as
-// if the window had been written with PySide2: `window.combo_pool.setCurrentIndex(3)` works. The
+// A window's child widgets are reached from Python (the host, the sibling modules, tests) exactly
+// as if the window had been written with PySide2: `window.combo_pool.setCurrentIndex(3)` works. The
 // wrappers never own the C++ object; Qt parentage and the window slots do.
 
+#include "frame/window_slots.h"
+
 #include <pybind11/pybind11.h>
+
+#include <string>
+#include <type_traits>
+#include <typeinfo>
 
 class QObject;
 class QWidget;
@@ -35,9 +41,13 @@ void def_widget(Class& cls, const char* name, Member* Window::*member) {
 }
 
 /// Binds what every window offers Python: show, raise_, close, isVisible, move and `widget`, the
-/// window's own PySide2 object (for Qt parents, qtbot and the sibling modules).
-template <class Window, class Class>
-void def_window_basics(Class& cls) {
+/// window's own PySide2 object (for Qt parents, qtbot and the sibling modules). `what` names the
+/// window in the error a call on it raises once its Qt object is gone ("the import window was
+/// closed"); every member bound on the class, here or elsewhere, gets that check.
+template <class Window, class Class> void def_window_basics(Class& cls, std::string what) {
+    static_assert(std::is_same_v<typename Class::holder_type, slots::WindowHolder<Window>>,
+                  "windows are held by slots::WindowHolder, which watches their Qt object");
+    slots::register_window_class(typeid(Window), std::move(what));
     cls.def("show", [](Window& self) { self.show(); })
         .def("raise_", [](Window& self) { self.raise(); })
         .def("close", [](Window& self) { return self.close(); })

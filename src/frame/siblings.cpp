@@ -170,6 +170,18 @@ void set_flag(const py::object& browser, const std::string& src, const std::stri
     helper().attr("set_flag")(browser, src, colour);
 }
 
+void set_flag(const py::object& browser, const std::string& src,
+              const std::optional<std::vector<std::string>>& colour) {
+    py::object value = py::none();
+    if (colour) {
+        py::list parts;
+        for (const std::string& part : *colour)
+            parts.append(part);
+        value = parts;
+    }
+    helper().attr("set_flag")(browser, src, value);
+}
+
 std::vector<std::string> get_snapshot_dirs() {
     std::vector<std::string> dirs;
     for (auto item : callHelper("get_snapshot_dirs"))

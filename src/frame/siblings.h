@@ -3,7 +3,10 @@
 //
 // Like the host facade, every operation is looked up on its module when it is called, so a user, a
 // test or a newer sibling module can replace it. Windows handed to a sibling as a Qt parent go over
-// as their PySide2 objects.
+// as their PySide2 objects. Windows handed over with their own operations go as pybind11 objects,
+// through the checking converter that window_slots.h declares for every window source file.
+
+#include "frame/window_slots.h"
 
 #include <pybind11/pybind11.h>
 
@@ -85,6 +88,10 @@ std::pair<int, int> get_image_size(const std::string& path);
 py::object load_metadata(const std::string& src);
 void create_metaxml(const std::string& path);
 void set_flag(const py::object& browser, const std::string& src, const std::string& colour);
+/// Flags a snapshot with a colour given as its three decimal texts (red, green, blue), or takes
+/// the flag off with nothing.
+void set_flag(const py::object& browser, const std::string& src,
+              const std::optional<std::vector<std::string>>& colour);
 std::vector<std::string> get_snapshot_dirs();
 std::string get_default_snapshot_root_dir();
 

@@ -86,7 +86,7 @@ void bind_slider(py::module_& m) {
              })
         .def_property_readonly("settings", &LooksSlider::settings)
         .def_readonly("auto_release", &LooksSlider::auto_release);
-    bridge::def_window_basics<LooksSlider>(cls);
+    bridge::def_window_basics<LooksSlider>(cls, "look slider");
     bridge::def_widget(cls, "input_look", &LooksSlider::input_look);
     bridge::def_widget(cls, "slider", &LooksSlider::slider);
     bridge::def_widget(cls, "layout_slider", &LooksSlider::layout_slider);

@@ -34,8 +34,8 @@ QString qs(const std::string& text) {
 
 // What both pool windows offer Python: the window basics, the pool window's members and the
 // widgets they share.
-template <class Window, class Class> void def_pool_window(Class& cls) {
-    bridge::def_window_basics<Window>(cls);
+template <class Window, class Class> void def_pool_window(Class& cls, const char* what) {
+    bridge::def_window_basics<Window>(cls, what);
     cls.def_property_readonly("settings", [](Window& w) { return w.settings.mapping; })
         .def_property_readonly("icons", [](Window& w) { return w.icons; })
         .def_property_readonly("dirlist",
@@ -55,7 +55,7 @@ void bind_export_window(py::module_& m) {
     py::class_<ExportWindow, slots::WindowHolder<ExportWindow>> cls(
         m, "ExportWindow", "The window that writes a node or a toolset as a preset into a pool.");
     cls.def(py::init<py::object>(), py::arg("node"));
-    def_pool_window<ExportWindow>(cls);
+    def_pool_window<ExportWindow>(cls, "export");
     cls.def_property_readonly("node", [](ExportWindow& w) { return w.node; })
         .def_property_readonly("mode", [](ExportWindow& w) { return w.mode.toStdString(); })
         .def("get_nodeclass_name",
@@ -84,7 +84,7 @@ void bind_import_window(py::module_& m) {
         m, "ImportWindow",
         "The window that browses a pool and inserts, renames and deletes presets.");
     cls.def(py::init<>());
-    def_pool_window<ImportWindow>(cls);
+    def_pool_window<ImportWindow>(cls, "import");
     cls.def_property_readonly("advanced_settings",
                               [](ImportWindow& w) { return w.advanced_settings; })
         .def(

@@ -34,7 +34,7 @@ void bind_resolution(py::module_& m) {
             },
             py::arg("sender"), "Brings field, slider and viewer in line after `sender` changed.")
         .def_readonly("resolutions", &RezSlider::resolutions);
-    bridge::def_window_basics<RezSlider>(cls);
+    bridge::def_window_basics<RezSlider>(cls, "resolution slider");
     bridge::def_widget(cls, "input_rez", &RezSlider::input_rez);
     bridge::def_widget(cls, "slider", &RezSlider::slider);
     bridge::def_widget(cls, "layout_slider", &RezSlider::layout_slider);

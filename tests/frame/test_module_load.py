@@ -23,7 +23,7 @@ def test_import_defines_names_and_leaves_the_host_alone(settings_home, run_pytho
         assert os.listdir(os.environ['COBALTRIG_HOME']) == [], 'settings were read at import'
         slots = %r
         assert [s for s in slots if hasattr(m, s)] == [], 'a window slot is set at import'
-        assert m.TOOL_TUTORIAL.startswith('http')
+        assert m.TOOL_TUTORIAL.startswith('file:') and m.TOOL_TUTORIAL.endswith('/docs/user_guide.html')
         print('clean import')
     """ % (SLOTS,)))
     assert result.returncode == 0, result.stderr

@@ -1,0 +1,283 @@
+// The snapshots' Python names: the browser and its preview panes, `snapshot` and
+// `show_snapshot_browser`, and the address of the user guide.
+
+#include "frame/bindings.h"
+#include "frame/qt_bridge.h"
+#include "frame/siblings.h"
+#include "frame/window_slots.h"
+#include "snapshots/snapshot_browser.h"
+#include "snapshots/snapshot_preview.h"
+#include "snapshots/take_snapshot.h"
+
+#include <pybind11/stl.h>
+
+#include <QAction>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QPushButton>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QSlider>
+#include <QSplitter>
+#include <QTableWidget>
+#include <QTimer>
+#include <QToolButton>
+#include <QUrl>
+#include <QVBoxLayout>
+
+#include <stdexcept>
+
+namespace cobaltrig {
+
+/// Holds a pane that its browser owns through Qt parentage: it watches the pane like a window
+/// holder, so a call on a pane whose browser is gone raises instead of touching freed memory, and
+/// it never deletes the pane itself.
+template <class Pane> class PaneHolder : public slots::WindowHolderBase {
+public:
+    explicit PaneHolder(Pane* pane) : WindowHolderBase(pane) {}
+    Pane* get() const { return static_cast<Pane*>(window_.data()); }
+};
+
+} // namespace cobaltrig
+
+PYBIND11_DECLARE_HOLDER_TYPE(Pane, cobaltrig::PaneHolder<Pane>)
+
+namespace cobaltrig {
+
+namespace py = pybind11;
+
+namespace {
+
+using PreviewImageClass = py::class_<SnapshotPreviewImage, PaneHolder<SnapshotPreviewImage>>;
+using PreviewEmptyClass = py::class_<SnapshotPreviewEmpty, PaneHolder<SnapshotPreviewEmpty>>;
+using BrowserClass = py::class_<SnapshotBrowser, slots::WindowHolder<SnapshotBrowser>>;
+
+py::object borrowed(QObject* object) {
+    if (!object)
+        return py::none();
+    // Handed over "owned" so that the pane's holder is made: it is the watch, and owns nothing.
+    if (auto* image = qobject_cast<SnapshotPreviewImage*>(object))
+        return py::cast(image, py::return_value_policy::take_ownership);
+    if (auto* empty = qobject_cast<SnapshotPreviewEmpty*>(object))
+        return py::cast(empty, py::return_value_policy::take_ownership);
+    return py::cast(static_cast<SnapshotBrowser*>(object), py::return_value_policy::reference);
+}
+
+std::optional<QString> optionalPath(const py::object& src) {
+    if (src.is_none())
+        return std::nullopt;
+    return QString::fromStdString(py::str(src).cast<std::string>());
+}
+
+py::object optionalText(const std::optional<QString>& text) {
+    return text ? py::object(py::str(text->toStdString())) : py::object(py::none());
+}
+
+// What the panes offer of a window; a call on a pane whose browser is gone says so.
+template <class Pane, class Class> void def_pane_basics(Class& cls) {
+    slots::register_window_class(typeid(Pane), "snapshot browser");
+    cls.def("show", [](Pane& self) { self.show(); })
+        .def("close", [](Pane& self) { return self.close(); })
+        .def("isVisible", [](Pane& self) { return self.isVisible(); })
+        .def_property_readonly("widget", [](Pane& self) { return bridge::wrap(&self); });
+}
+
+void bind_preview_image(PreviewImageClass& cls) {
+    def_pane_basics<SnapshotPreviewImage>(cls);
+    cls.def(
+           "set_image",
+           [](SnapshotPreviewImage& p, py::object src, bool update_xml, py::args) {
+               p.set_image(optionalPath(src), update_xml);
+           },
+           py::arg("src") = py::none(), py::arg("update_xml") = true)
+        .def("clear_image", [](SnapshotPreviewImage& p, py::args) { p.clear_image(); })
+        .def("zoom_in", [](SnapshotPreviewImage& p, py::args) { p.zoom_in(); })
+        .def("zoom_out", [](SnapshotPreviewImage& p, py::args) { p.zoom_out(); })
+        .def(
+            "scaleImage",
+            [](SnapshotPreviewImage& p, double factor, py::args) { p.scaleImage(factor); },
+            py::arg("factor"))
+        .def(
+            "adjust_scrollbar",
+            [](SnapshotPreviewImage&, py::object scrollbar, double factor, py::args) {
+                auto* bar = qobject_cast<QScrollBar*>(bridge::unwrap(scrollbar));
+                if (!bar)
+                    throw py::type_error("adjust_scrollbar takes a QScrollBar");
+                SnapshotPreviewImage::adjust_scrollbar(bar, factor);
+            },
+            py::arg("scrollbar"), py::arg("factor"))
+        .def("normal_size", [](SnapshotPreviewImage& p, py::args) { p.normal_size(); })
+        .def("show_right_click_menu",
+             [](SnapshotPreviewImage& p, py::args) { p.show_right_click_menu(); })
+        .def("insert_preview", [](SnapshotPreviewImage& p, py::args) { p.insert_preview(); })
+        .def("ask_insert_snapshot",
+             [](SnapshotPreviewImage& p, py::args) { p.ask_insert_snapshot(); })
+        .def_property_readonly("snapshotbrowser",
+                               [](SnapshotPreviewImage& p) { return borrowed(p.snapshotbrowser); })
+        .def_property_readonly("image",
+                               [](SnapshotPreviewImage& p) { return p.image.toStdString(); })
+        .def_property_readonly("icons", [](SnapshotPreviewImage& p) { return p.icons; })
+        .def_property_readonly("alt_hold", [](SnapshotPreviewImage& p) { return p.alt_hold; })
+        .def_property_readonly("scaleFactor",
+                               [](SnapshotPreviewImage& p) { return p.scaleFactor; });
+    bridge::def_widget(cls, "image_label", &SnapshotPreviewImage::image_label);
+    bridge::def_widget(cls, "scroll_area", &SnapshotPreviewImage::scroll_area);
+    bridge::def_widget(cls, "layout_main", &SnapshotPreviewImage::layout_main);
+    bridge::def_widget(cls, "menu_main", &SnapshotPreviewImage::menu_main);
+    bridge::def_widget(cls, "menu_view", &SnapshotPreviewImage::menu_view);
+    bridge::def_widget(cls, "menu_flags", &SnapshotPreviewImage::menu_flags);
+    bridge::def_widget(cls, "action_zoom_in", &SnapshotPreviewImage::action_zoom_in);
+    bridge::def_widget(cls, "action_zoom_out", &SnapshotPreviewImage::action_zoom_out);
+    bridge::def_widget(cls, "action_fit", &SnapshotPreviewImage::action_fit);
+    bridge::def_widget(cls, "action_insert_snapshot",
+                       &SnapshotPreviewImage::action_insert_snapshot);
+    bridge::def_widget(cls, "action_insert_preview", &SnapshotPreviewImage::action_insert_preview);
+    bridge::def_widget(cls, "action_unflag", &SnapshotPreviewImage::action_unflag);
+    bridge::def_widget(cls, "action_comment", &SnapshotPreviewImage::action_comment);
+    bridge::def_widget(cls, "sep", &SnapshotPreviewImage::sep);
+    bridge::def_widget(cls, "action_clear", &SnapshotPreviewImage::action_clear);
+}
+
+void bind_preview_empty(PreviewEmptyClass& cls) {
+    def_pane_basics<SnapshotPreviewEmpty>(cls);
+    cls.def_property_readonly("snapshotbrowser",
+                              [](SnapshotPreviewEmpty& p) { return borrowed(p.snapshotbrowser); });
+}
+
+void bind_browser(BrowserClass& cls) {
+    cls.def(py::init<>());
+    bridge::def_window_basics<SnapshotBrowser>(cls, "snapshot browser");
+    cls.def_property_readonly("settings", [](SnapshotBrowser& b) { return b.settings.mapping; })
+        .def_property_readonly("icons", [](SnapshotBrowser& b) { return b.icons; })
+        .def_property_readonly("fade_method",
+                               [](SnapshotBrowser& b) { return b.fade_method.toStdString(); })
+        .def_property_readonly("fade_time", [](SnapshotBrowser& b) { return b.fade_time; })
+        .def_property_readonly("show_settings", [](SnapshotBrowser& b) { return b.show_settings; })
+        .def_property_readonly("hover_thumbnails",
+                               [](SnapshotBrowser& b) { return b.hover_thumbnails; })
+        .def_property_readonly("hover_preview", [](SnapshotBrowser& b) { return b.hover_preview; })
+        .def_property_readonly("current_thumb_src",
+                               [](SnapshotBrowser& b) { return b.current_thumb_src.toStdString(); })
+        .def_property_readonly(
+            "snapshotbrowser_root",
+            [](SnapshotBrowser& b) { return b.snapshotbrowser_root.toStdString(); })
+        .def_property_readonly(
+            "current_snapshot_dir",
+            [](SnapshotBrowser& b) { return optionalText(b.current_snapshot_dir); })
+        .def_property_readonly(
+            "cur_snapshot_preview",
+            [](SnapshotBrowser& b) { return optionalText(b.cur_snapshot_preview); })
+        .def_property_readonly("window_resized",
+                               [](SnapshotBrowser& b) { return b.window_resized; })
+        .def_property_readonly("timer_fade",
+                               [](SnapshotBrowser& b) { return bridge::wrap(b.timer_fade); })
+        .def_property_readonly("preview_image",
+                               [](SnapshotBrowser& b) { return borrowed(b.preview_image); })
+        .def_property_readonly("preview_empty",
+                               [](SnapshotBrowser& b) { return borrowed(b.preview_empty); })
+        .def("populate_table_thumbs",
+             [](SnapshotBrowser& b, py::args) { b.populate_table_thumbs(); })
+        .def("row_sources",
+             [](SnapshotBrowser& b) {
+                 std::vector<std::string> sources;
+                 for (const QString& source : b.row_sources())
+                     sources.push_back(source.toStdString());
+                 return sources;
+             })
+        .def(
+            "resize_look_browser",
+            [](SnapshotBrowser& b, const std::string& mode, py::args) {
+                b.resize_look_browser(QString::fromStdString(mode));
+            },
+            py::arg("mode"))
+        .def("show_help_menu", [](SnapshotBrowser& b, py::args) { b.show_help_menu(); })
+        .def("browse_online_docs", [](SnapshotBrowser& b, py::args) { b.browse_online_docs(); })
+        .def("show_changelog", [](SnapshotBrowser& b, py::args) { b.show_changelog(); })
+        .def("browse_support", [](SnapshotBrowser& b, py::args) { b.browse_support(); })
+        .def("show_about", [](SnapshotBrowser& b, py::args) { b.show_about(); });
+
+#define COBALTRIG_WIDGET(name) bridge::def_widget(cls, #name, &SnapshotBrowser::name)
+    COBALTRIG_WIDGET(splitter);
+    COBALTRIG_WIDGET(combo_snapshot_dir);
+    COBALTRIG_WIDGET(table_thumbs);
+    COBALTRIG_WIDGET(slider_versions);
+    COBALTRIG_WIDGET(push_snapshot);
+    COBALTRIG_WIDGET(push_settings);
+    COBALTRIG_WIDGET(push_help);
+    COBALTRIG_WIDGET(push_custom_size);
+    COBALTRIG_WIDGET(push_maximize);
+    COBALTRIG_WIDGET(push_close);
+    COBALTRIG_WIDGET(label_snapshot_selection);
+    COBALTRIG_WIDGET(combo_snapshot_selection);
+    COBALTRIG_WIDGET(label_snapshot_render_width);
+    COBALTRIG_WIDGET(input_snapshot_render_width);
+    COBALTRIG_WIDGET(label_custom_width);
+    COBALTRIG_WIDGET(input_custom_width);
+    COBALTRIG_WIDGET(label_custom_height);
+    COBALTRIG_WIDGET(input_custom_height);
+    COBALTRIG_WIDGET(label_snapshotbrowser_root);
+    COBALTRIG_WIDGET(input_snapshotbrowser_root);
+    COBALTRIG_WIDGET(push_browser_snapshot_root);
+    COBALTRIG_WIDGET(push_reveal_snapshot_root);
+    COBALTRIG_WIDGET(check_thumbnail_scrollbar);
+    COBALTRIG_WIDGET(label_thumbnail_scrollbar);
+    COBALTRIG_WIDGET(push_save_settings);
+    COBALTRIG_WIDGET(layout_main);
+    COBALTRIG_WIDGET(layout_top);
+    COBALTRIG_WIDGET(group_thumbs);
+    COBALTRIG_WIDGET(layout_preview_list);
+    COBALTRIG_WIDGET(group_preview_image);
+    COBALTRIG_WIDGET(layout_preview_image);
+    COBALTRIG_WIDGET(group_settings);
+    COBALTRIG_WIDGET(layout_settings_main);
+    COBALTRIG_WIDGET(menu_help);
+    COBALTRIG_WIDGET(action_browse_online_docs);
+    COBALTRIG_WIDGET(action_show_changelog);
+    COBALTRIG_WIDGET(action_support);
+    COBALTRIG_WIDGET(action_about);
+#undef COBALTRIG_WIDGET
+}
+
+py::object show_snapshot_browser() {
+    return slots::open_window(
+        "snapshotbrowser", [] { return slots::module().attr("SnapshotBrowser")(); },
+        [](py::object& window) {
+            siblings::center_window(bridge::unwrapWidget(window.attr("widget")));
+            try {
+                window.attr("preview_image").attr("normal_size")();
+            } catch (...) {
+                // A browser that stopped building after its message has no preview to fit.
+            }
+        });
+}
+
+} // namespace
+
+void bind_snapshots(py::module_& m) {
+    // Declared up front so that every signature names these types, whatever the order below.
+    PreviewImageClass preview_image(m, "SnapshotPreviewImage",
+                                    "The browser's pane that shows one snapshot large.");
+    PreviewEmptyClass preview_empty(m, "SnapshotPreviewEmpty",
+                                    "The logo that stands in for the preview while there is none.");
+    BrowserClass browser(m, "SnapshotBrowser", "The frameless window that browses snapshots.");
+    bind_preview_image(preview_image);
+    bind_preview_empty(preview_empty);
+    bind_browser(browser);
+
+    m.attr("TOOL_TUTORIAL") = help::documentation_url().toString().toStdString();
+
+    m.def(
+        "snapshot", [](py::args) { snapshots::snapshot(); },
+        "Renders what the active viewer shows into the current snapshot directory, with the node "
+        "graph beside it.");
+    m.def(
+        "show_snapshot_browser", [](py::args) { return show_snapshot_browser(); },
+        "Opens the snapshot browser, replacing one that is open.");
+}
+
+} // namespace cobaltrig

@@ -1,0 +1,159 @@
+#pragma once
+// The snapshot browser: a frameless, always-on-top window with the snapshots of the current
+// directory on the left, one snapshot large in the middle, and a settings panel that takes the
+// place of both on demand. The module's slot `snapshotbrowser` holds the one current browser.
+//
+// One class shared by several concerns; its definitions are split over source files by concern
+// (construction and help here in snapshot_browser.cpp, the table, the settings panel).
+
+#include "frame/siblings.h"
+
+#include <QPoint>
+#include <QString>
+#include <QWidget>
+
+#include <map>
+#include <optional>
+#include <string>
+
+class QAction;
+class QCheckBox;
+class QComboBox;
+class QGroupBox;
+class QHBoxLayout;
+class QLabel;
+class QLineEdit;
+class QMenu;
+class QPushButton;
+class QSlider;
+class QSplitter;
+class QTableWidget;
+class QTimer;
+class QToolButton;
+class QVBoxLayout;
+class QUrl;
+
+namespace cobaltrig {
+
+class SnapshotPreviewImage;
+class SnapshotPreviewEmpty;
+
+class SnapshotBrowser : public QWidget {
+    Q_OBJECT
+public:
+    SnapshotBrowser();
+    ~SnapshotBrowser() override;
+
+    /// False when construction stopped after a message (the root or the current directory could
+    /// not be made): the window then has no widgets.
+    bool built() const { return preview_image != nullptr; }
+
+    // Help menu.
+    void show_help_menu();
+    void browse_online_docs();
+    void show_changelog();
+    void browse_support();
+    void show_about();
+
+    // Table.
+    /// Rebuilds the table from the current snapshot directory, newest first.
+    void populate_table_thumbs();
+    /// The image paths of the table's rows, top to bottom.
+    QStringList row_sources() const;
+
+    // Size modes.
+    /// Stores the size for "custom" or "maximized" and reopens the browser at it; the empty mode
+    /// closes the window.
+    void resize_look_browser(const QString& mode);
+
+    siblings::Settings settings;
+    std::map<std::string, std::string> icons;
+    QTimer* timer_fade = nullptr;
+    QString fade_method = QStringLiteral("in");
+    int fade_time = 25;
+    bool show_settings = false;
+    bool hover_thumbnails = false;
+    bool hover_preview = false;
+    QString current_thumb_src;
+    QString snapshotbrowser_root;
+    std::optional<QString> current_snapshot_dir;
+    std::optional<QString> cur_snapshot_preview;
+    int window_resized = 0;
+    QPoint xy;
+
+    // Main view.
+    QSplitter* splitter = nullptr;
+    QComboBox* combo_snapshot_dir = nullptr;
+    QTableWidget* table_thumbs = nullptr;
+    QSlider* slider_versions = nullptr;
+    SnapshotPreviewImage* preview_image = nullptr;
+    SnapshotPreviewEmpty* preview_empty = nullptr;
+    QToolButton* push_snapshot = nullptr;
+    QToolButton* push_settings = nullptr;
+    QToolButton* push_help = nullptr;
+    QToolButton* push_custom_size = nullptr;
+    QToolButton* push_maximize = nullptr;
+    QToolButton* push_close = nullptr;
+
+    // Settings panel.
+    QLabel* label_snapshot_selection = nullptr;
+    QComboBox* combo_snapshot_selection = nullptr;
+    QLabel* label_snapshot_render_width = nullptr;
+    QLineEdit* input_snapshot_render_width = nullptr;
+    QLabel* label_custom_width = nullptr;
+    QLineEdit* input_custom_width = nullptr;
+    QLabel* label_custom_height = nullptr;
+    QLineEdit* input_custom_height = nullptr;
+    QLabel* label_snapshotbrowser_root = nullptr;
+    QLineEdit* input_snapshotbrowser_root = nullptr;
+    QToolButton* push_browser_snapshot_root = nullptr;
+    QToolButton* push_reveal_snapshot_root = nullptr;
+    QCheckBox* check_thumbnail_scrollbar = nullptr;
+    QLabel* label_thumbnail_scrollbar = nullptr;
+    QPushButton* push_save_settings = nullptr;
+
+    // Layouts.
+    QVBoxLayout* layout_main = nullptr;
+    QHBoxLayout* layout_top = nullptr;
+    QGroupBox* group_thumbs = nullptr;
+    QVBoxLayout* layout_preview_list = nullptr;
+    QGroupBox* group_preview_image = nullptr;
+    QVBoxLayout* layout_preview_image = nullptr;
+    QGroupBox* group_settings = nullptr;
+    QVBoxLayout* layout_settings_main = nullptr;
+    QHBoxLayout* layout_settings_snapshot_selection = nullptr;
+    QHBoxLayout* layout_snapshot_render_width = nullptr;
+    QHBoxLayout* layout_settings_default_size = nullptr;
+    QHBoxLayout* layout_settings_snapshotbrowser_root = nullptr;
+    QHBoxLayout* layout_settings_thumbnail_scrollbar = nullptr;
+
+    // Help menu, made at each press.
+    QMenu* menu_help = nullptr;
+    QAction* action_browse_online_docs = nullptr;
+    QAction* action_show_changelog = nullptr;
+    QAction* action_support = nullptr;
+    QAction* action_about = nullptr;
+
+private:
+    bool make_directories();
+    void build_ui();
+    void create_widgets();
+    void create_settings_widgets();
+    void create_layouts();
+    void create_settings_layouts();
+    void create_signals();
+    void create_tooltips();
+    QIcon icon(const char* key) const;
+    QToolButton* tool_button(const char* icon_key);
+};
+
+/// The browser's help addresses: the user guide installed with the package, and the support page
+/// fixed at build time.
+namespace help {
+/// The user guide beside the package's files, as a local file address.
+QUrl documentation_url();
+/// The support page.
+QUrl support_url();
+} // namespace help
+
+} // namespace cobaltrig

@@ -1,0 +1,326 @@
+#include "snapshots/snapshot_preview.h"
+
+#include "frame/guarded.h"
+#include "frame/host.h"
+#include "frame/siblings.h"
+#include "frame/window_slots.h"
+#include "snapshots/snapshot_browser.h"
+
+#include <pybind11/stl.h>
+
+#include <QAction>
+#include <QColor>
+#include <QCursor>
+#include <QFileInfo>
+#include <QIcon>
+#include <QImage>
+#include <QKeyEvent>
+#include <QMenu>
+#include <QMessageBox>
+#include <QMouseEvent>
+#include <QPushButton>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QVBoxLayout>
+
+#include <stdexcept>
+
+namespace cobaltrig {
+
+namespace py = pybind11;
+
+namespace {
+
+QString qs(const std::string& text) {
+    return QString::fromStdString(text);
+}
+
+std::optional<QString> rememberedPreview() {
+    std::optional<std::string> value = siblings::load_settings().get("current_snapshot_preview");
+    if (!value)
+        return std::nullopt;
+    return qs(*value);
+}
+
+bool isFile(const std::optional<QString>& path) {
+    return path && !path->isEmpty() && QFileInfo(*path).isFile();
+}
+
+// Heights follow widths in whole pixels; a zero width has no sensible height and ends the
+// operation.
+int scaledHeight(int height, int new_width, int old_width) {
+    if (old_width == 0)
+        throw std::domain_error("cannot scale an image of width 0");
+    return static_cast<int>(static_cast<long long>(height) * new_width / old_width);
+}
+
+} // namespace
+
+QPoint centred_under_pointer(const QWidget* window) {
+    return QCursor::pos() + QPoint(static_cast<int>(window->width() * -0.5),
+                                   static_cast<int>(window->height() * -0.5));
+}
+
+// --- SnapshotPreviewImage ---
+
+SnapshotPreviewImage::SnapshotPreviewImage(SnapshotBrowser* browser) : snapshotbrowser(browser) {
+    setMinimumSize(50, 50);
+    setContextMenuPolicy(Qt::CustomContextMenu);
+    connect_guarded(this, &QWidget::customContextMenuRequested, this, "preview menu",
+                    [this] { show_right_click_menu(); });
+    icons = siblings::load_icons();
+
+    image_label = new QLabel(this);
+    image_label->setBackgroundRole(QPalette::Base);
+    image_label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Ignored);
+    image_label->setScaledContents(true);
+
+    scroll_area = new QScrollArea(this);
+    scroll_area->setBackgroundRole(QPalette::Dark);
+    scroll_area->setWidget(image_label);
+
+    layout_main = new QVBoxLayout(this);
+    layout_main->addWidget(scroll_area);
+    setLayout(layout_main);
+}
+
+QIcon SnapshotPreviewImage::icon(const char* key) const {
+    auto it = icons.find(key);
+    return it == icons.end() ? QIcon() : QIcon(qs(it->second));
+}
+
+void SnapshotPreviewImage::message(const std::string& text) {
+    siblings::show_message_box(this, text);
+}
+
+void SnapshotPreviewImage::set_image(const std::optional<QString>& src, bool update_xml) {
+    if (!isFile(src)) {
+        snapshotbrowser->preview_empty->setVisible(true);
+        snapshotbrowser->preview_image->setVisible(false);
+        return;
+    }
+    image = *src;
+    snapshotbrowser->preview_image->setVisible(true);
+    snapshotbrowser->preview_empty->setVisible(false);
+    preview_pixmap = QPixmap::fromImage(QImage(image));
+    image_label->setPixmap(preview_pixmap);
+    scaleFactor = 1.0;
+    image_label->adjustSize();
+    const int width_real = image_label->size().width();
+    const auto [width, height] = siblings::get_image_size(image.toStdString());
+    image_label->setFixedHeight(scaledHeight(height, width_real, width));
+    if (update_xml)
+        siblings::update_xml("current_snapshot_preview", image.toStdString());
+}
+
+void SnapshotPreviewImage::clear_image() {
+    set_image(std::nullopt);
+    siblings::update_xml("current_snapshot_preview", std::nullopt);
+}
+
+void SnapshotPreviewImage::zoom_in() {
+    scroll_area->setWidgetResizable(false);
+    scaleImage(1.25);
+}
+
+void SnapshotPreviewImage::zoom_out() {
+    scroll_area->setWidgetResizable(false);
+    scaleImage(0.8);
+}
+
+void SnapshotPreviewImage::scaleImage(double factor) {
+    scaleFactor *= factor;
+    const QPixmap pixmap = image_label->pixmap(Qt::ReturnByValue);
+    image_label->resize(pixmap.size() * scaleFactor);
+    image_label->setFixedHeight(
+        scaledHeight(pixmap.height(), image_label->width(), pixmap.width()));
+    adjust_scrollbar(scroll_area->horizontalScrollBar(), factor);
+    adjust_scrollbar(scroll_area->verticalScrollBar(), factor);
+}
+
+void SnapshotPreviewImage::adjust_scrollbar(QScrollBar* scrollbar, double factor) {
+    // Keeps the point in the middle of the view where it is: the half page is counted in whole
+    // pixels, the rest in fractions that are cut off at the end.
+    const double page_step = (factor - 1) * (scrollbar->pageStep() / 2);
+    scrollbar->setValue(static_cast<int>(factor * scrollbar->value() + page_step));
+}
+
+void SnapshotPreviewImage::normal_size() {
+    const int width_old = image_label->width();
+    scroll_area->setWidgetResizable(true);
+    const int width_new = image_label->width();
+    image_label->setFixedHeight(scaledHeight(image_label->height(), width_new, width_old));
+    scaleFactor = 1.0;
+}
+
+void SnapshotPreviewImage::show_right_click_menu() {
+    // Built anew each time, so the flags and the path the entries act on are those of this moment.
+    delete menu_main;
+    menu_main = new QMenu(this);
+
+    menu_view = menu_main->addMenu(icon("icon_eye"), QStringLiteral("view"));
+    action_zoom_in = menu_view->addAction(icon("icon_plus"), QStringLiteral("zoom in"));
+    action_zoom_in->setShortcut(QKeySequence(QStringLiteral("+")));
+    action_zoom_out = menu_view->addAction(icon("icon_minus"), QStringLiteral("zoom out"));
+    action_zoom_out->setShortcut(QKeySequence(QStringLiteral("-")));
+    action_fit = menu_view->addAction(icon("icon_maximize"), QStringLiteral("fit"));
+    action_fit->setShortcut(QKeySequence(QStringLiteral("H")));
+    // The shortcuts are only shown; the keys themselves reach the browser.
+    for (QAction* action : {action_zoom_in, action_zoom_out, action_fit})
+        action->setShortcutContext(Qt::WidgetShortcut);
+    connect_guarded(action_zoom_in, &QAction::triggered, this, "zoom in", [this] { zoom_in(); });
+    connect_guarded(action_zoom_out, &QAction::triggered, this, "zoom out", [this] { zoom_out(); });
+    connect_guarded(action_fit, &QAction::triggered, this, "fit", [this] { normal_size(); });
+
+    action_insert_snapshot =
+        menu_main->addAction(icon("icon_insert_nk"), QStringLiteral("insert snapshot"));
+    connect_guarded(action_insert_snapshot, &QAction::triggered, this, "insert snapshot",
+                    [this] { ask_insert_snapshot(); });
+    action_insert_preview =
+        menu_main->addAction(icon("icon_insert_img"), QStringLiteral("insert preview"));
+    connect_guarded(action_insert_preview, &QAction::triggered, this, "insert preview",
+                    [this] { insert_preview(); });
+
+    const siblings::Settings settings = siblings::load_settings();
+    menu_flags = menu_main->addMenu(icon("icon_flag"), QStringLiteral("flag"));
+    auto add_flag = [this](QAction* action, std::optional<std::vector<std::string>> colour) {
+        const std::optional<QString> path = rememberedPreview();
+        action->setEnabled(path.has_value());
+        const std::string src = path ? path->toStdString() : std::string();
+        connect_guarded(action, &QAction::triggered, this, "flag", [this, src, colour] {
+            siblings::set_flag(py::cast(snapshotbrowser, py::return_value_policy::reference), src,
+                               colour);
+        });
+    };
+    action_unflag = menu_flags->addAction(icon("icon_nocolor"), QString());
+    add_flag(action_unflag, std::nullopt);
+    for (const std::string& flag : settings.flags) {
+        const QStringList parts = qs(flag).split(QLatin1Char(','));
+        if (parts.size() != 3)
+            continue;
+        QPixmap swatch(100, 100);
+        swatch.fill(QColor(parts[0].trimmed().toInt(), parts[1].trimmed().toInt(),
+                           parts[2].trimmed().toInt()));
+        std::vector<std::string> colour;
+        for (const QString& part : parts)
+            colour.push_back(part.trimmed().toStdString());
+        add_flag(menu_flags->addAction(QIcon(swatch), QString()), colour);
+    }
+
+    action_comment = menu_main->addAction(icon("icon_comment"), QStringLiteral("comment"));
+    const std::optional<QString> comment_path = rememberedPreview();
+    // The comment window is an entry of the module; a build without it offers the entry greyed.
+    action_comment->setEnabled(comment_path.has_value() &&
+                               py::hasattr(slots::module(), "show_comment_window"));
+    const std::string comment_src = comment_path ? comment_path->toStdString() : std::string();
+    connect_guarded(action_comment, &QAction::triggered, this, "comment", [this, comment_src] {
+        slots::module().attr("show_comment_window")(
+            comment_src, py::cast(snapshotbrowser, py::return_value_policy::reference));
+    });
+
+    sep = menu_main->addSeparator();
+    action_clear = menu_main->addAction(icon("icon_x"), QStringLiteral("clear"));
+    connect_guarded(action_clear, &QAction::triggered, this, "clear", [this] { clear_image(); });
+
+    menu_main->popup(QCursor::pos());
+}
+
+void SnapshotPreviewImage::insert_preview() {
+    const std::optional<QString> cur_preview = rememberedPreview();
+    if (!isFile(cur_preview)) {
+        message("Cannot find current preview image");
+        return;
+    }
+    host::Node preview = host::createNodeDefault("Read");
+    preview["file"].setValue(cur_preview->toStdString());
+}
+
+void SnapshotPreviewImage::ask_insert_snapshot() {
+    const std::optional<QString> cur_preview = rememberedPreview();
+    QString snapshot_nk;
+    if (cur_preview) {
+        const QFileInfo info(*cur_preview);
+        snapshot_nk = info.path() + QLatin1Char('/') + info.completeBaseName() + ".nk";
+    }
+    if (!isFile(snapshot_nk)) {
+        message("Cannot find snapshot nuke file.");
+        return;
+    }
+
+    QMessageBox box(QMessageBox::Question, QStringLiteral("Append to DAG or overwrite?"),
+                    QStringLiteral("Overwrite your node graph by the snapshot or append the "
+                                   "snapshot to your node graph? <b>NOTE:</b> Overwrite is "
+                                   "undoable."),
+                    QMessageBox::NoButton);
+    box.setWindowFlags(box.windowFlags() | Qt::WindowStaysOnTopHint);
+    QPushButton* overwrite = box.addButton(QStringLiteral("overwrite"), QMessageBox::AcceptRole);
+    overwrite->setStyleSheet(
+        QStringLiteral("QPushButton {background-color: rgb(45,0,0); padding: 5px 10px;}"));
+    QPushButton* append = box.addButton(QStringLiteral("append"), QMessageBox::ResetRole);
+    append->setStyleSheet(QStringLiteral(
+        "QPushButton {background-color: rgba(51, 204, 255, 100); padding: 5px 10px;}"));
+    box.addButton(QStringLiteral("cancel"), QMessageBox::RejectRole);
+    overwrite->clearFocus();
+    box.setFocus();
+    box.exec();
+
+    const std::string path = snapshot_nk.toStdString();
+    if (box.clickedButton() == append) {
+        host::nodePaste(path);
+    } else if (box.clickedButton() == overwrite) {
+        // One undo step for the deletions and the paste: one undo brings the old graph back, as
+        // the question promises, even when the paste fails half-way.
+        host::UndoGroup undo("insert snapshot");
+        for (const host::Node& node : host::allNodes())
+            host::deleteNode(node);
+        host::nodePaste(path);
+    }
+}
+
+void SnapshotPreviewImage::mouseMoveEvent(QMouseEvent* event) {
+    QWidget::mouseMoveEvent(event);
+    if (alt_hold) {
+        xy = QCursor::pos() + QPoint(image_label->width() * -1 + event->pos().x(),
+                                     image_label->height() * -1 + event->pos().y());
+        image_label->move(xy);
+    } else {
+        xy = centred_under_pointer(snapshotbrowser);
+        snapshotbrowser->move(xy);
+    }
+}
+
+void SnapshotPreviewImage::keyPressEvent(QKeyEvent* event) {
+    QWidget::keyPressEvent(event);
+    if (event->key() == Qt::Key_Alt)
+        alt_hold = true;
+}
+
+void SnapshotPreviewImage::keyReleaseEvent(QKeyEvent* event) {
+    QWidget::keyReleaseEvent(event);
+    if (event->key() == Qt::Key_Alt)
+        alt_hold = false;
+}
+
+void SnapshotPreviewImage::enterEvent(QEvent* event) {
+    QWidget::enterEvent(event);
+    snapshotbrowser->hover_preview = true;
+}
+
+void SnapshotPreviewImage::leaveEvent(QEvent* event) {
+    QWidget::leaveEvent(event);
+    snapshotbrowser->hover_preview = false;
+}
+
+// --- SnapshotPreviewEmpty ---
+
+SnapshotPreviewEmpty::SnapshotPreviewEmpty(SnapshotBrowser* browser) : snapshotbrowser(browser) {
+    resize(QSize(900, 500));
+}
+
+void SnapshotPreviewEmpty::mouseMoveEvent(QMouseEvent* event) {
+    QLabel::mouseMoveEvent(event);
+    xy = centred_under_pointer(snapshotbrowser);
+    snapshotbrowser->move(xy);
+}
+
+} // namespace cobaltrig

@@ -1,0 +1,99 @@
+#pragma once
+// The browser's large view of one snapshot, and the logo label that stands in for it while there is
+// nothing to show. Only one of the two is visible at a time; `set_image` decides which.
+
+#include <QLabel>
+#include <QPixmap>
+#include <QPoint>
+#include <QString>
+#include <QWidget>
+
+#include <map>
+#include <optional>
+#include <string>
+
+class QAction;
+class QMenu;
+class QScrollArea;
+class QScrollBar;
+class QVBoxLayout;
+
+namespace cobaltrig {
+
+class SnapshotBrowser;
+
+class SnapshotPreviewImage : public QWidget {
+    Q_OBJECT
+public:
+    explicit SnapshotPreviewImage(SnapshotBrowser* snapshotbrowser);
+
+    /// Shows the image at `src` at the pane's width, or the empty pane when there is no such file;
+    /// `update_xml` also makes it the remembered preview.
+    void set_image(const std::optional<QString>& src, bool update_xml = true);
+    /// Shows the empty pane and forgets the remembered preview.
+    void clear_image();
+    void zoom_in();
+    void zoom_out();
+    /// Zooms by `factor` relative to the current zoom, keeping the middle of the view in place.
+    void scaleImage(double factor);
+    static void adjust_scrollbar(QScrollBar* scrollbar, double factor);
+    /// Fits the image to the pane's width.
+    void normal_size();
+    void show_right_click_menu();
+    /// Inserts the remembered preview image as a Read node.
+    void insert_preview();
+    /// Inserts the remembered snapshot's node graph, beside the current graph or in its place.
+    void ask_insert_snapshot();
+
+    SnapshotBrowser* snapshotbrowser;
+    QString image;
+    std::map<std::string, std::string> icons;
+    bool alt_hold = false;
+    double scaleFactor = 0.0;
+    QLabel* image_label = nullptr;
+    QPixmap preview_pixmap;
+    QScrollArea* scroll_area = nullptr;
+    QVBoxLayout* layout_main = nullptr;
+    QPoint xy;
+
+    QMenu* menu_main = nullptr;
+    QMenu* menu_view = nullptr;
+    QMenu* menu_flags = nullptr;
+    QAction* action_zoom_in = nullptr;
+    QAction* action_zoom_out = nullptr;
+    QAction* action_fit = nullptr;
+    QAction* action_insert_snapshot = nullptr;
+    QAction* action_insert_preview = nullptr;
+    QAction* action_unflag = nullptr;
+    QAction* action_comment = nullptr;
+    QAction* sep = nullptr;
+    QAction* action_clear = nullptr;
+
+protected:
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void keyReleaseEvent(QKeyEvent* event) override;
+    void enterEvent(QEvent* event) override;
+    void leaveEvent(QEvent* event) override;
+
+private:
+    QIcon icon(const char* key) const;
+    void message(const std::string& text);
+};
+
+class SnapshotPreviewEmpty : public QLabel {
+    Q_OBJECT
+public:
+    explicit SnapshotPreviewEmpty(SnapshotBrowser* snapshotbrowser);
+
+    SnapshotBrowser* snapshotbrowser;
+    QPoint xy;
+
+protected:
+    void mouseMoveEvent(QMouseEvent* event) override;
+};
+
+/// Where a window dragged by the pointer goes: its centre under the pointer.
+QPoint centred_under_pointer(const QWidget* window);
+
+} // namespace cobaltrig

@@ -1,0 +1,90 @@
+"""Windows whose Qt object someone else deleted: a clear error on every call, and a fresh window on
+the next opening instead of a crash."""
+
+import pytest
+import shiboken2
+from PySide2 import QtCore
+
+
+def open_import(rig, nuke, pool_home):
+    return rig.import_preset()
+
+
+def open_export(rig, nuke, pool_home):
+    return rig.show_export_window(nuke.nodes.Blur())
+
+
+def open_look_slider(rig, nuke, pool_home):
+    blur = nuke.nodes.Blur()
+    blur.setSelected(True)
+    return rig.show_looks_slider()
+
+
+def open_rez_slider(rig, nuke, pool_home):
+    nuke.createNode("Viewer", inpanel=False)["downrez"].setValue("2.0")
+    return rig.showRezSlider()
+
+
+# (slot, opener, the name in the message, a method call that reaches the window's own code)
+WINDOWS = [
+    ("i", open_import, "import", lambda w: w.populate_tree()),
+    ("exportwindow", open_export, "export", lambda w: w.get_mode()),
+    ("slider", open_look_slider, "look slider", lambda w: w.set_slider_index(1)),
+    ("rezslider", open_rez_slider, "resolution slider", lambda w: w.update_widgets("slider")),
+]
+
+
+def delete_later(window):
+    window.widget.deleteLater()
+    QtCore.QCoreApplication.sendPostedEvents(None, QtCore.QEvent.DeferredDelete)
+
+
+def delete_now(window):
+    shiboken2.delete(window.widget)
+
+
+@pytest.fixture
+def pool_home(tmp_path, settings_home):
+    from cobaltRig import helper
+
+    pool = tmp_path / "pool"
+    (pool / "nodes").mkdir(parents=True)
+    helper.save_pools({"main": str(pool)})
+    helper.update_xml("current_pool", "main")
+    return pool
+
+
+@pytest.mark.parametrize("kill", [delete_later, delete_now], ids=["deleteLater", "shiboken2.delete"])
+@pytest.mark.parametrize("slot, opener, what, call", WINDOWS, ids=[w[2] for w in WINDOWS])
+def test_a_window_deleted_elsewhere_raises_and_reopens(rig, nuke, pool_home, kill, slot, opener,
+                                                       what, call):
+    dead = opener(rig, nuke, pool_home)
+    assert dead is not None and dead.isVisible()
+    kill(dead)
+
+    message = f"the {what} window was closed"
+    for use in (call, lambda w: w.isVisible(), lambda w: w.widget, lambda w: w.close()):
+        with pytest.raises(RuntimeError, match=message):
+            use(dead)
+
+    fresh = opener(rig, nuke, pool_home)
+    try:
+        assert fresh is not dead
+        assert getattr(rig, slot) is fresh
+        assert fresh.isVisible()
+        call(fresh)
+        with pytest.raises(RuntimeError, match=message):
+            call(dead)
+    finally:
+        fresh.close()
+        rig.__dict__.pop(slot, None)
+
+
+def test_a_dead_probe_is_refused_by_its_reaction_path_too(rig, qapp):
+    probe = rig._testing.BridgeProbe()
+    button = probe.push_apply
+    delete_now(probe)
+    with pytest.raises(RuntimeError, match="the probe window was closed"):
+        probe.set_reaction(print)
+    with pytest.raises(RuntimeError):
+        button.click()  # the child died with its window; PySide2 says so instead of crashing

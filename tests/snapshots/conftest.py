@@ -1,0 +1,97 @@
+"""Fixtures of the snapshot suites: a snapshot directory in the test's settings, a small comp
+watched by a viewer, recorded messages, and the browser closed after each test."""
+
+import os
+
+import pytest
+from PySide2 import QtCore, QtGui, QtWidgets
+
+
+@pytest.fixture
+def helper():
+    from cobaltRig import helper as helper_module
+
+    return helper_module
+
+
+@pytest.fixture
+def snap_dir(tmp_path, helper):
+    """The current snapshot directory, under a root of the test's own."""
+    root = tmp_path / "snapshots"
+    directory = root / "shot"
+    directory.mkdir(parents=True)
+    helper.update_settings({"snapshotbrowser_root": str(root),
+                            "current_snapshot_dir": str(directory),
+                            "snapshot_render_width": "240"})
+    return directory
+
+
+@pytest.fixture
+def comp(nuke):
+    """CheckerBoard -> Grade -> Viewer, with a ColorBars on the side; the Grade is viewed."""
+    checker = nuke.nodes.CheckerBoard2(format="square_1K")
+    checker.setXYpos(0, 0)
+    grade = nuke.nodes.Grade(inputs=[checker])
+    grade.setXYpos(0, 60)
+    bars = nuke.nodes.ColorBars()
+    bars.setXYpos(200, 0)
+    viewer = nuke.nodes.Viewer(inputs=[grade])
+    viewer.setXYpos(0, 150)
+    return {"checker": checker, "grade": grade, "bars": bars, "viewer": viewer}
+
+
+@pytest.fixture
+def messages(helper, monkeypatch):
+    """Texts of each message box, with whether it had a parent window."""
+    shown = []
+    monkeypatch.setattr(helper, "show_message_box",
+                        lambda parent, text: shown.append(text))
+    return shown
+
+
+@pytest.fixture
+def graph(nuke):
+    """What a user sees of the graph: names, classes and the selection of the top level."""
+    def state():
+        return sorted((n.name(), n.Class(), n.isSelected()) for n in nuke.allNodes())
+
+    return state
+
+
+def snapshots_in(directory):
+    return sorted(os.listdir(str(directory)))
+
+
+@pytest.fixture
+def browser_slot(rig):
+    """Closes and drops the browser a test opened."""
+    yield rig
+    window = rig.__dict__.pop("snapshotbrowser", None)
+    if window is not None:
+        try:
+            window.close()
+        except Exception:
+            pass
+    QtCore.QCoreApplication.sendPostedEvents(None, QtCore.QEvent.DeferredDelete)
+
+
+def answer_modal(click_text, seen=None):
+    """Clicks the button of the next modal dialog that carries `click_text`."""
+    def answer():
+        box = QtWidgets.QApplication.activeModalWidget()
+        if box is None:
+            QtCore.QTimer.singleShot(10, answer)
+            return
+        if seen is not None:
+            seen.append((box.windowTitle(), box.text() if hasattr(box, "text") else ""))
+        for button in box.findChildren(QtWidgets.QPushButton):
+            if button.text() == click_text:
+                button.click()
+                return
+        box.reject()
+
+    QtCore.QTimer.singleShot(0, answer)
+
+
+def image_size(path):
+    return QtGui.QImageReader(str(path)).size().toTuple()

@@ -1,0 +1,228 @@
+"""The snapshot browser window: how it opens and is replaced, what it makes on disk, its tool tips
+and help menu, and its camera button."""
+
+import gc
+import os
+import weakref
+
+import pytest
+from PySide2 import QtCore, QtGui, QtWidgets
+
+from conftest import snapshots_in
+
+pytestmark = pytest.mark.usefixtures("browser_slot")
+
+
+def test_it_opens_frameless_on_top_centred_at_the_stored_size(rig, helper, snap_dir):
+    helper.update_xml("snapshotbrowser_size_current", "900,600")
+
+    browser = rig.show_snapshot_browser()
+
+    window = browser.widget
+    assert rig.snapshotbrowser is browser and browser.isVisible()
+    flags = window.windowFlags()
+    assert flags & QtCore.Qt.FramelessWindowHint and flags & QtCore.Qt.WindowStaysOnTopHint
+    assert window.objectName() == "snapshotbrowser" and window.windowTitle() == "snapshot browser"
+    assert window.size().toTuple() == (900, 600)
+    screen = QtGui.QGuiApplication.primaryScreen().availableGeometry()
+    assert abs(window.frameGeometry().center().x() - screen.center().x()) <= 1
+    assert browser.splitter.sizes()[0] < browser.splitter.sizes()[1]
+    assert not browser.group_settings.isVisible()
+    assert browser.current_snapshot_dir == str(snap_dir)
+
+
+def test_a_second_opening_replaces_the_first_and_nothing_keeps_it_alive(rig, snap_dir):
+    first = rig.show_snapshot_browser()
+    first_widget = weakref.ref(first)
+    destroyed = []
+    first.widget.destroyed.connect(lambda *a: destroyed.append(True))
+
+    second = rig.show_snapshot_browser()
+
+    assert rig.snapshotbrowser is second and second is not first
+    assert not first.isVisible() and second.isVisible()
+    del first
+    gc.collect()
+    QtCore.QCoreApplication.sendPostedEvents(None, QtCore.QEvent.DeferredDelete)
+    assert first_widget() is None and destroyed == [True]
+    top = [w for w in QtWidgets.QApplication.topLevelWidgets()
+           if w.objectName() == "snapshotbrowser" and w.isVisible()]
+    assert len(top) == 1
+
+
+def test_missing_directories_are_made_and_an_empty_root_becomes_the_default(rig, helper,
+                                                                            tmp_path):
+    current = tmp_path / "elsewhere" / "new shot"
+    helper.update_settings({"snapshotbrowser_root": "", "current_snapshot_dir": str(current)})
+
+    browser = rig.show_snapshot_browser()
+
+    default = helper.get_default_snapshot_root_dir()
+    assert helper.load_settings()["snapshotbrowser_root"] == default
+    assert browser.snapshotbrowser_root == default and os.path.isdir(default)
+    assert browser.input_snapshotbrowser_root.text() == default
+    assert current.is_dir()
+
+
+@pytest.mark.parametrize("which, text", [
+    ("root", "Cannot create snapshot browser root directory at: '{}'. Please choose a different "
+             "path"),
+    ("current", "Cannot create current snapshot directory at: '{}'."),
+])
+def test_a_directory_that_cannot_be_made_stops_the_window_after_its_message(
+        rig, helper, tmp_path, messages, capsys, which, text):
+    blocker = tmp_path / "a file"
+    blocker.write_text("")
+    bad = str(blocker / "snapshots")
+    if which == "root":
+        helper.update_xml("snapshotbrowser_root", bad)
+    else:
+        helper.update_settings({"snapshotbrowser_root": str(tmp_path / "root"),
+                                "current_snapshot_dir": bad})
+
+    browser = rig.show_snapshot_browser()
+
+    assert messages == [text.format(bad)]
+    assert browser.preview_image is None and browser.table_thumbs is None
+    assert rig.snapshotbrowser is browser
+    # Its camera, if anything reaches for it, fails cleanly rather than crashing.
+    with pytest.raises(RuntimeError):
+        browser.populate_table_thumbs()
+    assert capsys.readouterr().err == ""
+
+
+@pytest.mark.parametrize("tooltips", ["True", "False", "true"])
+def test_tool_tips_only_when_switched_on(rig, helper, snap_dir, monkeypatch, tooltips):
+    helper.update_xml("tooltips", tooltips)
+    loaded = []
+    real = helper.load_tooltips
+    monkeypatch.setattr(helper, "load_tooltips",
+                        lambda widget, section: (loaded.append(section), real(widget, section)))
+
+    browser = rig.show_snapshot_browser()
+
+    on = tooltips == "True"
+    assert loaded == (["snapshot_browser"] if on else [])
+    assert (browser.push_snapshot.property("tt") == "snapshot") is on
+    assert (browser.input_custom_height.property("tt") == "custom_size") is on
+    assert bool(browser.push_snapshot.toolTip()) is on
+    assert browser.push_help.property("tt") is None
+
+
+class UrlCatcher(QtCore.QObject):
+    def __init__(self):
+        super().__init__()
+        self.urls = []
+
+    @QtCore.Slot(QtCore.QUrl)
+    def open(self, url):
+        self.urls.append(url)
+
+
+@pytest.fixture
+def opened_urls():
+    catcher = UrlCatcher()
+    for scheme in ("file", "http", "https"):
+        QtGui.QDesktopServices.setUrlHandler(scheme, catcher, "open")
+    yield catcher.urls
+    for scheme in ("file", "http", "https"):
+        QtGui.QDesktopServices.unsetUrlHandler(scheme)
+
+
+def test_the_help_menu_opens_the_installed_guide_and_the_support_page(rig, helper, snap_dir,
+                                                                      opened_urls, monkeypatch):
+    shown = []
+    monkeypatch.setattr(helper, "show_changelog", lambda: shown.append("changelog"))
+    monkeypatch.setattr(helper, "show_about_window", lambda: shown.append("about"))
+    browser = rig.show_snapshot_browser()
+
+    browser.push_help.click()
+
+    menu = browser.menu_help
+    assert menu.title() == "Help"
+    assert [a.text() for a in menu.actions()] == ["Browse online documentation", "Show changelog",
+                                                  "Support", "About"]
+    for action in menu.actions():
+        action.trigger()
+    guide, support = opened_urls
+    assert guide.isLocalFile() and os.path.isfile(guide.toLocalFile())
+    assert os.path.dirname(guide.toLocalFile()) == os.path.join(os.path.dirname(rig.__file__),
+                                                                "docs")
+    assert support.scheme() == "https"
+    assert shown == ["changelog", "about"]
+
+
+def test_the_camera_button_takes_a_snapshot_and_shows_it(rig, nuke, helper, snap_dir, comp,
+                                                         messages):
+    comp["bars"].setSelected(True)
+    helper.update_xml("snapshot_selection", "upstream nodes")
+    browser = rig.show_snapshot_browser()
+    assert browser.row_sources() == []
+
+    browser.push_snapshot.click()
+
+    assert messages == []
+    [image] = [os.path.join(str(snap_dir), f) for f in snapshots_in(snap_dir)
+               if f.endswith(".jpg")]
+    assert browser.row_sources() == [image]
+    assert browser.preview_image.image == image and browser.preview_image.isVisible()
+    # With the browser there, the old selection comes back beside the upstream nodes.
+    assert sorted(n.name() for n in nuke.selectedNodes()) == ["CheckerBoard1", "ColorBars1"]
+
+
+def test_a_closed_browser_in_its_slot_is_still_refreshed(rig, snap_dir, comp):
+    browser = rig.show_snapshot_browser()
+    browser.close()
+    rig.snapshot()
+    assert len(browser.row_sources()) == 1
+
+
+def test_the_size_buttons_reopen_at_the_stored_size_and_the_close_button_closes(rig, helper,
+                                                                               snap_dir):
+    helper.update_settings({"snapshotbrowser_size_custom": "700,450",
+                            "snapshotbrowser_size_current": "1000,650"})
+    first = rig.show_snapshot_browser()
+
+    first.push_custom_size.click()
+
+    second = rig.snapshotbrowser
+    assert second is not first and not first.isVisible()
+    assert second.widget.size().toTuple() == (700, 450)
+    assert helper.load_settings()["snapshotbrowser_size_current"] == "700,450"
+    second.push_close.click()
+    assert not second.isVisible() and rig.snapshotbrowser is second
+
+
+def test_the_parts_not_wired_yet_do_nothing_harmful(rig, snap_dir, capsys, qtbot):
+    browser = rig.show_snapshot_browser()
+    for button in (browser.push_settings, browser.push_save_settings,
+                   browser.push_browser_snapshot_root, browser.push_reveal_snapshot_root):
+        button.click()
+    browser.combo_snapshot_dir.addItem("x")
+    browser.slider_versions.setValue(3)
+    browser.table_thumbs.verticalScrollBar().setValue(1)
+    browser.splitter.moveSplitter(300, 1)
+    qtbot.keyClick(browser.widget, QtCore.Qt.Key_Escape)
+    assert capsys.readouterr().err == ""
+    assert browser.isVisible()
+
+
+def test_a_browser_deleted_elsewhere_is_refused_and_replaced(rig, snap_dir, comp, messages):
+    old = rig.show_snapshot_browser()
+    old_preview = old.preview_image
+    old.widget.deleteLater()
+    QtCore.QCoreApplication.sendPostedEvents(None, QtCore.QEvent.DeferredDelete)
+
+    for call in (old.populate_table_thumbs, old.show_help_menu, old_preview.zoom_in,
+                 lambda: old_preview.set_image(None)):
+        with pytest.raises(RuntimeError, match="the snapshot browser window was closed"):
+            call()
+    # A snapshot meanwhile finds no browser to refresh, and still writes its files.
+    rig.snapshot()
+    assert len([f for f in snapshots_in(snap_dir) if f.endswith(".jpg")]) == 1
+
+    new = rig.show_snapshot_browser()
+    assert new is not old and new.isVisible()
+    new.populate_table_thumbs()
+    assert len(new.row_sources()) == 1
+    assert messages == []

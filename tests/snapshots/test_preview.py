@@ -1,0 +1,200 @@
+"""The preview pane: showing an image, zoom and fit, its right-click menu, and putting a snapshot
+back into the graph."""
+
+import os
+
+import pytest
+from PySide2 import QtCore, QtGui, QtWidgets
+
+from conftest import answer_modal
+
+
+def write_jpg(path, width, height, color="#4080c0"):
+    image = QtGui.QImage(width, height, QtGui.QImage.Format_RGB32)
+    image.fill(QtGui.QColor(color))
+    assert image.save(str(path), "JPG")
+    return str(path)
+
+
+@pytest.fixture
+def browser(rig, snap_dir, browser_slot, qtbot):
+    return rig.show_snapshot_browser()
+
+
+@pytest.fixture
+def preview(browser):
+    return browser.preview_image
+
+
+@pytest.fixture
+def shot(snap_dir):
+    return write_jpg(snap_dir / "1700000000_comp.jpg", 400, 200)
+
+
+def remembered(helper):
+    return helper.load_settings()["current_snapshot_preview"]
+
+
+def test_an_image_shows_at_the_pane_width_and_is_remembered(browser, preview, shot, helper):
+    preview.set_image(shot)
+
+    assert preview.isVisible() and not browser.preview_empty.isVisible()
+    assert preview.image == shot and preview.scaleFactor == 1.0
+    label = preview.image_label
+    assert label.height() == 200 * label.width() // 400
+    assert remembered(helper) == shot
+
+
+@pytest.mark.parametrize("src, update_xml", [
+    ("missing", True),
+    (None, True),
+    ("", True),
+    ("shot", False),
+])
+def test_what_leaves_the_remembered_preview_alone(browser, preview, shot, helper, snap_dir, src,
+                                                  update_xml):
+    helper.update_xml("current_snapshot_preview", "/kept.jpg")
+    path = {"missing": str(snap_dir / "gone.jpg"), "shot": shot}.get(src, src)
+
+    preview.set_image(path, update_xml)
+
+    assert remembered(helper) == "/kept.jpg"
+    assert preview.isVisible() is (src == "shot")
+    assert browser.preview_empty.isVisible() is (src != "shot")
+
+
+def test_zoom_steps_from_the_image_size_and_back(preview, shot):
+    preview.set_image(shot)
+    preview.normal_size()
+
+    preview.zoom_in()
+    assert preview.scaleFactor == 1.25
+    assert preview.image_label.size().toTuple() == (500, 250)
+    assert not preview.scroll_area.widgetResizable()
+    preview.zoom_out()
+    assert preview.scaleFactor == pytest.approx(1.0)
+    assert preview.image_label.size().toTuple() == (400, 200)
+
+    preview.normal_size()
+    assert preview.scroll_area.widgetResizable() and preview.scaleFactor == 1.0
+    width = preview.scroll_area.viewport().width()
+    assert preview.image_label.width() == width
+    assert preview.image_label.height() == 200 * width // 400
+
+
+@pytest.mark.parametrize("factor, value, page_step, expected", [
+    (1.25, 100, 301, 162),  # 125 + 0.25 * 150, cut
+    (0.8, 100, 301, 50),    # 80 - 0.2 * 150
+    (0.8, 0, 301, 0),       # -30 stays within the bar
+])
+def test_the_scroll_bars_keep_the_middle_of_the_view(preview, factor, value, page_step,
+                                                     expected):
+    bar = QtWidgets.QScrollBar()
+    bar.setRange(0, 10000)
+    bar.setPageStep(page_step)
+    bar.setValue(value)
+    preview.adjust_scrollbar(bar, factor)
+    assert bar.value() == expected
+
+
+def menu_texts(menu):
+    return [a.text() or ("---" if a.isSeparator() else "") for a in menu.actions()]
+
+
+def test_the_menu_offers_view_insert_flag_comment_and_clear(preview, shot, helper, monkeypatch,
+                                                            browser):
+    preview.set_image(shot)
+    flagged = []
+    monkeypatch.setattr(helper, "set_flag", lambda b, src, colour: flagged.append((b, src, colour)))
+
+    preview.show_right_click_menu()
+
+    assert menu_texts(preview.menu_main) == ["view", "insert snapshot", "insert preview", "flag",
+                                             "comment", "---", "clear"]
+    assert menu_texts(preview.menu_view) == ["zoom in", "zoom out", "fit"]
+    assert [a.shortcut().toString() for a in preview.menu_view.actions()] == ["+", "-", "H"]
+    flags = preview.menu_flags.actions()
+    assert len(flags) == 1 + len(helper.load_settings()["flags"])
+    # The path is the one remembered when the menu was built.
+    helper.update_xml("current_snapshot_preview", "/later.jpg")
+    flags[0].trigger()
+    flags[1].trigger()
+    first = helper.load_settings()["flags"][0].split(",")
+    assert [(src, colour) for b, src, colour in flagged] == [(shot, None), (shot, first)]
+    assert flagged[0][0] is browser
+
+    preview.action_zoom_in.trigger()
+    assert preview.scaleFactor == 1.25
+    preview.action_clear.trigger()
+    assert not preview.isVisible() and remembered(helper) is None
+
+
+def test_insert_preview_makes_a_read_of_the_remembered_image(preview, shot, nuke, messages):
+    preview.set_image(shot)
+    preview.insert_preview()
+    [read] = nuke.allNodes("Read")
+    assert read["file"].value() == shot
+
+    os.remove(shot)
+    preview.insert_preview()
+    assert messages == ["Cannot find current preview image"]
+    assert len(nuke.allNodes("Read")) == 1
+
+
+@pytest.fixture
+def saved_graph(nuke, shot):
+    """A snapshot whose .nk holds a Blur and a Grade."""
+    blur = nuke.nodes.Blur(name="saved_blur")
+    grade = nuke.nodes.Grade(name="saved_grade", inputs=[blur])
+    blur.selectOnly()
+    grade.setSelected(True)
+    nuke.nodeCopy(os.path.splitext(shot)[0] + ".nk")
+    nuke.scriptClear()
+    nuke.nodes.Constant(name="mine")
+    return shot
+
+
+def names(nuke):
+    return sorted(n.name() for n in nuke.allNodes())
+
+
+@pytest.mark.parametrize("answer, expected", [
+    ("append", ["mine", "saved_blur", "saved_grade"]),
+    ("overwrite", ["saved_blur", "saved_grade"]),
+    ("cancel", ["mine"]),
+])
+def test_inserting_a_snapshot_asks_append_or_overwrite(preview, saved_graph, nuke, answer,
+                                                       expected, monkeypatch):
+    preview.set_image(saved_graph)
+    undo = []
+    monkeypatch.setattr(nuke.Undo, "begin", staticmethod(lambda *a: undo.append("begin")))
+    monkeypatch.setattr(nuke.Undo, "end",
+                        staticmethod(lambda *a: undo.append(("end", names(nuke)))))
+    seen = []
+    answer_modal(answer, seen)
+
+    preview.ask_insert_snapshot()
+
+    assert seen == [("Append to DAG or overwrite?",
+                     "Overwrite your node graph by the snapshot or append the snapshot to your "
+                     "node graph? <b>NOTE:</b> Overwrite is undoable.")]
+    assert names(nuke) == expected
+    # The deletions and the paste of an overwrite are one step of the host's undo.
+    assert undo == (["begin", ("end", expected)] if answer == "overwrite" else [])
+
+
+def test_inserting_a_snapshot_without_its_graph_says_so(preview, shot, nuke, messages):
+    preview.set_image(shot)
+    preview.ask_insert_snapshot()
+    assert messages == ["Cannot find snapshot nuke file."]
+
+
+def test_dragging_the_preview_moves_the_browser_under_the_pointer(browser, preview, shot, qtbot):
+    preview.set_image(shot)
+    QtGui.QCursor.setPos(QtCore.QPoint(700, 500))
+    event = QtGui.QMouseEvent(QtCore.QEvent.MouseMove, QtCore.QPointF(5, 5),
+                              QtCore.Qt.LeftButton, QtCore.Qt.LeftButton, QtCore.Qt.NoModifier)
+    QtWidgets.QApplication.sendEvent(preview.widget, event)
+    pos = QtGui.QCursor.pos()
+    assert browser.widget.pos().toTuple() == (pos.x() - browser.widget.width() // 2,
+                                              pos.y() - browser.widget.height() // 2)

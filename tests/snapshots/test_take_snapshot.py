@@ -1,0 +1,183 @@
+"""Taking a snapshot: the files it writes, the messages that stop it, and what it leaves behind in
+the graph, the proxy mode and the browser."""
+
+import os
+import re
+
+import pytest
+
+from conftest import image_size, snapshots_in
+
+STEM = re.compile(r"^(\d+)_(.+)$")
+
+
+def taken(directory, ext):
+    return [os.path.join(str(directory), f) for f in snapshots_in(directory) if f.endswith(ext)]
+
+
+def pasted_classes(nuke, path):
+    nuke.scriptClear()
+    nuke.nodePaste(path)
+    return sorted(n.Class() for n in nuke.allNodes())
+
+
+@pytest.mark.parametrize("mode, selected, expected", [
+    ("all nodes", [], ["CheckerBoard2", "ColorBars", "Grade", "Viewer"]),
+    ("upstream nodes", [], ["CheckerBoard2"]),
+    ("node selection", ["bars", "grade"], ["ColorBars", "Grade"]),
+    ("no such mode", [], None),
+])
+def test_the_image_and_the_graph_its_mode_asks_for_are_written(
+        rig, nuke, helper, comp, snap_dir, graph, messages, mode, selected, expected):
+    helper.update_xml("snapshot_selection", mode)
+    for name in selected:
+        comp[name].setSelected(True)
+    before = graph()
+    assert nuke.activeViewer().activeInput() == 0  # input 0 is an input like any other
+
+    rig.snapshot("clicked flag")
+
+    assert messages == []
+    [image] = taken(snap_dir, ".jpg")
+    stem = os.path.splitext(os.path.basename(image))[0]
+    assert STEM.match(stem).group(2) == "Root"
+    assert image_size(image)[0] == 240
+    assert helper.load_settings()["current_snapshot_preview"] == image
+    # No temporary node stays, and with no browser open the selection is as the mode leaves it.
+    if mode != "upstream nodes":
+        assert graph() == before
+    nk = os.path.splitext(image)[0] + ".nk"
+    if expected is None:
+        assert not os.path.exists(nk)
+    else:
+        assert pasted_classes(nuke, nk) == expected
+
+
+def test_the_temporary_nodes_are_built_as_the_render_needs_them(rig, nuke, comp, snap_dir,
+                                                                monkeypatch):
+    seen = {}
+    real_execute = nuke.execute
+
+    def execute(node, first, last):
+        group = nuke.thisGroup()
+        seen.update(file=node["file"].value(), frames=(first, last), frame=nuke.frame(),
+                    group=(group.name(), int(group["tile_color"].value()), group.xpos(),
+                           group.ypos(), group.input(0).name()),
+                    width=nuke.allNodes("Reformat")[0]["box_width"].value())
+        return real_execute(node, first, last)
+
+    monkeypatch.setattr(nuke, "execute", execute)
+    comp["grade"].setXYpos(10, 60)
+    rig.snapshot()
+
+    [image] = taken(snap_dir, ".jpg")
+    assert seen["file"] == image.replace(os.sep, "/")
+    assert seen["frames"] == (seen["frame"], seen["frame"])
+    name, tile_color, x, y, source = seen["group"]
+    assert re.match(r"^snapshot_\d+$", name) and tile_color == 0x089AFDFF
+    assert (x, y, source) == (10, 140, "Grade1")
+    assert int(seen["width"]) == 240
+
+
+def fake_viewer(nuke, monkeypatch, active_input, node):
+    class Window:
+        def activeInput(self, secondary=False):
+            return active_input
+
+        def node(self):
+            return node
+
+    monkeypatch.setattr(nuke, "activeViewer", lambda: Window())
+
+
+@pytest.mark.parametrize("case, text", [
+    ("empty selection", "Please select some nodes to export."),
+    ("no directory", "Please set a snapshot directory before creating a snapshot."),
+    ("no viewer", "No active viewer found. Please create a viewer node."),
+    ("no viewer input", "Please set a viewer input."),
+    ("no viewer node", "There is no active viewer node at the moment. Please select or create a "
+                       "viewer."),
+    ("nothing connected", "Cannot find comp node to create snapshot from."),
+])
+def test_each_precondition_shows_its_message_and_leaves_everything_alone(
+        rig, nuke, helper, comp, snap_dir, graph, messages, monkeypatch, case, text):
+    if case == "empty selection":
+        helper.update_xml("snapshot_selection", "node selection")
+    elif case == "no directory":
+        helper.update_xml("current_snapshot_dir", None)
+    elif case == "no viewer":
+        nuke.delete(comp["viewer"])
+    elif case == "no viewer input":
+        comp["viewer"].setInput(0, None)
+    elif case == "no viewer node":
+        fake_viewer(nuke, monkeypatch, 0, None)
+    else:
+        fake_viewer(nuke, monkeypatch, 1, comp["viewer"])
+    before = graph()
+
+    rig.snapshot()
+
+    assert messages == [text]
+    assert graph() == before
+    assert snapshots_in(snap_dir) == []
+
+
+def test_the_stem_carries_the_saved_script_name(rig, nuke, comp, snap_dir, tmp_path):
+    nuke.scriptSaveAs(str(tmp_path / "sq010_comp.v003.nk"))
+    rig.snapshot()
+    [image] = taken(snap_dir, ".jpg")
+    assert STEM.match(os.path.basename(image)).group(2) == "sq010_comp.v003.jpg"
+
+
+@pytest.mark.parametrize("failure, text", [
+    ("nothing to render", "No valid data to write"),
+    ("refused", "cannot write: disk full"),
+])
+@pytest.mark.parametrize("proxy", [False, True])
+def test_a_failed_render_says_so_once_and_leaves_no_trace(
+        rig, nuke, helper, comp, snap_dir, graph, messages, monkeypatch, failure, text, proxy):
+    if failure == "nothing to render":
+        comp["grade"].setInput(0, None)
+    else:
+        def refuse(*args):
+            raise RuntimeError("cannot write: disk full")
+
+        monkeypatch.setattr(nuke, "execute", refuse)
+    nuke.root()["proxy"].setValue(proxy)
+    comp["bars"].setSelected(True)
+    helper.update_xml("current_snapshot_preview", "/earlier/snapshot.jpg")
+    before = graph()
+
+    rig.snapshot()
+
+    assert messages == [text]
+    assert graph() == before
+    assert nuke.root()["proxy"].value() is proxy
+    assert snapshots_in(snap_dir) == []
+    assert helper.load_settings()["current_snapshot_preview"] == "/earlier/snapshot.jpg"
+
+
+def test_proxy_mode_is_off_for_the_render_and_back_afterwards(rig, nuke, comp, snap_dir,
+                                                              monkeypatch):
+    during = []
+    real_execute = nuke.execute
+    monkeypatch.setattr(nuke, "execute", lambda *a: (during.append(nuke.root()["proxy"].value()),
+                                                     real_execute(*a)))
+    nuke.root()["proxy"].setValue(True)
+    rig.snapshot()
+    assert during == [False] and nuke.root()["proxy"].value() is True
+    # Full size: proxy mode would have halved the image.
+    assert image_size(taken(snap_dir, ".jpg")[0])[0] == 240
+
+
+def test_a_host_failure_after_the_group_is_made_still_cleans_up(rig, nuke, comp, snap_dir, graph,
+                                                               monkeypatch):
+    nuke.root()["proxy"].setValue(True)
+    before = graph()
+    monkeypatch.setattr(nuke, "allNodes", lambda *a, **k: (_ for _ in ()).throw(
+        RuntimeError("host refused")))
+    with pytest.raises(RuntimeError, match="host refused"):
+        rig.snapshot()
+    monkeypatch.undo()
+    assert graph() == before
+    assert nuke.root()["proxy"].value() is True
