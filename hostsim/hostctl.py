@@ -8,19 +8,22 @@
     hostctl.set_interactive(True)           dialogs without a queued answer become real Qt dialogs
     hostctl.clipboard()                     the text nodeCopy("%clipboard%") wrote, or None
     hostctl.set_active_viewer(node)         make this Viewer the active one (None: the newest again)
+    hostctl.set_copy_writes_nothing(True)   nodeCopy to a file still answers True but writes no file
+    hostctl.script_text()                   the whole script as scriptSave would write it, to compare
 
 `messages` and `panels_shown` are lists that stay the same objects across resets, so a reference
 taken once keeps working.
 """
 
 import nuke
+from nuke import _nk
 from nuke._serialize import scriptClear
 from nuke._state import STATE
 from nuke._ui import UnexpectedDialog
 
 __all__ = ["UnexpectedDialog", "clipboard", "is_interactive", "messages", "panels_shown",
-           "pending_answers", "queue_answer", "queue_panel", "reset", "set_active_viewer",
-           "set_clipboard", "set_interactive"]
+           "pending_answers", "queue_answer", "queue_panel", "reset", "script_text",
+           "set_active_viewer", "set_clipboard", "set_copy_writes_nothing", "set_interactive"]
 
 messages = STATE.messages
 panels_shown = STATE.panels_shown
@@ -35,7 +38,7 @@ def reset():
     del STATE.panel_answers[:]
     del STATE.answers[:]
     STATE.interactive = False
-    STATE.undo_depth = 0
+    STATE.copy_writes_nothing = False
     STATE.undo_disabled = 0
 
 
@@ -70,6 +73,18 @@ def clipboard():
 
 def set_clipboard(text):
     STATE.clipboard = text
+
+
+def script_text():
+    """The whole script (root, nodes, names, positions, knobs, selection, connections) as the text
+    scriptSave writes, without writing a file."""
+    return _nk.write_script(STATE.root, STATE.root._knob_value("name"))
+
+
+def set_copy_writes_nothing(flag=True):
+    """Makes nodeCopy to a file answer True without writing it, as a host whose write went wrong
+    without a word (a full disk, a share that went away)."""
+    STATE.copy_writes_nothing = bool(flag)
 
 
 def set_active_viewer(node):

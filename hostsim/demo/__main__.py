@@ -81,7 +81,13 @@ def main(argv=None):
 
     script = os.path.join(folder, sample.SCRIPT_NAME)
     if args.data and os.path.isfile(script):
-        nuke.scriptOpen(script)
+        try:
+            nuke.scriptOpen(script)
+        except RuntimeError as error:
+            # Left as it is: the file may be the only copy of someone's work.
+            print("cobaltRig demo host: {}. Give --data a new folder to start on a fresh sample."
+                  .format(error))
+            return 1
         start_node = next((n for n in nuke.allNodes() if n.knob("looks") is not None), None)
     else:
         start_node = sample.prepare(folder)

@@ -195,6 +195,7 @@ class GraphView(QtWidgets.QGraphicsView):
         self.setHorizontalScrollBarPolicy(QtCore.Qt.ScrollBarAlwaysOff)
         self.setVerticalScrollBarPolicy(QtCore.Qt.ScrollBarAlwaysOff)
         self.pan_from = None
+        self.dragging = False  # a left-button press opened an undo group that its release ends
         self.scene().selectionChanged.connect(self.selection_changed)
 
     # -- from the graph to the view --------------------------------------------------------------
@@ -302,6 +303,10 @@ class GraphView(QtWidgets.QGraphicsView):
             self.pan_from = event.pos()
             self.viewport().setCursor(QtCore.Qt.ClosedHandCursor)
         else:
+            # Every node a drag moves, at every step of the way, is one undo step.
+            if event.button() == QtCore.Qt.LeftButton and not self.dragging:
+                self.dragging = True
+                nuke.Undo.begin("Move")
             super().mousePressEvent(event)
 
     def mouseMoveEvent(self, event):
@@ -318,7 +323,12 @@ class GraphView(QtWidgets.QGraphicsView):
             self.pan_from = None
             self.viewport().unsetCursor()
         else:
-            super().mouseReleaseEvent(event)
+            try:
+                super().mouseReleaseEvent(event)
+            finally:
+                if event.button() == QtCore.Qt.LeftButton and self.dragging:
+                    self.dragging = False
+                    nuke.Undo.end()
 
     def wheelEvent(self, event):
         factor = 1.15 if event.angleDelta().y() > 0 else 1 / 1.15

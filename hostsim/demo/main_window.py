@@ -93,6 +93,11 @@ class DemoHost(QtWidgets.QMainWindow):
         self.add_action(file_menu, "&Quit", self.close, QtGui.QKeySequence.Quit)
 
         edit = self.new_menu(bar, "&Edit")
+        self.action_undo = self.add_action(edit, "&Undo", nuke.undo, QtGui.QKeySequence("Ctrl+Z"))
+        self.action_redo = self.add_action(edit, "&Redo", nuke.redo,
+                                           QtGui.QKeySequence("Ctrl+Shift+Z"))
+        edit.aboutToShow.connect(self.name_undo_actions)
+        edit.addSeparator()
         self.add_action(edit, "&Copy", self.in_graph(nuke.nodeCopy, "%clipboard%"),
                         QtGui.QKeySequence.Copy)
         self.add_action(edit, "&Paste", self.in_graph(nuke.nodePaste, "%clipboard%"),
@@ -147,6 +152,15 @@ class DemoHost(QtWidgets.QMainWindow):
                 icon = find_icon(item.icon()) if item.icon() else None
                 if icon:
                     action.setIcon(QtGui.QIcon(icon))
+
+    def name_undo_actions(self):
+        """Says in the Edit menu what Undo and Redo would take back or bring back."""
+        for action, size, describe, text in (
+                (self.action_undo, nuke.Undo.undoSize, nuke.Undo.undoDescribe, "Undo"),
+                (self.action_redo, nuke.Undo.redoSize, nuke.Undo.redoDescribe, "Redo")):
+            available = size() > 0
+            action.setEnabled(available)
+            action.setText("&{} {}".format(text, describe()) if available else "&" + text)
 
     def in_graph(self, function, *args):
         """`function(*args)` to run in the group the graph shows, as the host runs what the user
@@ -212,8 +226,9 @@ class DemoHost(QtWidgets.QMainWindow):
         self.sync()
 
     def delete_selected(self):
-        for node in [n for n in self.graph.group.nodes() if n.isSelected()]:
-            nuke.delete(node)
+        with nuke.Undo("Delete"):
+            for node in [n for n in self.graph.group.nodes() if n.isSelected()]:
+                nuke.delete(node)
         self.changed()
 
     def select_all(self):

@@ -1,8 +1,9 @@
 """What the demo host starts on: a small script, a preset pool and a snapshot root, all in one folder.
 
-Everything is made by code through the host's own API, the way an artist would make it: the presets
-are written with `nuke.nodeCopy` into the pool's `nodes/<Class>/` and `toolsets/<category>/` folders,
-and the settings that point the add-on at the pool and the snapshot root go through its `helper`.
+The presets are script text as the host's copy writes it, the way an artist's pool holds them: single
+nodes under `nodes/<Class>/`, node sets under `toolsets/<category>/`. The script is made by code through
+the host's own API, and the settings that point the add-on at the pool and the snapshot root go through
+its `helper`.
 """
 
 import os
@@ -13,33 +14,63 @@ POOL_NAME = "demo pool"
 SCRIPT_NAME = "sample.nk"
 SNAPSHOT_DIR = "first look"
 
+_HEADER = "set cut_paste_input [stack 0]\nversion 15.1 v2\n"
 
-def _write_preset(path, nodes):
-    """Writes `nodes` as one preset file and takes them out of the script again."""
-    os.makedirs(os.path.dirname(path), exist_ok=True)
-    nodes[0].selectOnly()
-    for node in nodes[1:]:
-        node.setSelected(True)
-    nuke.nodeCopy(path)
-    for node in nodes:
-        nuke.delete(node)
+PRESETS = {
+    "nodes/Grade/warm.nk": _HEADER + """push $cut_paste_input
+Grade {
+ white {1.15 0.95 0.75 1}
+ name warm
+ selected true
+ xpos 0
+ ypos 0
+}
+""",
+    "nodes/Grade/cool.nk": _HEADER + """push $cut_paste_input
+Grade {
+ white {0.8 0.95 1.2 1}
+ name cool
+ selected true
+ xpos 0
+ ypos 0
+}
+""",
+    "nodes/Blur/soft.nk": _HEADER + """push $cut_paste_input
+Blur {
+ size 12
+ label "soft\\n\\[value size] px"
+ name soft
+ selected true
+ xpos 0
+ ypos 0
+}
+""",
+    "toolsets/generators/small_bars.nk": _HEADER + """ColorBars {
+ inputs 0
+ name ColorBars1
+ selected true
+ xpos 0
+ ypos 0
+}
+Reformat {
+ type "to box"
+ box_width 480
+ name Reformat1
+ selected true
+ xpos 0
+ ypos 60
+}
+""",
+}
 
 
 def build_pool(pool):
-    """A few presets: single nodes under nodes/<Class>, a node set under toolsets/<category>."""
-    warm = nuke.nodes.Grade(name="warm")
-    warm["white"].setValue([1.15, 0.95, 0.75, 1.0])
-    _write_preset(os.path.join(pool, "nodes", "Grade", "warm.nk"), [warm])
-    cool = nuke.nodes.Grade(name="cool")
-    cool["white"].setValue([0.8, 0.95, 1.2, 1.0])
-    _write_preset(os.path.join(pool, "nodes", "Grade", "cool.nk"), [cool])
-    soft = nuke.nodes.Blur(name="soft")
-    soft["size"].setValue(12)
-    _write_preset(os.path.join(pool, "nodes", "Blur", "soft.nk"), [soft])
-    bars = nuke.nodes.ColorBars()
-    small = nuke.nodes.Reformat(type="to box", box_width=480, inputs=[bars])
-    small.setXYpos(bars.xpos(), bars.ypos() + 60)
-    _write_preset(os.path.join(pool, "toolsets", "generators", "small_bars.nk"), [bars, small])
+    """Writes the presets into the pool."""
+    for relative, text in PRESETS.items():
+        path = os.path.join(pool, *relative.split("/"))
+        os.makedirs(os.path.dirname(path), exist_ok=True)
+        with open(path, "w", encoding="utf-8") as f:
+            f.write(text)
 
 
 def build_script():
@@ -92,7 +123,6 @@ def prepare(folder):
 
     os.makedirs(folder, exist_ok=True)
     pool, _ = configure(folder)
-    nuke.scriptClear()
     if not os.path.isdir(os.path.join(pool, "nodes")):
         build_pool(pool)
     nuke.scriptClear()

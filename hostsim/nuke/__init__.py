@@ -14,6 +14,8 @@ Where the host's reference leaves a choice open, this host decides so:
 - Images are drawn with Qt's image classes; see `_render` for what each image node does.
 - Integer knobs, check boxes and pulldowns give floats from `getValue()`, their own type from
   `value()`.
+- Selecting nodes makes no undo step of its own; a `with nuke.Undo():` block that fails still ends as
+  one step, which undo can take back (nothing is rolled back by itself).
 """
 
 import os
@@ -57,8 +59,9 @@ from ._serialize import (  # noqa: E402
     scriptSaveAs)
 from ._render import execute  # noqa: E402
 from ._ui import (  # noqa: E402
-    Menu, MenuItem, Panel, Undo, ask, getInput, menu, message, pluginAddPath, pluginAppendPath,
+    Menu, MenuItem, Panel, ask, getInput, menu, message, pluginAddPath, pluginAppendPath,
     pluginPath, toolbar)
+from ._undo import Undo, redo, undo  # noqa: E402
 
 
 def formats():

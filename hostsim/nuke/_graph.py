@@ -14,6 +14,7 @@ import re
 
 from . import _knobs as K
 from ._state import STATE
+from ._undo import recorded
 
 # What dependencies()/dependent() follow, with the host's values.
 EXPRESSIONS = 1
@@ -129,6 +130,7 @@ class _NameKnob(K.String_Knob):
 
     _class_name = "String_Knob"
 
+    @K._recorded
     def setValue(self, value):
         K._check_text(self, value)
         if self._node is None:
@@ -142,6 +144,12 @@ class _SelectedKnob(K.Boolean_Knob):
     """The `selected` knob; remembers when a node was selected, for selectedNode()."""
 
     _class_name = "Boolean_Knob"
+
+    def setValue(self, value):
+        # Selecting is no undo step of its own; the steps around it restore the selection.
+        self._value = self._coerce(value)
+        self._changed()
+        return True
 
     def _changed(self):
         if self._value and self._node is not None:
@@ -194,6 +202,10 @@ def _check_node(value, what="node"):
     return value
 
 
+def _node_step(what):
+    return lambda node, *args, **kwargs: "{} {}".format(what, node._knob_value("name"))
+
+
 class Node:
     """A node of the graph. Made by createNode, nuke.nodes.<Class>, a paste or makeGroup only."""
 
@@ -210,6 +222,8 @@ class Node:
         self._serial = STATE.next_serial()
         self._selected_at = 0
         self._viewer_active = [None, None]  # shown input of a Viewer: primary and secondary
+        # Knob lines of a read script that no knob of the node takes, as (name, text), written back.
+        self._extra = ()
         self._knobs = []
         for knob in (knobs if knobs is not None else _node_knobs(self._info)):
             self._attach(knob)
@@ -252,6 +266,7 @@ class Node:
     def name(self):
         return self._knob_value("name")
 
+    @recorded(_node_step("Rename"))
     def setName(self, name, uncollide=True, updateExpressions=False):
         self._rename(name, uncollide)
 
@@ -302,6 +317,7 @@ class Node:
             raise NameError("knob {} does not exist".format(key))
         return knob
 
+    @recorded(_node_step("Add knob to"))
     def addKnob(self, knob):
         """Appends the knob: it stands last, under the tab added last."""
         if not isinstance(knob, K.Knob):
@@ -311,6 +327,7 @@ class Node:
         self._attach(knob)
         return True
 
+    @recorded(_node_step("Remove knob from"))
     def removeKnob(self, knob):
         if not isinstance(knob, K.Knob):
             raise TypeError("a knob is expected, got {}".format(type(knob).__name__))
@@ -348,6 +365,7 @@ class Node:
     def setYpos(self, y):
         self["ypos"].setValue(operator.index(y))
 
+    @recorded(_node_step("Move"))
     def setXYpos(self, x, y):
         x, y = operator.index(x), operator.index(y)
         self["xpos"].setValue(x)
@@ -387,6 +405,7 @@ class Node:
         i = operator.index(i)
         return self._inputs[i] if 0 <= i < len(self._inputs) else None
 
+    @recorded(_node_step("Connect"))
     def setInput(self, i, node):
         """Connects input i; False when the host would refuse (no such input, a loop, ...)."""
         i = operator.index(i)
@@ -528,6 +547,7 @@ class Root(Group):
         for knob in self._knobs:
             knob._node = None
         self._knobs = []
+        self._extra = ()
         for knob in _root_knobs():
             self._attach(knob)
 
@@ -535,9 +555,22 @@ class Root(Group):
 STATE.root = Root()
 
 
-def new_node(cls, group, name=None):
+def opaque_info(cls):
+    """What this host assumes of a class it does not know, met in a script: any number of inputs,
+    an image out, no knobs beyond every node's own."""
+    if cls not in _OPAQUE:
+        # Numbered names are made from the class name: they must be valid node names too.
+        base = re.sub(r"\W", "_", cls).rstrip("0123456789") or "Node"
+        _OPAQUE[cls] = _ClassInfo(base, 100)
+    return _OPAQUE[cls]
+
+
+_OPAQUE = {}
+
+
+def new_node(cls, group, name=None, info=None):
     """Makes a node of class `cls` in `group`: unconnected, unselected, uniquely named."""
-    info = class_info(cls)
+    info = info or class_info(cls)
     node = Group(cls, info) if cls == "Group" else Node(cls, info)
     if cls == "Input":
         node["number"].setValue(len(group._input_nodes()))
@@ -690,6 +723,7 @@ def _apply_args(node, args):
         node[name].fromScript(text)
 
 
+@recorded(lambda node, *args, **kwargs: "Create {}".format(node))
 def createNode(node, args=None, inpanel=True):
     """Creates a node as the user does: hooked below the selected node, taking over its outputs."""
     if not isinstance(node, str):
@@ -729,6 +763,7 @@ class _NodeMakers:
         if cls.startswith("_"):
             raise AttributeError(cls)
 
+        @recorded(lambda **knobs: "Create {}".format(cls))
         def make(**knobs):
             group = current_group()
             inputs = knobs.pop("inputs", ())
@@ -751,6 +786,7 @@ class _NodeMakers:
 nodes = _NodeMakers()
 
 
+@recorded(lambda node: "Delete {}".format(node._knob_value("name")))
 def delete(node):
     """Removes the node; what it fed is fed by its input 0 from now on. Its handle dies, and so do
     those of a group's members."""

@@ -11,6 +11,8 @@ would fail in the host fails here too.
 
 import numbers
 
+from ._undo import recorded
+
 DEAD_HANDLE = "A PythonObject is not attached to a node"
 
 # Knob flags, with the host's values.
@@ -79,6 +81,18 @@ def tcl_words(text):
     return words
 
 
+def _on_a_node(knob, *args, **kwargs):
+    return knob._node is not None
+
+
+def _knob_step(knob, *args, **kwargs):
+    return "{}.{}".format(knob._node._knob_value("name"), knob._name)
+
+
+# A change to a knob of a node is an undo step; one of a knob not on a node yet is not.
+_recorded = recorded(_knob_step, when=_on_a_node)
+
+
 def _parse_bool(knob, text):
     low = text.strip().lower()
     if low in ("1", "true", "yes", "on"):
@@ -101,6 +115,8 @@ class Knob:
         self._tooltip = ""
         self._flags = 0
         self._node = None
+        # The value as a read script wrote it, when it is more than this knob holds (an expression).
+        self._raw = None
         self._value = self._initial_value(*args)
 
     def __getattribute__(self, attr):
@@ -137,19 +153,23 @@ class Knob:
     def label(self):
         return self._label
 
+    @_recorded
     def setLabel(self, label):
         self._label = _check_text(self, label)
 
     def tooltip(self):
         return self._tooltip
 
+    @_recorded
     def setTooltip(self, tooltip):
         self._tooltip = _check_text(self, tooltip)
 
     # -- flags ----------------------------------------------------------------------------------
+    @_recorded
     def setFlag(self, flag):
         self._flags |= int(flag)
 
+    @_recorded
     def clearFlag(self, flag):
         self._flags &= ~int(flag)
 
@@ -181,8 +201,10 @@ class Knob:
     def getValue(self):
         return self.value()
 
+    @_recorded
     def setValue(self, value):
         self._value = self._coerce(value)
+        self._raw = None
         self._changed()
         return True
 
@@ -191,40 +213,14 @@ class Knob:
         return self.setValue(self._from_text(_check_text(self, text)))
 
     def toScript(self):
+        return self._raw if self._raw is not None else self._script_text()
+
+    def _script_text(self):
         value = self.value()
         return "" if value is None else str(value)
 
     def _from_text(self, text):
         return text
-
-    # -- copy and paste -------------------------------------------------------------------------
-    def _dump(self):
-        """The knob as plain data: everything a copy and paste or a save must carry."""
-        return {"class": self.Class(), "name": self._name, "label": self._label,
-                "tooltip": self._tooltip, "flags": self._flags, "value": self._dump_value()}
-
-    def _dump_value(self):
-        return self._value
-
-    def _load(self, data):
-        self._label = data.get("label", "")
-        self._tooltip = data.get("tooltip", "")
-        self._flags = data.get("flags", 0)
-        self._load_value(data.get("value"))
-
-    def _load_value(self, value):
-        self._value = value
-
-    @classmethod
-    def _from_dump(cls, data):
-        knob = cls.__new__(cls)
-        Knob.__init__(knob, data["name"], data.get("label", ""), *cls._ctor_args(data))
-        knob._load(data)
-        return knob
-
-    @classmethod
-    def _ctor_args(cls, data):
-        return ()
 
 
 class Tab_Knob(Knob):
@@ -243,9 +239,6 @@ class String_Knob(Knob):
 
     def _coerce(self, value):
         return _check_text(self, value)
-
-    def _load_value(self, value):
-        self._value = value or ""
 
 
 class Text_Knob(String_Knob):
@@ -297,14 +290,11 @@ class Boolean_Knob(Knob):
     def getValue(self):
         return 1.0 if self._value else 0.0
 
-    def toScript(self):
+    def _script_text(self):
         return "true" if self._value else "false"
 
     def _from_text(self, text):
         return _parse_bool(self, text)
-
-    def _load_value(self, value):
-        self._value = bool(value)
 
 
 class Int_Knob(Knob):
@@ -321,9 +311,6 @@ class Int_Knob(Knob):
 
     def _from_text(self, text):
         return int(float(text))
-
-    def _load_value(self, value):
-        self._value = int(value or 0)
 
 
 class ColorChip_Knob(Int_Knob):
@@ -359,17 +346,19 @@ class Array_Knob(Knob):
     def getValue(self, index=None):
         return self.value(index)
 
+    @_recorded
     def setValue(self, value, index=None):
         if index is None:
             return super().setValue(value)
         self._value[index] = float(_check_number(self, value))
+        self._raw = None
         self._changed()
         return True
 
     def dimensions(self):
         return self._dims
 
-    def toScript(self):
+    def _script_text(self):
         value = self.value()
         if isinstance(value, list):
             return "{" + " ".join("{:g}".format(v) for v in value) + "}"
@@ -381,9 +370,6 @@ class Array_Knob(Knob):
             return float(words[0])
         words = tcl_words(words[0]) if len(words) == 1 else words
         return [float(w) for w in words] if len(words) > 1 else float(words[0])
-
-    def _load_value(self, value):
-        self._value = list(value) if isinstance(value, list) else [float(value or 0)] * self._dims
 
 
 class Double_Knob(Array_Knob):
@@ -449,31 +435,11 @@ class Enumeration_Knob(Knob):
     def enumName(self, index):
         return self._items[index]
 
+    @_recorded
     def setValues(self, items):
         current = self.value()
         self._items = [str(i) for i in items]
         self._value = self._items.index(current) if current in self._items else 0
-
-    def _dump(self):
-        data = super()._dump()
-        data["items"] = list(self._items)
-        return data
-
-    def _dump_value(self):
-        return self.value()
-
-    def _load(self, data):
-        self._items = [str(i) for i in data.get("items", self._items)]
-        super()._load(data)
-
-    def _load_value(self, value):
-        self._value = self._items.index(value) if value in self._items else 0
-
-    @classmethod
-    def _from_dump(cls, data):
-        knob = cls(data["name"], data.get("label", ""), data.get("items", ()))
-        knob._load(data)
-        return knob
 
 
 class Format:
@@ -543,23 +509,11 @@ class Format_Knob(Knob):
             return value
         return find_format(_check_text(self, value))
 
-    def toScript(self):
+    def _script_text(self):
         return self._value.name() or "{} {}".format(self._value.width(), self._value.height())
-
-    def _dump_value(self):
-        fmt = self._value
-        return [fmt.width(), fmt.height(), fmt.name(), fmt.pixelAspect()]
-
-    def _load_value(self, value):
-        self._value = Format(*value) if value else DEFAULT_FORMAT
 
 
 KNOB_CLASSES = {cls.__name__: cls for cls in (
     Knob, Tab_Knob, String_Knob, Text_Knob, Multiline_Eval_String_Knob, EvalString_Knob, File_Knob,
     PythonKnob, PyScript_Knob, Boolean_Knob, Int_Knob, ColorChip_Knob, Array_Knob, Double_Knob,
     WH_Knob, XY_Knob, Color_Knob, AColor_Knob, Enumeration_Knob, Format_Knob)}
-
-
-def knob_from_dump(data):
-    cls = KNOB_CLASSES.get(data.get("class"), Knob)
-    return cls._from_dump(data)

@@ -1,114 +1,18 @@
-"""Copy, paste, save and open: the graph as text.
+"""Copy, paste, save and open: the graph as the host's script text (see `_nk`).
 
-The text is this host's own format: JSON with every knob of every node (class, name, label, tooltip,
-flags and value, commands included, in knob order, so user knobs keep their place under their tabs),
-positions, the connections among the written nodes, and a Group's contents recursively. A saved script
-also carries the root's knobs. Connections to nodes that were not written are dropped; a paste hooks
-the first node that has no input of its own onto the selected node instead, as the host does.
+A copy writes the selected nodes of the current group with their connections among themselves; the
+first input that came from outside (or the input of a chain's first node that had none) takes what the
+paste lands on, as the host does: a paste hooks onto the selected node.
 """
 
-import json
 import os
 
 from . import _graph as G
-from . import _knobs as K
+from . import _nk
 from ._state import STATE
+from ._undo import forget, recorded
 
 CLIPBOARD = "%clipboard%"
-FORMAT = "hostsim-script"
-VERSION = 1
-
-
-# ---------------------------------------------------------------------------------------------
-# Nodes to data and back
-# ---------------------------------------------------------------------------------------------
-
-
-def dump_nodes(nodes):
-    index = {id(node): i for i, node in enumerate(nodes)}
-    return [_dump_node(node, index) for node in nodes]
-
-
-def _dump_node(node, index):
-    data = {
-        "class": node._class,
-        "name": node.name(),
-        "knobs": [knob._dump() for knob in node._knobs],
-        "inputs": [None if source is None else index.get(id(source)) for source in node._inputs],
-    }
-    if node._class == "Viewer":
-        data["viewer_active"] = list(node._viewer_active)
-    if isinstance(node, G.Group):
-        data["nodes"] = dump_nodes(node._children)
-    return data
-
-
-def to_text(nodes, root=None):
-    data = {"format": FORMAT, "version": VERSION}
-    if root is not None:
-        data["root"] = [knob._dump() for knob in root._knobs]
-    data["nodes"] = dump_nodes(nodes)
-    return json.dumps(data, indent=1)
-
-
-def parse(text, source):
-    try:
-        data = json.loads(text)
-    except ValueError:
-        data = None
-    if not isinstance(data, dict) or data.get("format") != FORMAT:
-        raise RuntimeError("{}: not a script this host can read".format(source))
-    return data
-
-
-def load_nodes(data, group, keep_selection):
-    """Makes the nodes of `data` in `group`, named uniquely there, wired among themselves."""
-    created = []
-    for item in data:
-        node = G.new_node(item["class"], group, item.get("name"))
-        _load_knobs(node, item.get("knobs", ()))
-        if not keep_selection:
-            node._knob_obj("selected")._value = False
-        if isinstance(node, G.Group):
-            load_nodes(item.get("nodes", ()), node, True)
-        created.append(node)
-    for node, item in zip(created, data):
-        for i, ref in enumerate(item.get("inputs", ())):
-            if ref is not None:
-                node._set_input_raw(i, created[ref])
-        if "viewer_active" in item:
-            node._viewer_active = list(item["viewer_active"])
-    return created
-
-
-def _load_knobs(node, dumps):
-    """Gives the node the knobs of `dumps`, in their order. The node's own knobs take the saved
-    state; the others (user knobs) are made anew. The name is the caller's business."""
-    own = {}
-    for knob in node._knobs:
-        own.setdefault(knob._name, knob)
-    result, used = [], set()
-    for data in dumps:
-        knob = own.get(data.get("name"))
-        if knob is not None and id(knob) not in used and knob.Class() == data.get("class"):
-            used.add(id(knob))
-            keep = knob._value
-            knob._load(data)
-            if knob._name == "name":
-                knob._value = keep
-        else:
-            knob = K.knob_from_dump(data)
-        result.append(knob)
-    # Without these the node could not answer name(), xpos(), ... at all.
-    for name in G._ESSENTIAL:
-        knob = own.get(name)
-        if knob is not None and id(knob) not in used and knob not in result:
-            result.append(knob)
-    for knob in node._knobs:
-        knob._node = None
-    node._knobs = []
-    for knob in result:
-        node._attach(knob)
 
 
 # ---------------------------------------------------------------------------------------------
@@ -126,10 +30,13 @@ def _write(path, text):
 
 def _read(path):
     try:
-        with open(path, encoding="utf-8") as f:
+        # Editors on some platforms put a byte-order mark before the first command.
+        with open(path, encoding="utf-8-sig") as f:
             return f.read()
     except OSError as error:
         raise RuntimeError("{}: {}".format(path, error.strerror or error))
+    except UnicodeDecodeError:
+        raise RuntimeError("{}: not a script this host can read (not text)".format(path))
 
 
 def _selected(group):
@@ -142,24 +49,19 @@ def nodeCopy(s):
     nodes = _selected(G.current_group())
     if not nodes:
         return False
-    text = to_text(nodes)
+    text = _nk.write_copy(nodes)
     if s == CLIPBOARD:
         STATE.clipboard = text
-    else:
+    elif not STATE.copy_writes_nothing:
         _write(s, text)
     return True
 
 
-def _paste(data, connect):
+def _paste(text, source, connect):
+    parsed = _nk.parse(text, source)
     group = G.current_group()
     target = G._selected_output(group) if connect else None
-    created = load_nodes(data.get("nodes", ()), group, keep_selection=False)
-    if target is not None:
-        for node, item in zip(created, data.get("nodes", ())):
-            inputs = item.get("inputs") or [None]
-            if inputs[0] is None and node.maxInputs() > 0:
-                node.setInput(0, target)
-                break
+    created = _nk.load(parsed, group, target)
     for node in _selected(group):
         node.setSelected(False)
     for node in created:
@@ -167,6 +69,7 @@ def _paste(data, connect):
     return created
 
 
+@recorded(lambda s: "Paste")
 def nodePaste(s):
     """Pastes from file `s` or the clipboard into the current group and selects what it pasted.
 
@@ -179,13 +82,14 @@ def nodePaste(s):
         text = STATE.clipboard
     else:
         text = _read(s)
-    created = _paste(parse(text, s), connect=True)
+    created = _paste(text, s, connect=True)
     return created[-1] if created else None
 
 
+@recorded(lambda filename: "Import {}".format(os.path.basename(str(filename))))
 def scriptReadFile(filename):
     """Reads the nodes of a file into the current group, without hooking them to the selection."""
-    _paste(parse(_read(filename), filename), connect=False)
+    _paste(_read(filename), filename, connect=False)
 
 
 def _ask_save_path():
@@ -196,8 +100,8 @@ def _ask_save_path():
     return QtWidgets.QFileDialog.getSaveFileName(None, "Save script", "", "Scripts (*.nk)")[0] or None
 
 
-def _save(path):
-    _write(path, to_text(STATE.root._children, STATE.root))
+def _save(path, name):
+    _write(path, _nk.write_script(STATE.root, name))
 
 
 def scriptSave(filename=None):
@@ -210,7 +114,7 @@ def scriptSave(filename=None):
                 return False
             raise RuntimeError("The script is untitled: give scriptSave a file name or use scriptSaveAs")
         STATE.root._rename(path, False)
-    _save(path)
+    _save(path, STATE.root._knob_value("name"))
     return True
 
 
@@ -221,7 +125,7 @@ def scriptSaveAs(filename=None, overwrite=-1):
         raise RuntimeError("scriptSaveAs needs a file name")
     if overwrite == 0 and os.path.exists(path):
         raise RuntimeError("{} already exists".format(path))
-    _save(path)
+    _save(path, path)
     STATE.root._rename(path, False)
 
 
@@ -239,13 +143,15 @@ def scriptClear():
     STATE.clipboard = None
     STATE.active_viewer = None
     STATE.frame = 1
+    forget()
 
 
 def scriptOpen(filename):
-    data = parse(_read(filename), filename)
+    """Opens a script in place of the current one; a file that is no script leaves it as it was."""
+    parsed = _nk.parse(_read(filename), filename)
     scriptClear()
-    _load_knobs(STATE.root, data.get("root", ()))
-    load_nodes(data.get("nodes", ()), STATE.root, keep_selection=True)
+    _nk.load_root(parsed, STATE.root)
+    _nk.load(parsed, STATE.root, keep_selection=True)
     STATE.root._rename(filename, False)
 
 
@@ -254,6 +160,7 @@ def scriptOpen(filename):
 # ---------------------------------------------------------------------------------------------
 
 
+@recorded(lambda show=True: "Group")
 def makeGroup(show=True):
     """A new Group of the current context holding copies of its selected nodes, wired as they were.
 
@@ -268,7 +175,9 @@ def makeGroup(show=True):
         new.setXYpos(originals[0].xpos(), originals[0].ypos())
     else:
         new.setXYpos(*G._free_spot(group, new))
-    copies = load_nodes(dump_nodes(originals), new, keep_selection=False)
+    # Names are unique in a group, and the new group starts empty: each copy keeps its name.
+    _nk.load(_nk.parse(_nk.write_nodes(originals), "makeGroup"), new)
+    copies = [new.node(original.name()) for original in originals]
     sources, feeds = [], []
     for original, copy in zip(originals, copies):
         for i, source in enumerate(original._inputs):

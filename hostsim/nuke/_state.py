@@ -14,6 +14,7 @@ class _State:
         # (node, knob) of the knob commands that run now; the innermost is last.
         self.this = []
         self.clipboard = None  # text of the last nodeCopy("%clipboard%"), None when empty
+        self.copy_writes_nothing = False  # nodeCopy to a file answers True and writes nothing
         self.frame = 1
         self.serial = 0  # creation counter: tells which Viewer was made last
         self.active_viewer = None  # a Viewer node chosen through hostctl, or None
@@ -24,7 +25,12 @@ class _State:
         self.panels_shown = []
         self.menus = {}
         self.plugin_path = []
-        self.undo_depth = 0
+        # Undo: the steps that can be undone and redone (latest last), the open groups as
+        # [name, state before], how deep recorded calls nest now, and the disable() count.
+        self.undo_steps = []
+        self.redo_steps = []
+        self.undo_groups = []
+        self.undo_calls = 0
         self.undo_disabled = 0
         self.script_globals = None  # the namespace knob commands run in, made on first use
 

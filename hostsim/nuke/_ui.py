@@ -1,4 +1,4 @@
-"""What the host shows the user: messages, questions, panels and menus; and undo, which is a no-op.
+"""What the host shows the user: messages, questions, panels and menus; and the plug-in path.
 
 Dialogs answer in one of two ways. In tests (the default) they take their answer from queues that
 `hostctl` fills, and record what they offered; a dialog with no queued answer raises UnexpectedDialog,
@@ -329,58 +329,8 @@ def toolbar(name, create=True):
 
 
 # ---------------------------------------------------------------------------------------------
-# Undo and plug-in paths
+# Plug-in paths
 # ---------------------------------------------------------------------------------------------
-
-
-class Undo:
-    """Undo groups. Nothing is recorded; only the nesting is kept, so begin/end pairs stay checkable."""
-
-    def __init__(self, name=None, *args):
-        self._name = name
-
-    @staticmethod
-    def begin(*args):
-        STATE.undo_depth += 1
-
-    @staticmethod
-    def end(*args):
-        STATE.undo_depth = max(0, STATE.undo_depth - 1)
-
-    @staticmethod
-    def cancel(*args):
-        STATE.undo_depth = max(0, STATE.undo_depth - 1)
-
-    @staticmethod
-    def disable(*args):
-        STATE.undo_disabled += 1
-
-    @staticmethod
-    def enable(*args):
-        STATE.undo_disabled = max(0, STATE.undo_disabled - 1)
-
-    @staticmethod
-    def disabled(*args):
-        return STATE.undo_disabled > 0
-
-    @staticmethod
-    def undo(*args):
-        pass
-
-    @staticmethod
-    def redo(*args):
-        pass
-
-    def __enter__(self):
-        Undo.begin(self._name)
-        return self
-
-    def __exit__(self, exc_type, exc, tb):
-        if exc_type is None:
-            Undo.end()
-        else:
-            Undo.cancel()
-        return False
 
 
 def pluginAddPath(path, addToSysPath=True):

@@ -157,6 +157,36 @@ def test_a_rubber_band_selects_what_it_touches_and_a_drag_moves_the_node(demo):
     assert abs(blur.ypos() - (y_blur + 50)) <= 2 and blur.ypos() - y_blur == merge.ypos() - y_merge
 
 
+def test_undo_and_redo_in_the_edit_menu_take_a_drag_and_a_delete_as_one_step_each(demo):
+    edit = {a.text(): a for a in demo.menuBar().actions()}["&Edit"].menu()
+    edit.aboutToShow.emit()
+    actions = {a.text().split()[0]: a for a in edit.actions() if a.text()}
+    assert actions["&Undo"].shortcut() == QtGui.QKeySequence("Ctrl+Z")
+    assert actions["&Redo"].shortcut() == QtGui.QKeySequence("Ctrl+Shift+Z")
+    assert not actions["&Redo"].isEnabled()
+    demo.graph.frame_all()
+    view, blur, merge = demo.graph, nuke.toNode("Blur1"), nuke.toNode("Merge1")
+    blur.selectOnly()
+    merge.setSelected(True)
+    demo.sync()
+    placed = [(n.xpos(), n.ypos()) for n in (blur, merge)]
+    start = view.mapFromScene(QtCore.QPointF(blur.xpos() + 10, blur.ypos() + 9))
+    end = view.mapFromScene(QtCore.QPointF(blur.xpos() + 10, blur.ypos() + 9 + 50))
+    drag(view.viewport(), QtCore.QPointF(start), QtCore.QPointF(end))
+    moved = [(n.xpos(), n.ypos()) for n in (blur, merge)]
+    actions["&Delete"].trigger()
+    assert nuke.toNode("Blur1") is None and nuke.toNode("Merge1") is None
+    actions["&Undo"].trigger()
+    assert nuke.toNode("Merge1") is merge and merge.input(0) is blur
+    assert [(n.xpos(), n.ypos()) for n in (blur, merge)] == moved
+    actions["&Undo"].trigger()
+    assert [(n.xpos(), n.ypos()) for n in (blur, merge)] == placed
+    edit.aboutToShow.emit()
+    assert actions["&Redo"].text() == "&Redo Move"
+    actions["&Redo"].trigger()
+    assert [(n.xpos(), n.ypos()) for n in (blur, merge)] == moved
+
+
 def test_the_graph_shows_a_group_inside_and_nodes_made_there_land_in_it(demo):
     group = nuke.nodes.Group()
     with group:
@@ -205,7 +235,11 @@ def test_the_sample_pool_holds_presets_that_paste_back(demo, tmp_path):
     assert presets == ["nodes/Blur/soft.nk", "nodes/Grade/cool.nk", "nodes/Grade/warm.nk",
                        "toolsets/generators/small_bars.nk"]
     nuke.nodePaste(str(pool / "toolsets" / "generators" / "small_bars.nk"))
-    assert [n.Class() for n in nuke.selectedNodes()] == ["ColorBars", "Reformat"]
+    bars, small = nuke.selectedNodes()
+    assert (bars.Class(), small.Class(), small.input(0)) == ("ColorBars", "Reformat", bars)
+    assert small["box_width"].value() == 480
+    soft = nuke.nodePaste(str(pool / "nodes" / "Blur" / "soft.nk"))
+    assert soft["label"].value() == "soft\n[value size] px" and soft.input(0) is small
 
 
 def run_demo(tmp_path, *args, display=None):
@@ -243,6 +277,15 @@ def test_offscreen_it_runs_scenarios_in_order_and_writes_a_screenshot(tmp_path):
     image = QtGui.QImage(str(shot))
     assert shot.read_bytes().startswith(b"\x89PNG") and image.width() >= 800
     assert (data / "sample.nk").is_file() and (data / "snapshots" / sample.SNAPSHOT_DIR).is_dir()
+
+
+def test_a_kept_sample_it_cannot_read_is_named_and_left_as_it_is(tmp_path):
+    data = tmp_path / "data"
+    data.mkdir()
+    (data / "sample.nk").write_text('{"nodes": []}')
+    result = run_demo(tmp_path, "--offscreen", "--data", str(data))
+    assert result.returncode == 1 and str(data / "sample.nk") in result.stdout
+    assert (data / "sample.nk").read_text() == '{"nodes": []}'
 
 
 def test_headless_dialogs_are_answered_at_once_and_shown_in_the_console(tmp_path):

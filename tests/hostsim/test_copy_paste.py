@@ -50,6 +50,13 @@ def test_copy_without_selection_writes_nothing(tmp_path):
     path = tmp_path / "nothing.nk"
     assert nuke.nodeCopy(str(path)) is False and not path.exists()
     assert nuke.nodeCopy(CLIP) is False and hostctl.clipboard() is None
+    # A host told to lose its writes answers as if it had written.
+    nuke.nodes.Blur().selectOnly()
+    hostctl.set_copy_writes_nothing()
+    assert nuke.nodeCopy(str(path)) is True and not path.exists()
+    hostctl.reset()
+    nuke.nodes.Blur().selectOnly()
+    assert nuke.nodeCopy(str(path)) is True and path.read_text().startswith("set cut_paste_input")
 
 
 def test_paste_hooks_the_first_chain_start_onto_the_selected_node():
@@ -147,6 +154,7 @@ def test_root_name_follows_save_as_but_not_save_to_another_file(tmp_path):
     shot = str(tmp_path / "shot.nk")
     nuke.scriptSaveAs(shot)
     assert nuke.root().name() == shot and nuke.scriptName() == shot
+    assert " name {}\n".format(shot) in open(shot).read()
 
 
 def test_saved_script_opens_again_with_root_settings_and_connections(tmp_path):

@@ -1,0 +1,191 @@
+"""Undo and redo: one step per command or knob change, groups, and what undo brings back."""
+
+import pytest
+
+import nuke
+from hostctl import script_text
+
+# Every test starts on an empty, untitled script with nothing queued (the shared `host` fixture).
+pytestmark = pytest.mark.usefixtures("host")
+
+CLIP = "%clipboard%"
+
+
+def small_graph():
+    """Read -> Grade -> Blur, a Viewer on the Blur, and a Group holding a Dot; the Grade selected
+    and carrying a knob of the user's."""
+    read = nuke.nodes.Read(file="/plates/a.exr")
+    grade = nuke.nodes.Grade(inputs=[read])
+    grade.addKnob(nuke.String_Knob("note", "note", "warm"))
+    blur = nuke.nodes.Blur(inputs=[grade])
+    nuke.nodes.Viewer(inputs=[blur])
+    group = nuke.nodes.Group()
+    with group:
+        nuke.nodes.Dot()
+    grade.selectOnly()
+    return read, grade, blur, group
+
+
+def create_below_selection(nodes):
+    nuke.createNode("Transform", inpanel=False)
+
+
+def make_unconnected(nodes):
+    nuke.nodes.Constant(color=0.5)
+
+
+def delete_in_the_middle(nodes):
+    nuke.delete(nodes[1])
+
+
+def paste_onto_selection(nodes):
+    nuke.nodeCopy(CLIP)
+    nuke.nodePaste(CLIP)
+
+
+def rewire(nodes):
+    nodes[2].setInput(0, nodes[0])
+
+
+def set_array_knob_at_one_index(nodes):
+    nodes[1]["white"].setValue(2.0, 1)
+
+
+def rename(nodes):
+    nodes[1].setName("warm")
+
+
+def move(nodes):
+    nodes[2].setXYpos(500, 700)
+
+
+def add_user_knobs(nodes):
+    nodes[1].addKnob(nuke.Tab_Knob("looks", "looks"))
+
+
+def remove_a_knob(nodes):
+    nodes[1].removeKnob(nodes[1]["note"])
+
+
+def hide_a_knob(nodes):
+    nodes[1]["note"].setVisible(False)
+
+
+def make_group_of_selection(nodes):
+    nuke.makeGroup(show=False)
+
+
+def work_inside_a_group(nodes):
+    with nodes[3]:
+        nuke.createNode("Blur", inpanel=False)
+
+
+def several_commands_in_a_with_block(nodes):
+    with nuke.Undo("look"):
+        nuke.delete(nodes[1])
+        node = nuke.nodes.Grade(name="Grade1", inputs=[nodes[0]])
+        nodes[2].setInput(0, node)
+        node["multiply"].setValue(0.5)
+        node.selectOnly()
+
+
+@pytest.mark.parametrize("command", [
+    create_below_selection, make_unconnected, delete_in_the_middle, paste_onto_selection, rewire,
+    set_array_knob_at_one_index, rename, move, add_user_knobs, remove_a_knob, hide_a_knob,
+    make_group_of_selection, work_inside_a_group, several_commands_in_a_with_block])
+def test_one_undo_restores_the_script_before_and_one_redo_the_script_after(command):
+    nodes = small_graph()
+    nuke.Undo.undoTruncate()
+    before = script_text()
+    command(nodes)
+    after = script_text()
+    assert after != before and nuke.Undo.undoSize() == 1
+    nuke.undo()
+    assert script_text() == before
+    nuke.redo()
+    assert script_text() == after
+    nuke.undo()
+    assert script_text() == before
+
+
+def test_handles_of_nodes_that_come_back_work_again():
+    read = nuke.nodes.Read()
+    blur = nuke.nodes.Blur(inputs=[read])
+    knob = blur["size"]
+    nuke.delete(blur)
+    with pytest.raises(ValueError):
+        blur.name()
+    nuke.undo()
+    assert blur.input(0) is read and knob.node() is blur and nuke.allNodes() == [read, blur]
+    knob.setValue(3)
+    nuke.undo()
+    nuke.undo()
+    assert nuke.allNodes() == [read]
+    with pytest.raises(ValueError):
+        knob.value()
+    nuke.redo()
+    assert nuke.allNodes()[-1] is blur and blur.name() == "Blur1"
+
+
+def test_nested_groups_make_one_step_when_the_outermost_ends():
+    nuke.Undo.begin("outer")
+    nuke.nodes.Blur()
+    with nuke.Undo("inner"):
+        nuke.nodes.Grade()
+    assert nuke.Undo.undoSize() == 0
+    nuke.nodes.Dot()
+    nuke.Undo.end()
+    assert nuke.Undo.undoSize() == 1 and nuke.Undo.undoDescribe() == "outer"
+    nuke.undo()
+    assert nuke.allNodes() == [] and nuke.Undo.redoDescribe() == "outer"
+
+
+def test_a_failing_with_block_is_still_one_step():
+    with pytest.raises(ZeroDivisionError):
+        with nuke.Undo("half"):
+            nuke.nodes.Blur()
+            1 / 0
+    assert [n.name() for n in nuke.allNodes()] == ["Blur1"]
+    nuke.undo()
+    assert nuke.allNodes() == []
+
+
+def test_cancel_takes_back_the_open_group_and_disable_records_nothing():
+    keep = nuke.nodes.NoOp()
+    nuke.Undo.begin()
+    keep.setName("kept")
+    nuke.nodes.Blur()
+    nuke.Undo.cancel()
+    assert nuke.allNodes() == [keep] and keep.name() == "NoOp1"
+    nuke.Undo.disable()
+    nuke.nodes.Grade()
+    assert nuke.Undo.disabled()
+    nuke.Undo.enable()
+    assert nuke.Undo.undoSize() == 1 and not nuke.Undo.disabled()
+
+
+def test_selecting_and_unchanged_values_make_no_step_but_steps_restore_the_selection():
+    a, b = nuke.nodes.NoOp(), nuke.nodes.NoOp()
+    nuke.Undo.undoTruncate()
+    a.selectOnly()
+    b["label"].setValue("")
+    assert nuke.Undo.undoSize() == 0
+    nuke.createNode("Dot", inpanel=False)
+    assert nuke.selectedNodes()[0].Class() == "Dot"
+    nuke.undo()
+    assert nuke.selectedNodes() == [a] and a.dependent() == []
+
+
+def test_a_new_step_drops_the_redo_list_and_a_new_script_the_history():
+    nuke.nodes.Blur()
+    nuke.nodes.Grade()
+    nuke.undo()
+    assert nuke.Undo.redoSize() == 1
+    nuke.nodes.Dot()
+    assert nuke.Undo.redoSize() == 0 and nuke.Undo.undoSize() == 2
+    nuke.redo()
+    assert [n.Class() for n in nuke.allNodes()] == ["Blur", "Dot"]
+    nuke.scriptClear()
+    assert nuke.Undo.undoSize() == 0
+    nuke.undo()
+    assert nuke.allNodes() == []
