@@ -106,7 +106,6 @@ void Node::setInput(int index, const std::optional<Node>& node) {
 std::vector<Node> Node::dependencies() const { return toNodes(obj_.attr("dependencies")()); }
 std::vector<Node> Node::dependent() const { return toNodes(obj_.attr("dependent")()); }
 std::vector<Node> Node::nodes() const { return toNodes(obj_.attr("nodes")()); }
-bool Node::isGroup() const { return py::isinstance(obj_, nuke().attr("Group")); }
 
 // --- GroupContext ---
 
@@ -151,11 +150,6 @@ std::vector<Node> allNodes(const std::optional<std::string>& filter) {
     if (filter)
         return toNodes(nuke().attr("allNodes")(*filter));
     return toNodes(nuke().attr("allNodes")());
-}
-
-std::vector<Node> allNodesIn(const Node& group, bool recurseGroups) {
-    return toNodes(nuke().attr("allNodes")(py::arg("group") = group.object(),
-                                           py::arg("recurseGroups") = recurseGroups));
 }
 
 Node parentGroup(const Node& node) {

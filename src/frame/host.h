@@ -108,8 +108,6 @@ public:
 
     /// Group nodes only: the nodes inside.
     std::vector<Node> nodes() const;
-    /// True for a node with a graph of its own (a Group, the root, or a class built on a Group).
-    bool isGroup() const;
 
     const py::object& object() const { return obj_; }
     bool is(const Node& other) const { return obj_.is(other.obj_); }
@@ -149,8 +147,6 @@ private:
 std::vector<Node> selectedNodes();
 /// All nodes of the current context, optionally of one class.
 std::vector<Node> allNodes(const std::optional<std::string>& filter = std::nullopt);
-/// All nodes of `group`, and with `recurseGroups` those of every group inside it as well.
-std::vector<Node> allNodesIn(const Node& group, bool recurseGroups);
 /// The group whose graph holds `node`: the root for a node at the top level.
 Node parentGroup(const Node& node);
 std::optional<Node> toNode(const std::string& name);

@@ -18,8 +18,8 @@ class QSlider;
 
 namespace cobaltrig::looks {
 
-/// The selected nodes of the current group and of every group inside it, in the host's order; the
-/// stored copies inside look containers are left out. The slider steps all of them.
+/// The selected nodes of the current group and of every Group inside it, each group's own first;
+/// the stored copies inside look containers are left out. The slider steps all of them.
 std::vector<host::Node> selected_nodes_at_any_depth();
 
 /// The most look knobs any selected node has, at least 1: the slider's maximum.
