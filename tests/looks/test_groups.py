@@ -115,3 +115,19 @@ def test_the_slider_steps_a_selection_across_groups(rig, nuke, root_looks, open_
     assert [len(containers(nuke, g)[0].nodes()) for g in (nuke.root(), outer, inner)] == sizes
     assert not any(n.isSelected() for g in (nuke.root(), outer, inner)
                    for n in containers(nuke, g)[0].nodes())
+
+
+def test_a_replaced_lookup_serves_storing_and_applying_alike(rig, nuke, chain, host,
+                                                             monkeypatch):
+    _, blur, _ = chain
+    shelf = nuke.nodes.Group(name="shelf")  # a studio's own container, found its own way
+    monkeypatch.setattr(helper, "find_looks_group", lambda: shelf)
+    store(blur)
+    uid = blur["look_preset_1"].tooltip()
+    blur["mix"].setValue(0.3)
+
+    blur["look_preset_1"].execute()
+
+    assert [n["label"].value() for n in shelf.nodes()] == [uid]
+    assert nuke.toNode("Blur1")["mix"].value() == 1.0 and host.messages == []
+    assert containers(nuke, nuke.root()) == []
