@@ -1,5 +1,7 @@
 """Undo and redo: one step per command or knob change, groups, and what undo brings back."""
 
+import os
+
 import pytest
 
 import nuke
@@ -189,3 +191,13 @@ def test_a_new_step_drops_the_redo_list_and_a_new_script_the_history():
     assert nuke.Undo.undoSize() == 0
     nuke.undo()
     assert nuke.allNodes() == []
+
+
+def test_undo_brings_back_an_expression_a_value_replaced():
+    script = os.path.join(os.path.dirname(os.path.abspath(__file__)), "scripts", "group.nk")
+    nuke.nodePaste(script)
+    size = nuke.toNode("Soften.Blur1")["size"]
+    size.setValue(3)
+    assert size.toScript() == "3"
+    nuke.undo()
+    assert size.toScript() == "{{parent.mult1}}"
