@@ -729,28 +729,43 @@ def create_uid():
     return uuid.uuid4().hex
 
 
-def _root_nodes(nuke, node_class=None):
-    # The container lives in the root graph, whatever group context the caller is in.
-    if node_class:
-        return nuke.allNodes(filter=node_class, group=nuke.root())
-    return nuke.allNodes(group=nuke.root())
+def _group_holding(nuke, node):
+    # The host names a node inside groups by its path from the root ("Group1.Inner.Blur1").
+    path = node.fullName()
+    if "." not in path:
+        return nuke.root()
+    group = nuke.toNode("root." + path.rsplit(".", 1)[0])
+    if group is None:
+        raise ValueError("{}: the group that holds this node cannot be found".format(path))
+    return group
 
 
-def find_looks_group():
-    """The look container of the script (a Group with the knob looks_group), or False."""
+def find_looks_group(node=None):
+    """The look container, or False; never makes one.
+
+    Every graph level has its own container: without an argument this is the one of the current
+    group context, with a node the one of the group that holds that node. The compiled looks code
+    finds its container through this function alone (inside the node's group context), so storing,
+    applying, updating and deleting always agree on it; a studio that replaces this function
+    changes all of them at once.
+    """
     import nuke
 
-    for node in _root_nodes(nuke, "Group"):
-        if "looks_group" in node.knobs():
-            return node
+    if node is None:
+        groups = nuke.allNodes("Group")
+    else:
+        groups = nuke.allNodes("Group", group=_group_holding(nuke, node))
+    for group in groups:
+        if "looks_group" in group.knobs():
+            return group
     return False
 
 
 def get_topleft_coordinates():
-    """A place above the top-left corner of the root graph, clear of its nodes."""
+    """A place above the top-left corner of the current group's graph, clear of its nodes."""
     import nuke
 
-    nodes = [n for n in _root_nodes(nuke) if "looks_group" not in n.knobs()]
+    nodes = [n for n in nuke.allNodes() if "looks_group" not in n.knobs()]
     if not nodes:
         return 0, 0
     x = min(int(n.xpos()) for n in nodes)

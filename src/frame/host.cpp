@@ -39,6 +39,7 @@ py::object Knob::getValue() const { return obj_.attr("getValue")(); }
 std::string Knob::valueText() const { return py::str(value()).cast<std::string>(); }
 std::string Knob::getValueText() const { return py::str(getValue()).cast<std::string>(); }
 int Knob::getValueInt() const { return py::int_(getValue()).cast<int>(); }
+py::int_ Knob::getValueWhole() const { return py::int_(getValue()); }
 void Knob::setValue(const py::object& value) { obj_.attr("setValue")(value); }
 void Knob::setValue(const std::string& value) { obj_.attr("setValue")(value); }
 std::string Knob::command() const { return obj_.attr("command")().cast<std::string>(); }
@@ -86,6 +87,7 @@ bool Node::isSelected() const { return obj_.attr("isSelected")().cast<bool>(); }
 int Node::xpos() const { return obj_.attr("xpos")().cast<int>(); }
 int Node::ypos() const { return obj_.attr("ypos")().cast<int>(); }
 void Node::setXYpos(int x, int y) { obj_.attr("setXYpos")(x, y); }
+void Node::setXYpos(const py::int_& x, const py::int_& y) { obj_.attr("setXYpos")(x, y); }
 int Node::screenWidth() const { return obj_.attr("screenWidth")().cast<int>(); }
 int Node::screenHeight() const { return obj_.attr("screenHeight")().cast<int>(); }
 bool Node::shown() const { return obj_.attr("shown")().cast<bool>(); }
@@ -123,6 +125,23 @@ GroupContext::~GroupContext() {
     }
 }
 
+// --- UndoGroup ---
+
+UndoGroup::UndoGroup(const std::string& name) : undo_(nuke().attr("Undo")()) {
+    undo_.attr("begin")(name);
+}
+
+UndoGroup::~UndoGroup() {
+    // Closed like a group context: never throwing, and leaving a Python error in flight intact.
+    py::error_scope keep_error;
+    try {
+        undo_.attr("end")();
+    } catch (py::error_already_set& e) {
+        e.discard_as_unraisable("closing an undo step");
+    } catch (...) {
+    }
+}
+
 // --- free functions ---
 
 std::vector<Node> selectedNodes() { return toNodes(nuke().attr("selectedNodes")()); }
@@ -133,6 +152,18 @@ std::vector<Node> allNodes(const std::optional<std::string>& filter) {
     return toNodes(nuke().attr("allNodes")());
 }
 
+Node parentGroup(const Node& node) {
+    // The host names a node inside groups by its path from the root ("Group1.Inner.Blur1").
+    const std::string path = node.fullName();
+    const auto dot = path.rfind('.');
+    if (dot == std::string::npos)
+        return root();
+    py::object group = nuke().attr("toNode")("root." + path.substr(0, dot));
+    if (group.is_none())
+        throw py::value_error(path + ": the group that holds this node cannot be found");
+    return Node(group);
+}
+
 std::optional<Node> toNode(const std::string& name) {
     return toOptionalNode(nuke().attr("toNode")(name));
 }
@@ -140,6 +171,7 @@ std::optional<Node> toNode(const std::string& name) {
 std::optional<Node> thisNode() { return toOptionalNode(nuke().attr("thisNode")()); }
 Node selectedNode() { return Node(nuke().attr("selectedNode")()); }
 Node root() { return Node(nuke().attr("root")()); }
+Node thisGroup() { return Node(nuke().attr("thisGroup")()); }
 int frame() { return nuke().attr("frame")().cast<int>(); }
 
 Node createNode(const std::string& node_class, bool inpanel) {

@@ -46,6 +46,9 @@ public:
     std::string getValueText() const;
     /// `getValue()` as a whole number, cut towards zero as Python's int() does.
     int getValueInt() const;
+    /// `getValue()` as a Python whole number of any size, cut towards zero as int() does: for
+    /// values such as positions that are only handed back to the host and need no C++ range.
+    py::int_ getValueWhole() const;
     void setValue(const py::object& value);
     void setValue(const std::string& value);
     /// Script knobs: the command text run when the button is pressed.
@@ -87,6 +90,7 @@ public:
     int xpos() const;
     int ypos() const;
     void setXYpos(int x, int y);
+    void setXYpos(const py::int_& x, const py::int_& y);
     int screenWidth() const;
     int screenHeight() const;
 
@@ -125,15 +129,33 @@ private:
     Node group_;
 };
 
+/// Gathers what happens while the object lives into one named step of the host's undo list
+/// (`nuke.Undo`, looked up when the step begins). The step is closed on every path out: after a
+/// failure, what was done before it stays done and goes back with one undo.
+class UndoGroup {
+public:
+    explicit UndoGroup(const std::string& name);
+    ~UndoGroup();
+    UndoGroup(const UndoGroup&) = delete;
+    UndoGroup& operator=(const UndoGroup&) = delete;
+
+private:
+    py::object undo_;
+};
+
 // --- finding ---
 std::vector<Node> selectedNodes();
 /// All nodes of the current context, optionally of one class.
 std::vector<Node> allNodes(const std::optional<std::string>& filter = std::nullopt);
+/// The group whose graph holds `node`: the root for a node at the top level.
+Node parentGroup(const Node& node);
 std::optional<Node> toNode(const std::string& name);
 std::optional<Node> thisNode();
 /// `nuke.selectedNode()`: fails with the host's error when nothing is selected.
 Node selectedNode();
 Node root();
+/// The current group context: the root unless a group was entered.
+Node thisGroup();
 int frame();
 
 // --- making and removing ---

@@ -149,8 +149,9 @@ std::string create_uid() { return py::str(callHelper("create_uid")).cast<std::st
 
 py::object find_looks_group() { return callHelper("find_looks_group"); }
 
-std::pair<int, int> get_topleft_coordinates() {
-    return callHelper("get_topleft_coordinates").cast<std::pair<int, int>>();
+std::pair<py::int_, py::int_> get_topleft_coordinates() {
+    const auto xy = callHelper("get_topleft_coordinates").cast<std::pair<py::object, py::object>>();
+    return {py::int_(xy.first), py::int_(xy.second)};
 }
 
 std::optional<std::string> get_resolution() { return optionalText(callHelper("get_resolution")); }

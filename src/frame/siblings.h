@@ -77,9 +77,10 @@ std::string get_explorer_name();
 void open_in_explorer(const std::string& path, QWidget* parent);
 
 std::string create_uid();
-/// The look container, or nothing; makes none.
+/// The look container of the current group context, or a false value; makes none.
 py::object find_looks_group();
-std::pair<int, int> get_topleft_coordinates();
+/// A free place for a new node, as Python whole numbers of any size: they only go back to the host.
+std::pair<py::int_, py::int_> get_topleft_coordinates();
 /// The viewer's `downrez` value in text form, or nothing.
 std::optional<std::string> get_resolution();
 py::object get_connected_nodes(const py::object& node);

@@ -1,7 +1,7 @@
 #include "looks/applying.h"
 
-#include "frame/siblings.h"
 #include "looks/look_knobs.h"
+#include "looks/storing.h"
 
 #include <map>
 
@@ -14,8 +14,8 @@ namespace {
 constexpr const char* kClipboard = "%clipboard%";
 
 // Puts the stored copy with that uid on the clipboard; several matches leave the last one there.
-bool copy_stored_look(const py::object& container, const std::string& preset_uid) {
-    host::GroupContext inside{host::Node(container)};
+bool copy_stored_look(const host::Node& container, const std::string& preset_uid) {
+    host::GroupContext inside(container);
     bool found = false;
     for (host::Node& node : host::allNodes()) {
         if (node["label"].getValueText() == preset_uid) {
@@ -31,24 +31,27 @@ bool copy_stored_look(const py::object& container, const std::string& preset_uid
 
 // The order below matters: the downstream connections have to leave the old node before it is
 // deleted, its look knobs are read after the paste, and its name is free only once it is gone.
-std::optional<host::Node> apply_preset(host::Node& node_orig, const std::string& preset_uid,
-                                       const std::string& look_preset_index) {
+std::optional<host::Node> replace_with_look(host::Node& node_orig, const std::string& preset_uid,
+                                            const std::string& look_preset_index) {
+    // The Dot, the paste and the container all belong to the graph that holds the node.
+    host::GroupContext here(host::parentGroup(node_orig));
     node_orig.selectOnly();
-    const py::object look_container = siblings::find_looks_group();
-    if (look_container.is_none() || !py::bool_(look_container))
+    const std::optional<host::Node> look_container = find_look_container();
+    if (!look_container)
         return std::nullopt;
 
-    if (!copy_stored_look(look_container, preset_uid)) {
+    if (!copy_stored_look(*look_container, preset_uid)) {
         host::message("cannot find preset node");
         return std::nullopt;
     }
 
     // A Dot below the old node collects its downstream connections, to hand them to the new one.
+    // Positions stay Python numbers: they only go back to the host, whatever their size.
     host::Node dot_tmp = host::createNodeDefault("Dot");
-    const int xpos = node_orig["xpos"].getValueInt();
-    const int ypos = node_orig["ypos"].getValueInt();
-    dot_tmp["xpos"].setValue(py::float_(xpos + node_orig.screenWidth() * 0.5));
-    dot_tmp["ypos"].setValue(py::int_(ypos + 50));
+    const py::int_ xpos = node_orig["xpos"].getValueWhole();
+    const py::int_ ypos = node_orig["ypos"].getValueWhole();
+    dot_tmp["xpos"].setValue(xpos + py::float_(node_orig.screenWidth() * 0.5));
+    dot_tmp["ypos"].setValue(ypos + py::int_(50));
 
     // With nothing selected, the paste connects to nothing.
     host::clear_selection_recursive();
@@ -78,7 +81,7 @@ std::optional<host::Node> apply_preset(host::Node& node_orig, const std::string&
         node_preset.addKnob(preset_knob);
     }
 
-    node_preset.setXYpos(node_orig["xpos"].getValueInt(), node_orig["ypos"].getValueInt());
+    node_preset.setXYpos(node_orig["xpos"].getValueWhole(), node_orig["ypos"].getValueWhole());
     node_preset["label"].setValue(node_orig["label"].getValue());
     const std::string orig_name = node_orig.name();
     host::deleteNode(node_orig);
@@ -89,6 +92,16 @@ std::optional<host::Node> apply_preset(host::Node& node_orig, const std::string&
     if (std::optional<host::Knob> tab = node_preset.knob("looks"))
         tab->setTooltip(look_preset_index);
     return node_preset;
+}
+
+std::string apply_step_name(const std::string& look_preset_index) {
+    return "Apply look " + look_preset_index;
+}
+
+std::optional<host::Node> apply_preset(host::Node& node_orig, const std::string& preset_uid,
+                                       const std::string& look_preset_index) {
+    host::UndoGroup step(apply_step_name(look_preset_index));
+    return replace_with_look(node_orig, preset_uid, look_preset_index);
 }
 
 } // namespace cobaltrig::looks

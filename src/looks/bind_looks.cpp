@@ -28,8 +28,16 @@ py::object node_object(const std::optional<host::Node>& node) {
 
 void bind_storing(py::module_& m) {
     m.def(
-        "get_look_container", [](py::args) { return looks::get_look_container().object(); },
-        "The script's look container, made when there is none.");
+        "get_look_container",
+        [](py::object node, py::args) {
+            if (node.is_none())
+                return looks::get_look_container().object();
+            host::GroupContext here(host::parentGroup(host::Node(node)));
+            return looks::get_look_container().object();
+        },
+        py::arg("node") = py::none(),
+        "The look container of the current group, or of the group that holds the node; made when "
+        "there is none.");
     m.def(
         "get_next_preset_index",
         [](py::object node, py::args) { return looks::get_next_preset_index(host::Node(node)); },
@@ -80,10 +88,8 @@ void bind_slider(py::module_& m) {
              [](LooksSlider& self, py::object node, py::args) {
                  return self.get_current_preset_index(host::Node(node));
              })
-        .def("set_slider_index",
-             [](LooksSlider& self, py::object index, py::args) {
-                 self.set_slider_index(py::int_(index).cast<int>());
-             })
+        .def("set_slider_index", [](LooksSlider& self, py::object index,
+                                    py::args) { self.set_slider_index(py::int_(index)); })
         .def_property_readonly("settings", &LooksSlider::settings)
         .def_readonly("auto_release", &LooksSlider::auto_release);
     bridge::def_window_basics<LooksSlider>(cls, "look slider");

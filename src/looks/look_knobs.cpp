@@ -7,6 +7,8 @@
 
 namespace cobaltrig::looks {
 
+namespace py = pybind11;
+
 namespace {
 
 // Class names compared as plain, case-sensitive texts. "Preferecnes" is spelled as scripts in the
@@ -33,7 +35,7 @@ constexpr std::array<Button, 5> kButtons = {{
 
 // The look widgets other than the tab, which delete_look_widgets removes before the tab itself.
 constexpr std::array<const char*, 8> kWidgetKnobs = {
-    "look_new",     "look_update",      "look_delete", "preset_import",
+    "look_new",      "look_update",  "look_delete",      "preset_import",
     "preset_export", "look_divider", "look_knob_values", "look_uid"};
 
 bool is_widget_knob(const std::string& name) {
@@ -53,9 +55,9 @@ void add_look_widgets(host::Node& node) {
 
     const bool with_icons = siblings::load_settings().isTrue("look_icons");
     for (const Button& button : kButtons) {
-        const std::string label = with_icons
-                                      ? std::string("<img src='") + button.icon + "' /> " + button.text
-                                      : std::string(button.text);
+        const std::string label =
+            with_icons ? std::string("<img src='") + button.icon + "' /> " + button.text
+                       : std::string(button.text);
         host::Knob knob = host::PyScript_Knob(button.name, label);
         knob.setCommand(button.command);
         knobs.push_back(knob);
@@ -72,13 +74,57 @@ void add_look_widgets(host::Node& node) {
 
 } // namespace
 
-bool is_look_knob_name(const std::string& name) { return name.find(kLookKnobMarker) != std::string::npos; }
+bool is_look_knob_name(const std::string& name) {
+    return name.find(kLookKnobMarker) != std::string::npos;
+}
 
-std::string look_knob_name(const std::string& index) { return kLookKnobMarker + index; }
+std::string look_knob_name(const std::string& index) {
+    return kLookKnobMarker + index;
+}
+
+namespace {
+
+// A Python literal between single quotes. Uids as the add-on makes them are hex digits and come out
+// unchanged, so the command text of an ordinary look stays exactly as scripts store it.
+std::string single_quoted(const std::string& text) {
+    static const char* const kHex = "0123456789abcdef";
+    std::string out = "'";
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (c == '\\' || c == '\'') {
+            out += '\\';
+            out += c;
+        } else if (c == '\n') {
+            out += "\\n";
+        } else if (c == '\r') {
+            out += "\\r";
+        } else if (byte < 0x20 || byte == 0x7f) {
+            out += "\\x";
+            out += kHex[byte >> 4];
+            out += kHex[byte & 0xf];
+        } else {
+            out += c; // UTF-8 bytes stand as they are: the command is UTF-8 text
+        }
+    }
+    return out + "'";
+}
+
+} // namespace
 
 std::string look_knob_command(const std::string& preset_uid, const std::string& index) {
-    return "import cobaltRig.osl as lk;lk.apply_preset(nuke.thisNode(), '" + preset_uid + "', '" +
-           index + "')";
+    return "import cobaltRig.osl as lk;lk.apply_preset(nuke.thisNode(), " +
+           single_quoted(preset_uid) + ", " + single_quoted(index) + ")";
+}
+
+long long read_look_index(const std::string& text, const std::string& where) {
+    const py::int_ value{py::str(text)};
+    int overflow = 0;
+    const long long number = PyLong_AsLongLongAndOverflow(value.ptr(), &overflow);
+    if (overflow != 0 || number > kMaxLookIndex || number < -kMaxLookIndex)
+        throw py::value_error(where + ": the look number " + text +
+                              " is out of range; look numbers go up to " +
+                              std::to_string(kMaxLookIndex));
+    return number;
 }
 
 void create_looks_widgets(host::Node& node) {
@@ -123,6 +169,7 @@ void delete_look_widgets(host::Node& /*node*/) {
 }
 
 void delete_selected_nodes_looks() {
+    host::UndoGroup step("Remove looks");
     for (host::Node& node : host::selectedNodes())
         delete_look_widgets(node);
 }

@@ -15,6 +15,7 @@
 #include <QSlider>
 
 #include <algorithm>
+#include <limits>
 #include <optional>
 #include <string>
 #include <vector>
@@ -28,11 +29,38 @@ namespace {
 // Qt's code of the letter E, the key the slider is usually held on.
 constexpr int kKeyE = 69;
 
+// A group's own selected nodes first, then those of each Group inside it, in the host's order.
+// One host call per group rather than one per node keeps a step cheap in a large script. Stored
+// copies in a look container are never stepped, so containers are not entered.
+void gather_selected(const host::Node& group, std::vector<host::Node>& found) {
+    std::vector<host::Node> inner;
+    {
+        host::GroupContext inside(group);
+        for (host::Node& node : host::selectedNodes())
+            found.push_back(node);
+        inner = host::allNodes(std::string("Group"));
+    }
+    for (const host::Node& child : inner)
+        if (!child.knob("looks_group"))
+            gather_selected(child, found);
+}
+
+int clamped_to_int(long long value) {
+    return static_cast<int>(std::clamp<long long>(value, std::numeric_limits<int>::min(),
+                                                  std::numeric_limits<int>::max()));
+}
+
 } // namespace
+
+std::vector<host::Node> selected_nodes_at_any_depth() {
+    std::vector<host::Node> found;
+    gather_selected(host::thisGroup(), found);
+    return found;
+}
 
 int get_max_look_version() {
     int most = 1;
-    for (const host::Node& node : host::selectedNodes())
+    for (const host::Node& node : selected_nodes_at_any_depth())
         most = std::max(most, static_cast<int>(get_preset_knobs(node).size()));
     return most;
 }
@@ -85,11 +113,14 @@ void LooksSlider::update_widgets() {
     input_look->setText(QString::fromStdString(look_index));
 
     std::vector<host::Node> sel_presets;
+    // The whole step is one undo step, opened at the first node that has the look, so that a step
+    // that changes nothing leaves nothing in the host's undo list.
+    std::optional<host::UndoGroup> step;
     // One failure ends the walk without a word; the nodes replaced so far stay replaced and are
     // selected again below.
     try {
         const std::string wanted = look_knob_name(look_index);
-        for (host::Node& node : host::selectedNodes()) {
+        for (host::Node& node : selected_nodes_at_any_depth()) {
             std::optional<host::Knob> look;
             for (const auto& [name, knob] : node.knobs())
                 if (name == wanted) {
@@ -98,7 +129,10 @@ void LooksSlider::update_widgets() {
                 }
             if (!look)
                 continue;
-            if (std::optional<host::Node> preset = apply_preset(node, look->tooltip(), look_index))
+            if (!step)
+                step.emplace(apply_step_name(look_index));
+            if (std::optional<host::Node> preset =
+                    replace_with_look(node, look->tooltip(), look_index))
                 sel_presets.push_back(*preset);
         }
     } catch (...) {
@@ -117,7 +151,8 @@ int LooksSlider::get_current_preset_index(const host::Node& node) const {
         if (remembered.empty())
             return 1;
         // Read as the host's Python reads a whole number, so a broken tooltip fails with its error.
-        return py::int_(py::str(remembered)).cast<int>();
+        return static_cast<int>(
+            read_look_index(remembered, node.name() + ": the look its looks tab remembers"));
     }
     return 1;
 }
@@ -140,8 +175,17 @@ void LooksSlider::keyReleaseEvent(QKeyEvent* event) {
     });
 }
 
+void LooksSlider::set_slider_index(const py::int_& index) {
+    // Qt keeps the value within the slider's range; a number beyond any int is simply far out.
+    int overflow = 0;
+    const long long value = PyLong_AsLongLongAndOverflow(index.ptr(), &overflow);
+    set_slider_index(overflow > 0   ? std::numeric_limits<int>::max()
+                     : overflow < 0 ? std::numeric_limits<int>::min()
+                                    : clamped_to_int(value));
+}
+
 py::object show_looks_slider() {
-    const std::vector<host::Node> sel = host::selectedNodes();
+    const std::vector<host::Node> sel = selected_nodes_at_any_depth();
     if (sel.empty())
         return py::none();
 
@@ -157,7 +201,8 @@ py::object show_looks_slider() {
     auto place = [&](py::object& owner) {
         auto& window = owner.cast<LooksSlider&>();
         // The arithmetic uses the remembered look, whatever the slider made of it.
-        window.move(QCursor::pos() + QPoint((current_slider_position + 1) * -80, -15));
+        const long long left = (static_cast<long long>(current_slider_position) + 1) * -80;
+        window.move(QCursor::pos() + QPoint(clamped_to_int(left), -15));
     };
     return slots::open_window("slider", make, place);
 }

@@ -9,12 +9,18 @@
 
 #include <QWidget>
 
+#include <vector>
+
 class QHBoxLayout;
 class QKeyEvent;
 class QLineEdit;
 class QSlider;
 
 namespace cobaltrig::looks {
+
+/// The selected nodes of the current group and of every Group inside it, each group's own first;
+/// the stored copies inside look containers are left out. The slider steps all of them.
+std::vector<host::Node> selected_nodes_at_any_depth();
 
 /// The most look knobs any selected node has, at least 1: the slider's maximum.
 int get_max_look_version();
@@ -25,12 +31,14 @@ public:
     LooksSlider();
 
     /// Applies the look of the slider's number to each selected node that has it, and selects the
-    /// new nodes again so that the next step finds them.
+    /// new nodes again so that the next step finds them. One undo step.
     void update_widgets();
     /// The look the node shows, as its `looks` tab remembers it; 1 when it remembers none.
     int get_current_preset_index(const host::Node& node) const;
     /// Moves the slider; a real change of value is a full step.
     void set_slider_index(int index);
+    /// The same for a Python number of any size, kept within the slider's range as Qt keeps it.
+    void set_slider_index(const pybind11::int_& index);
 
     /// The settings mapping as read when the window was built.
     pybind11::object settings() const { return settings_.get(); }

@@ -41,66 +41,52 @@ std::vector<std::string> ignored_classes() {
 }
 
 // Everything the name holds besides the marker, read as Python reads a whole number.
-int index_of_look_knob(const std::string& name) {
+long long index_of_look_knob(const std::string& name) {
     std::string rest = name;
     const std::string marker = kLookKnobMarker;
     for (auto at = rest.find(marker); at != std::string::npos; at = rest.find(marker, at))
         rest.erase(at, marker.size());
-    return py::int_(py::str(rest)).cast<int>();
+    return read_look_index(rest, "look knob " + name);
 }
 
 host::Node make_look_container() {
     host::Node container = host::createNode("Group", false);
-    container["name"].setValue(std::string("looks"));
-    container["tile_color"].setValue(py::int_(kContainerColor));
-    host::Knob tab = host::Tab_Knob("looks");
-    host::Knob notice = host::Text_Knob("notice", "", "looks container. Don't delete this node");
-    container.addKnob(tab);
-    container.addKnob(notice);
-    host::Knob marker = host::Text_Knob("looks_group");
-    container.addKnob(marker);
-    marker.setVisible(false);
-    const auto [x, y] = siblings::get_topleft_coordinates();
-    container.setXYpos(x, y);
+    try {
+        // Another node may carry the name already; the container then takes the host's next free
+        // one. It is found by its hidden knob, never by its name.
+        container.setName("looks", true);
+        container["tile_color"].setValue(py::int_(kContainerColor));
+        host::Knob tab = host::Tab_Knob("looks");
+        host::Knob notice =
+            host::Text_Knob("notice", "", "looks container. Don't delete this node");
+        container.addKnob(tab);
+        container.addKnob(notice);
+        host::Knob marker = host::Text_Knob("looks_group");
+        container.addKnob(marker);
+        marker.setVisible(false);
+        const auto [x, y] = siblings::get_topleft_coordinates();
+        container.setXYpos(x, y);
+    } catch (...) {
+        // A half-made container is not recognised as one, so every retry would leave another
+        // empty Group behind: take it away again before the failure goes on.
+        try {
+            host::deleteNode(container);
+        } catch (py::error_already_set& e) {
+            e.discard_as_unraisable("removing a half-made look container");
+        }
+        throw;
+    }
     return container;
 }
 
-} // namespace
-
-host::Node get_look_container() {
-    for (const host::Node& group : host::allNodes(std::string("Group"))) {
-        std::vector<host::Knob> markers;
-        for (const auto& [name, knob] : group.knobs())
-            if (name == "looks_group")
-                markers.push_back(knob);
-        if (markers.size() == 1)
-            return markers.front().node().value_or(group);
-    }
-    return make_look_container();
-}
-
-int get_next_preset_index(const host::Node& /*node*/) {
-    std::vector<int> indices;
-    for (const auto& [name, knob] : host::selectedNode().knobs())
-        if (is_look_knob_name(name))
-            indices.push_back(index_of_look_knob(name));
-    if (indices.empty())
-        return 1;
-    return *std::max_element(indices.begin(), indices.end()) + 1;
-}
-
-void set_look(host::Node& node_to_process) {
-    const std::vector<std::string> nodes_ignore = ignored_classes();
-    if (std::find(nodes_ignore.begin(), nodes_ignore.end(), node_to_process.Class()) !=
-        nodes_ignore.end())
-        return;
-
+// Stores one look; runs in the group that holds the node, which the caller has entered.
+void store_look(host::Node& node_to_process) {
     node_to_process.selectOnly();
     // The widgets go on before the copy is taken, so that the stored copy carries them too.
     create_looks_widgets(node_to_process);
     host::nodeCopy(kClipboard);
     // Read now, while the node is still the selected one: making the container moves the selection.
-    const int presets_index_next = get_next_preset_index(host::selectedNode());
+    const long long presets_index_next = get_next_preset_index(host::selectedNode());
     host::Node look_group = get_look_container();
 
     std::string preset_uid;
@@ -122,10 +108,62 @@ void set_look(host::Node& node_to_process) {
     node_to_process.addKnob(look_preset_new);
 }
 
+bool is_ignored(const host::Node& node, const std::vector<std::string>& nodes_ignore) {
+    return std::find(nodes_ignore.begin(), nodes_ignore.end(), node.Class()) != nodes_ignore.end();
+}
+
+} // namespace
+
+std::optional<host::Node> find_look_container() {
+    // One lookup for every look operation: the sibling function, which a studio may replace.
+    const py::object found = siblings::find_looks_group();
+    if (found.is_none() || !py::bool_(found))
+        return std::nullopt;
+    return host::Node(found);
+}
+
+host::Node get_look_container() {
+    if (std::optional<host::Node> found = find_look_container())
+        return *found;
+    return make_look_container();
+}
+
+long long get_next_preset_index(const host::Node& /*node*/) {
+    std::vector<long long> indices;
+    const host::Node selected = host::selectedNode();
+    for (const auto& [name, knob] : selected.knobs())
+        if (is_look_knob_name(name))
+            indices.push_back(index_of_look_knob(name));
+    if (indices.empty())
+        return 1;
+    const long long largest = *std::max_element(indices.begin(), indices.end());
+    if (largest >= kMaxLookIndex)
+        throw py::value_error(selected.name() + ": no look number is left after " +
+                              std::to_string(largest) +
+                              "; delete or rename that look knob to store more looks");
+    return largest + 1;
+}
+
+void set_look(host::Node& node_to_process) {
+    const std::vector<std::string> nodes_ignore = ignored_classes();
+    if (is_ignored(node_to_process, nodes_ignore))
+        return;
+    host::UndoGroup step("Store look");
+    // The copy, the index, the container and the paste all belong to the graph that holds the node.
+    host::GroupContext here(host::parentGroup(node_to_process));
+    store_look(node_to_process);
+}
+
 void batch_set_look() {
+    const std::vector<std::string> nodes_ignore = ignored_classes();
+    host::UndoGroup step("Store looks");
     // The list is taken once: every store changes the selection.
-    for (host::Node& node : host::selectedNodes())
-        set_look(node);
+    for (host::Node& node : host::selectedNodes()) {
+        if (is_ignored(node, nodes_ignore))
+            continue;
+        host::GroupContext here(host::parentGroup(node));
+        store_look(node);
+    }
 }
 
 } // namespace cobaltrig::looks

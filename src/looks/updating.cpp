@@ -62,6 +62,9 @@ void update_preset() {
         choose_look(node, "Update preset", "Select a preset to update");
     if (!look)
         return;
+    host::UndoGroup step("Update look " + look->label());
+    // The node's own group holds the container of its looks.
+    host::GroupContext here(host::parentGroup(node));
     const std::string preset_uid = look->tooltip();
     node.selectOnly();
     host::nodeCopy(kClipboard);
@@ -83,6 +86,8 @@ void delete_preset() {
         choose_look(node, "Delete preset", "Select a preset to delete");
     if (!look)
         return;
+    host::UndoGroup step("Delete look " + look->label());
+    host::GroupContext here(host::parentGroup(node));
     const std::string preset_uid = look->tooltip();
     node.removeKnob(*look);
 

@@ -5,11 +5,11 @@
 namespace cobaltrig::looks {
 
 /// Asks which look to overwrite and replaces its stored copy by the node's present state; the look
-/// keeps its number and uid. Uses the host's clipboard.
+/// keeps its number and uid. Uses the host's clipboard. One undo step.
 void update_preset();
 
 /// Asks which look to remove and takes its button off the node and its stored copies out of the
-/// container. The other looks keep their numbers.
+/// container. The other looks keep their numbers. One undo step.
 void delete_preset();
 
 } // namespace cobaltrig::looks

@@ -18,3 +18,22 @@ def look_knobs(node):
 def stored_copies(nuke):
     container = next(n for n in nuke.allNodes("Group") if n.knob("looks_group"))
     return {n["label"].value(): n for n in container.nodes()}
+
+
+def with_looks(nuke, node, mixes):
+    """Stores one look per mix value; the node ends with the last of them."""
+    for mix in mixes:
+        node["mix"].setValue(mix)
+        store(node)
+    return node
+
+
+def select(*nodes):
+    for node in nodes:
+        node.setSelected(True)
+
+
+def press(qtbot, window, key):
+    """A key stroke on the look slider."""
+    qtbot.keyPress(window.slider, key)
+    qtbot.keyRelease(window.slider, key)

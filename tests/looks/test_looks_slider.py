@@ -4,7 +4,7 @@ import pytest
 from cobaltRig import helper
 from PySide2 import QtCore, QtGui
 
-from looks_testing import store
+from looks_testing import press, select, store, with_looks
 
 CURSOR = QtCore.QPoint(1000, 500)
 
@@ -12,40 +12,6 @@ CURSOR = QtCore.QPoint(1000, 500)
 @pytest.fixture(autouse=True)
 def cursor(qapp):
     QtGui.QCursor.setPos(CURSOR)
-
-
-@pytest.fixture
-def open_slider(rig, qtbot):
-    windows = []
-
-    def open_():
-        window = rig.show_looks_slider()
-        if window is not None:
-            qtbot.addWidget(window.widget)
-            windows.append(window)
-        return window
-
-    yield open_
-    for window in windows:
-        window.close()
-
-
-def with_looks(nuke, node, mixes):
-    """Stores one look per mix value; the node ends with the last of them."""
-    for mix in mixes:
-        node["mix"].setValue(mix)
-        store(node)
-    return node
-
-
-def select(*nodes):
-    for node in nodes:
-        node.setSelected(True)
-
-
-def press(qtbot, window, key):
-    qtbot.keyPress(window.slider, key)
-    qtbot.keyRelease(window.slider, key)
 
 
 def test_nothing_selected_opens_nothing(rig, nuke, chain, open_slider):

@@ -61,8 +61,8 @@ def test_find_looks_group_finds_the_container_and_makes_none(fake_nuke):
     fake_nuke.graph.append(container)
     assert helper.find_looks_group() is container
     assert len(fake_nuke.graph) == 3
-    # Looked up in the root graph, whatever group the caller has entered.
-    assert set(fake_nuke.groups) == {fake_nuke.root()}
+    # Without a node: the current group context, which is where the compiled code asks.
+    assert set(fake_nuke.groups) == {None}
 
 
 def test_topleft_lies_above_the_graph_and_ignores_the_container(fake_nuke):

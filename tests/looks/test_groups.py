@@ -1,0 +1,133 @@
+"""Looks of nodes inside Groups: every operation finds the container in the node's own group."""
+
+import pytest
+from cobaltRig import helper
+from PySide2 import QtCore
+
+from looks_testing import look_knobs, press, select, store, with_looks
+
+UPDATE = ("Select a preset to update", "look_update")
+DELETE = ("Select a preset to delete", "look_delete")
+
+
+def nested_group(nuke, depth):
+    """Group1 at the root, and inside it Group2 and so on, `depth` levels deep: the innermost."""
+    group = nuke.root()
+    for level in range(1, depth + 1):
+        with group:
+            group = nuke.nodes.Group(name="Group{}".format(level))
+    return group
+
+
+def chain_in(nuke, group):
+    with group:
+        return (nuke.createNode("CheckerBoard", inpanel=False),
+                nuke.createNode("Blur", inpanel=False),
+                nuke.createNode("Grade", inpanel=False))
+
+
+def containers(nuke, group):
+    return [n for n in nuke.allNodes("Group", group=group) if n.knob("looks_group")]
+
+
+def copies_in(container):
+    return sorted(n["label"].value() for n in container.nodes())
+
+
+@pytest.fixture
+def root_looks(rig, nuke):
+    """A node with a look at the root, so a container stands there too and must not be taken."""
+    node = with_looks(nuke, nuke.createNode("Blur", inpanel=False), (0.7,))
+    [container] = containers(nuke, nuke.root())
+    return copies_in(container)
+
+
+@pytest.mark.parametrize("depth", [1, 2])
+def test_store_and_apply_by_button_inside_groups(rig, nuke, host, root_looks, depth):
+    group = nested_group(nuke, depth)
+    source, blur, grade = chain_in(nuke, group)
+    with_looks(nuke, blur, (0.1, 0.2))
+    blur["mix"].setValue(0.9)
+
+    [container] = containers(nuke, group)
+    assert copies_in(container) == sorted(blur[k].tooltip() for k in look_knobs(blur))
+    assert copies_in(containers(nuke, nuke.root())[0]) == root_looks
+    # The sibling API and the compiled lookup give the same node, from anywhere.
+    assert helper.find_looks_group(blur) is container
+    assert rig.get_look_container(blur) is container
+    with group:
+        assert helper.find_looks_group() is container
+    assert helper.find_looks_group() is containers(nuke, nuke.root())[0]
+
+    blur["look_preset_1"].execute()
+
+    new = group.node("Blur1")
+    assert new is not blur and new["mix"].value() == 0.1 and new["looks"].tooltip() == "1"
+    assert new.input(0) is source and grade.input(0) is new
+    assert host.messages == [] and nuke.allNodes("Dot", group=group) == []
+    assert len(containers(nuke, group)) == 1
+
+
+@pytest.mark.parametrize("depth", [1, 2])
+@pytest.mark.parametrize("panel", [UPDATE, DELETE])
+def test_update_and_delete_inside_groups(rig, nuke, host, root_looks, depth, panel):
+    pulldown, button = panel
+    group = nested_group(nuke, depth)
+    _, blur, _ = chain_in(nuke, group)
+    with_looks(nuke, blur, (0.1, 0.2))
+    uid_1, uid_2 = blur["look_preset_1"].tooltip(), blur["look_preset_2"].tooltip()
+    blur["mix"].setValue(0.5)
+    host.queue_panel(1, {pulldown: "1"})
+
+    blur[button].execute()
+
+    [container] = containers(nuke, group)
+    assert copies_in(containers(nuke, nuke.root())[0]) == root_looks
+    if panel is UPDATE:
+        assert copies_in(container) == sorted([uid_1, uid_2])
+        blur["look_preset_1"].execute()
+        assert group.node("Blur1")["mix"].value() == 0.5
+    else:
+        assert copies_in(container) == [uid_2] and look_knobs(blur) == ["look_preset_2"]
+    assert host.messages == []
+
+
+def test_the_slider_steps_a_selection_across_groups(rig, nuke, root_looks, open_slider, qtbot):
+    inner, outer = nested_group(nuke, 2), nuke.toNode("Group1")
+    nodes = [with_looks(nuke, chain_in(nuke, group)[1], (0.1, 0.2))
+             for group in (nuke.root(), outer, inner)]
+    for node in nodes:
+        node.selectOnly()  # each in its own group; the others keep theirs
+    select(*nodes)
+    sizes = [len(containers(nuke, g)[0].nodes()) for g in (nuke.root(), outer, inner)]
+
+    window = open_slider()
+    assert window.slider.maximum() == 2
+    press(qtbot, window, QtCore.Qt.Key_Right)
+
+    paths = ("Blur2", "Group1.Blur1", "Group1.Group2.Blur1")
+    stepped = [nuke.toNode("root." + path) for path in paths]
+    assert all(n is not old and n["mix"].value() == 0.2 and n.isSelected()
+               for n, old in zip(stepped, nodes))
+    press(qtbot, window, QtCore.Qt.Key_Left)
+    assert [nuke.toNode("root." + p)["mix"].value() for p in paths] == [0.1] * 3
+    # Stepping neither adds to the containers nor leaves their copies selected.
+    assert [len(containers(nuke, g)[0].nodes()) for g in (nuke.root(), outer, inner)] == sizes
+    assert not any(n.isSelected() for g in (nuke.root(), outer, inner)
+                   for n in containers(nuke, g)[0].nodes())
+
+
+def test_a_replaced_lookup_serves_storing_and_applying_alike(rig, nuke, chain, host,
+                                                             monkeypatch):
+    _, blur, _ = chain
+    shelf = nuke.nodes.Group(name="shelf")  # a studio's own container, found its own way
+    monkeypatch.setattr(helper, "find_looks_group", lambda: shelf)
+    store(blur)
+    uid = blur["look_preset_1"].tooltip()
+    blur["mix"].setValue(0.3)
+
+    blur["look_preset_1"].execute()
+
+    assert [n["label"].value() for n in shelf.nodes()] == [uid]
+    assert nuke.toNode("Blur1")["mix"].value() == 1.0 and host.messages == []
+    assert containers(nuke, nuke.root()) == []

@@ -1,0 +1,120 @@
+"""What a script may hold that the add-on did not write: huge numbers, a node already named
+`looks`, tooltips full of quotes. Each ends in the look working or a clear message."""
+
+import ast
+
+import pytest
+from cobaltRig import helper
+
+from looks_testing import look_knobs, store, stored_copies
+
+
+def add_look_knob(nuke, node, index, tooltip=""):
+    knob = nuke.PyScript_Knob("look_preset_{}".format(index), str(index))
+    knob.setTooltip(tooltip)
+    node.addKnob(knob)
+
+
+@pytest.mark.parametrize("index, message", [
+    (2147483647, "no look number is left after 2147483647"),
+    (99999999999, "look_preset_99999999999: the look number 99999999999 is out of range"),
+    (-10 ** 30, "is out of range"),
+])
+def test_a_look_number_out_of_range_is_refused_with_a_message(rig, nuke, chain, index, message):
+    _, blur, _ = chain
+    add_look_knob(nuke, blur, index)
+    with pytest.raises(ValueError, match=message):
+        store(blur)
+    assert look_knobs(blur) == ["look_preset_{}".format(index)]
+
+
+def test_the_largest_number_still_gets_its_look(rig, nuke, chain):
+    _, blur, _ = chain
+    add_look_knob(nuke, blur, 2147483646)
+    store(blur)
+    assert look_knobs(blur)[-1] == "look_preset_2147483647"
+
+
+@pytest.mark.parametrize("remembered, starts_at", [("99999999999", None), ("-7", 1),
+                                                   ("2147483647", 2)])
+def test_a_remembered_look_out_of_range_is_refused(rig, nuke, chain, open_slider, remembered,
+                                                   starts_at):
+    _, blur, _ = chain
+    store(blur)
+    store(blur)
+    blur["looks"].setTooltip(remembered)
+    blur.selectOnly()
+    if starts_at:
+        window = open_slider()
+        assert window.slider.value() == starts_at
+        window.set_slider_index(-10 ** 20)  # kept within the range, as Qt keeps any value
+        assert window.slider.value() == 1
+    else:
+        with pytest.raises(ValueError, match="Blur1: .* out of range"):
+            open_slider()
+
+
+def test_a_node_far_out_in_the_graph_keeps_its_place(rig, nuke, chain):
+    source, blur, grade = chain
+    for node in chain:
+        node.setXYpos(3 * 10 ** 9, -3 * 10 ** 9)
+    store(blur)
+    blur["look_preset_1"].execute()
+    new = nuke.toNode("Blur1")
+    assert (new.xpos(), new.ypos()) == (3 * 10 ** 9, -3 * 10 ** 9)
+    assert new.input(0) is source and grade.input(0) is new
+
+
+def test_a_node_named_looks_leaves_the_container_the_next_free_name(rig, nuke, chain, host):
+    _, blur, _ = chain
+    nuke.nodes.NoOp(name="looks")
+    store(blur)
+    store(blur)
+    [container] = [n for n in nuke.allNodes("Group") if n.knob("looks_group")]
+    assert container.name() == "looks1" and nuke.toNode("looks").Class() == "NoOp"
+    assert len(stored_copies(nuke)) == 2
+    blur["look_preset_1"].execute()
+    assert host.messages == []
+
+
+def test_a_container_that_cannot_be_finished_leaves_nothing_behind(rig, nuke, chain,
+                                                                   monkeypatch):
+    _, blur, _ = chain
+    real = helper.get_topleft_coordinates
+
+    def fails():
+        raise RuntimeError("no place for it")
+
+    monkeypatch.setattr(helper, "get_topleft_coordinates", fails)
+    for _ in range(3):
+        with pytest.raises(RuntimeError, match="no place for it"):
+            store(blur)
+    assert nuke.allNodes("Group") == []
+
+    monkeypatch.setattr(helper, "get_topleft_coordinates", real)
+    store(blur)
+    assert len(nuke.allNodes("Group")) == 1
+
+
+@pytest.mark.parametrize("tooltip", [
+    "x'); import hostctl; hostctl.set_clipboard('pwned'); ('",
+    "x\\'); hostctl.set_clipboard('pwned') #",
+    "two\nlines\r\tand a \x00",
+    'say "hello" \\n not a newline',
+    "ünïcode ✓",
+])
+def test_a_look_command_passes_its_tooltip_as_text_and_never_runs_it(rig, nuke, chain, host,
+                                                                      tooltip):
+    _, blur, _ = chain
+    store(blur)
+    store(blur)
+    blur["look_preset_2"].setTooltip(tooltip)
+    host.set_clipboard("the artist's copy")
+    blur["look_preset_1"].execute()  # rebuilds every look knob from label and tooltip
+
+    knob = nuke.toNode("Blur1")["look_preset_2"]
+    call = ast.parse(knob.command()).body[-1].value
+    assert [ast.literal_eval(arg) for arg in call.args[1:]] == [tooltip, "2"]
+    knob.execute()
+    assert host.messages == ["cannot find preset node"]
+    assert host.clipboard() != "pwned"

@@ -1,0 +1,102 @@
+"""Every look operation is one named step of the host's undo list: one undo gives back the script
+exactly as it was, one redo the result."""
+
+import pytest
+from PySide2 import QtCore
+
+from looks_testing import press, select, with_looks
+
+
+class Scene:
+    def __init__(self, rig, nuke, host, group, open_slider, qtbot):
+        self.rig, self.nuke, self.host = rig, nuke, host
+        self.open_slider, self.qtbot = open_slider, qtbot
+        with group:
+            nuke.createNode("CheckerBoard", inpanel=False)
+            self.blur = nuke.createNode("Blur", inpanel=False)
+            self.grade = nuke.createNode("Grade", inpanel=False)
+        with_looks(nuke, self.blur, (0.1, 0.2))
+        self.blur["mix"].setValue(0.9)
+
+
+# Each operation yields once, just before the act whose undo step is checked.
+def store(s):
+    yield
+    s.blur["look_new"].execute()
+
+
+def apply_by_button(s):
+    yield
+    s.blur["look_preset_1"].execute()
+
+
+def slider_step(s):
+    s.blur.selectOnly()
+    window = s.open_slider()
+    yield
+    press(s.qtbot, window, QtCore.Qt.Key_Right)
+
+
+def update(s):
+    s.host.queue_panel(1, {"Select a preset to update": "1"})
+    yield
+    s.blur["look_update"].execute()
+
+
+def delete(s):
+    s.host.queue_panel(1, {"Select a preset to delete": "2"})
+    yield
+    s.blur["look_delete"].execute()
+
+
+def store_selection(s):
+    s.blur.selectOnly()
+    select(s.grade)
+    yield
+    with s.nuke.toNode("Group1") if s.nuke.toNode("Group1") else s.nuke.root():
+        s.rig.batch_set_look()
+
+
+def remove_looks(s):
+    s.blur.selectOnly()
+    yield
+    with s.nuke.toNode("Group1") if s.nuke.toNode("Group1") else s.nuke.root():
+        s.rig.delete_selected_nodes_looks()
+
+
+@pytest.mark.parametrize("in_group", [False, True], ids=["root", "group"])
+@pytest.mark.parametrize("operation, step_name", [
+    (store, "Store look"), (apply_by_button, "Apply look 1"), (slider_step, "Apply look 2"),
+    (update, "Update look 1"), (delete, "Delete look 2"), (store_selection, "Store looks"),
+    (remove_looks, "Remove looks"),
+])
+def test_one_undo_takes_the_operation_back_and_one_redo_brings_it_again(
+        rig, nuke, host, open_slider, qtbot, in_group, operation, step_name):
+    group = nuke.nodes.Group() if in_group else nuke.root()
+    scene = Scene(rig, nuke, host, group, open_slider, qtbot)
+    act = operation(scene)
+    next(act)
+    before, steps = host.script_text(), nuke.Undo.undoSize()
+
+    next(act, None)
+
+    after = host.script_text()
+    assert after != before and host.messages == []
+    assert nuke.Undo.undoSize() == steps + 1
+    assert nuke.Undo.undoDescribe(0) == step_name
+    nuke.undo()
+    assert host.script_text() == before
+    nuke.redo()
+    assert host.script_text() == after
+
+
+def test_a_slider_step_that_changes_nothing_leaves_no_step(rig, nuke, host, open_slider, qtbot):
+    blur = with_looks(nuke, nuke.createNode("Blur", inpanel=False), (0.1, 0.2))
+    grade = nuke.createNode("Grade", inpanel=False)
+    select(blur)
+    window = open_slider()
+    blur.setSelected(False)  # only a node without looks is left selected
+    assert grade.isSelected()
+    steps = nuke.Undo.undoSize()
+    press(qtbot, window, QtCore.Qt.Key_Right)
+    assert nuke.Undo.undoSize() == steps
