@@ -125,23 +125,6 @@ GroupContext::~GroupContext() {
     }
 }
 
-// --- UndoGroup ---
-
-UndoGroup::UndoGroup(const std::string& name) : undo_(nuke().attr("Undo")()) {
-    undo_.attr("begin")(name);
-}
-
-UndoGroup::~UndoGroup() {
-    // Closed like a group context: never throwing, and leaving a Python error in flight intact.
-    py::error_scope keep_error;
-    try {
-        undo_.attr("end")();
-    } catch (py::error_already_set& e) {
-        e.discard_as_unraisable("closing an undo step");
-    } catch (...) {
-    }
-}
-
 // --- free functions ---
 
 std::vector<Node> selectedNodes() { return toNodes(nuke().attr("selectedNodes")()); }

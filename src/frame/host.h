@@ -129,20 +129,6 @@ private:
     Node group_;
 };
 
-/// Gathers what happens while the object lives into one named step of the host's undo list
-/// (`nuke.Undo`, looked up when the step begins). The step is closed on every path out: after a
-/// failure, what was done before it stays done and goes back with one undo.
-class UndoGroup {
-public:
-    explicit UndoGroup(const std::string& name);
-    ~UndoGroup();
-    UndoGroup(const UndoGroup&) = delete;
-    UndoGroup& operator=(const UndoGroup&) = delete;
-
-private:
-    py::object undo_;
-};
-
 // --- finding ---
 std::vector<Node> selectedNodes();
 /// All nodes of the current context, optionally of one class.
