@@ -55,11 +55,12 @@ ExportWindow::~ExportWindow() {
     if (!Py_IsInitialized()) {
         node.release();
         settings.mapping.release();
-        for (py::object& item : dirlist)
-            item.release();
+        dirlist.abandon();
         return;
     }
     py::gil_scoped_acquire gil;
+    if (tree)
+        clear_pool_tree(tree);
     node = py::object();
     settings.mapping = py::object();
     dirlist.clear();
@@ -161,7 +162,7 @@ void ExportWindow::populate_tree() {
                 return std::nullopt;
             return state;
         },
-        [this] { return icons; });
+        icons);
 }
 
 void ExportWindow::build_nodes_dir() {

@@ -62,7 +62,7 @@ public:
     QLineEdit* input_name = nullptr;
     QSlider* slider_size = nullptr;
     QComboBox* combo_pool = nullptr;
-    QTreeWidget* tree = nullptr;
+    pools::PoolTreeWidget* tree = nullptr;
     QPushButton* push_close = nullptr;
     QHBoxLayout* layout_top = nullptr;
     QVBoxLayout* layout_master = nullptr;
