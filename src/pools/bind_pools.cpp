@@ -8,6 +8,7 @@
 #include "pools/export_window.h"
 #include "pools/import_window.h"
 #include "pools/line_edit_custom.h"
+#include "pools/preset_file.h"
 
 #include <pybind11/stl.h>
 
@@ -188,7 +189,14 @@ void bind_pools(py::module_& m) {
     m.def(
         "import_preset",
         [](py::args) {
-            return slots::open_window("i", [] { return slots::module().attr("ImportWindow")(); });
+            py::object window =
+                slots::open_window("i", [] { return slots::module().attr("ImportWindow")(); });
+            // Pressed on a node's look tab, the presets go in beside that node, inside its group.
+            if (std::optional<host::Node> node = host::thisNode();
+                node && node->knob("preset_import"))
+                if (std::optional<host::Node> group = pools::holdingGroup(*node))
+                    window.cast<ImportWindow&>().paste_group = group->object();
+            return window;
         },
         "Opens the import window.");
 }

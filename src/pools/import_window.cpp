@@ -25,6 +25,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <optional>
 #include <stdexcept>
 
 namespace cobaltrig {
@@ -83,6 +84,7 @@ ImportWindow::~ImportWindow() {
     if (!Py_IsInitialized()) {
         settings.mapping.release();
         advanced_settings.release();
+        paste_group.release();
         dirlist.abandon();
         return;
     }
@@ -91,6 +93,7 @@ ImportWindow::~ImportWindow() {
         clear_pool_tree(tree);
     settings.mapping = py::object();
     advanced_settings = py::object();
+    paste_group = py::object();
     dirlist.clear();
 }
 
@@ -309,6 +312,9 @@ void ImportWindow::insert_in_dag(const QString& path) {
         return;
     }
     try {
+        std::optional<host::GroupContext> context;
+        if (paste_group && !paste_group.is_none())
+            context.emplace(host::Node(paste_group));
         host::nodePaste(path.toStdString());
     } catch (...) {
         message(QStringLiteral("An error occurred. %1").arg(failureText()));
@@ -326,6 +332,12 @@ void ImportWindow::rename_item(const QString& path) {
                               QLineEdit::Normal, current, &ok);
     if (!alive || !ok || text.isEmpty())
         return;
+    // Refused before anything moves: the preset must stay in its folder, and stay listed.
+    const QString problem = presetNameProblem(text);
+    if (!problem.isEmpty()) {
+        message(problem);
+        return;
+    }
     // Everything from the first dot on goes: the extension stays ".nk" and no dot is left.
     const QString target =
         join(folder, text.section(QLatin1Char('.'), 0, 0) + QStringLiteral(".nk"));

@@ -54,6 +54,9 @@ public:
 
     siblings::Settings settings;
     pybind11::object advanced_settings;
+    /// The group that holds the node whose look tab opened the window: presets are pasted there.
+    /// None when the window was opened from a menu, where they go into the host's current group.
+    pybind11::object paste_group;
     std::map<std::string, std::string> icons;
     pools::DirItems dirlist;
     int count_dirItem = 0;

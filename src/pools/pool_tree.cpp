@@ -7,10 +7,12 @@
 #include <QFileInfo>
 #include <QHeaderView>
 #include <QIcon>
+#include <QLabel>
 #include <QSet>
 #include <QTreeWidget>
 #include <QTreeWidgetItem>
 #include <QTreeWidgetItemIterator>
+#include <QVBoxLayout>
 
 #include <cstdint>
 #include <memory>
@@ -167,6 +169,42 @@ private:
     DirItems& dirlist_;
 };
 
+// Why the pool can't be shown, in the words its user needs; empty when it can.
+QString poolProblem(const QString& pool_path) {
+    if (pool_path.isEmpty())
+        return QStringLiteral("No folder is known for this pool. Add it again under its name.");
+    const QFileInfo info(pool_path);
+    if (!info.exists())
+        return QStringLiteral("The pool folder '%1' doesn't exist. Is its drive connected?")
+            .arg(pool_path);
+    if (!info.isDir())
+        return QStringLiteral("The pool '%1' is not a folder.").arg(pool_path);
+    if (!info.isReadable() || !info.isExecutable())
+        return QStringLiteral("The pool folder '%1' can't be read: no permission.").arg(pool_path);
+    return {};
+}
+
+// An empty tree says nothing by itself; a line over it says why it is empty.
+void showPoolProblem(QTreeWidget* tree, const QString& problem) {
+    auto* label = tree->viewport()->findChild<QLabel*>(QStringLiteral("label_pool_problem"),
+                                                       Qt::FindDirectChildrenOnly);
+    if (problem.isEmpty()) {
+        if (label)
+            label->hide();
+        return;
+    }
+    if (!label) {
+        label = new QLabel(tree->viewport());
+        label->setObjectName(QStringLiteral("label_pool_problem"));
+        label->setAlignment(Qt::AlignCenter);
+        label->setWordWrap(true);
+        auto* layout = new QVBoxLayout(tree->viewport());
+        layout->addWidget(label);
+    }
+    label->setText(problem);
+    label->show();
+}
+
 // The module's own builder is in place unless a studio or a test has replaced it.
 bool builderReplaced() {
     py::module_ helper = siblings::helper();
@@ -203,7 +241,9 @@ int fill_pool_tree(QTreeWidget* tree, QWidget* window, DirItems& dirlist, const 
     clear_pool_tree(tree);
     tree->header()->close();
     dirlist.clear();
-    if (!QFileInfo(pool_path).isDir())
+    const QString problem = poolProblem(pool_path);
+    showPoolProblem(tree, problem);
+    if (!problem.isEmpty())
         return 0;
 
     std::unique_ptr<ItemMaker> maker;
