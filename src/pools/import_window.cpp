@@ -60,9 +60,10 @@ QString failureText() {
 // Whether the file name of an item's path (its last piece) holds `text`, without copying it out.
 bool fileNameContains(const QTreeWidgetItem* item, const QString& text) {
     const QString path = item->data(0, Qt::UserRole).toString();
-    const int slash = path.lastIndexOf(QLatin1Char('/'));
-    const int start = std::max(slash, path.lastIndexOf(separator())) + 1;
-    return path.indexOf(text, start) >= 0;
+    int slash = path.lastIndexOf(QLatin1Char('/'));
+    if (separator() != QLatin1Char('/'))
+        slash = std::max(slash, path.lastIndexOf(separator()));
+    return path.indexOf(text, slash + 1) >= 0;
 }
 
 } // namespace

@@ -134,8 +134,14 @@ def test_a_window_replaced_while_its_delete_question_is_open_deletes_nothing(
         # Like the real question, this one runs an event loop of its own, in which the user
         # presses the import hotkey again before saying yes.
         loop = QtCore.QEventLoop()
-        QtCore.QTimer.singleShot(0, rig.import_preset)
-        QtCore.QTimer.singleShot(20, loop.quit)
+
+        def press_hotkey():
+            rig.import_preset()
+            # the loop runs on after the press, as the question stays open, however late the
+            # press came on a busy machine
+            QtCore.QTimer.singleShot(20, loop.quit)
+
+        QtCore.QTimer.singleShot(0, press_hotkey)
         loop.exec_()
         return True
 

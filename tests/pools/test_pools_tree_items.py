@@ -7,9 +7,14 @@ from PySide2 import QtCore
 
 
 def states(window, user):
-    """What a user sees of every item: label, icon image, enabled, selected, expanded."""
+    """What a user sees of every item: label, icon image, enabled, selected, expanded, and where
+    its row is on screen."""
+    from PySide2 import QtWidgets
+
+    window.widget.show()
+    QtWidgets.QApplication.processEvents()
     return {path: (item.text(0), item.icon(0).pixmap(16, 16).toImage(), item.isDisabled(),
-                   item.isSelected(), item.isExpanded())
+                   item.isSelected(), item.isExpanded(), window.tree.visualItemRect(item))
             for path, item in user.items(window).items()}
 
 
