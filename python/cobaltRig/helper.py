@@ -688,17 +688,23 @@ def build_tree_widget_item(parent, label, path, disabled, selected, expanded=Fal
     their own get the folder icon, files the preset icon. A disabled directory disables what
     lies below it as well, as Qt does: nothing in a folder that doesn't fit the export can be
     picked as its destination.
+
+    The pool windows make their items the same way in compiled code while this function is the
+    one in place; replace it, and they call the replacement for every item.
     """
+    from . import cobaltRig_w
+
     item = QtWidgets.QTreeWidgetItem(parent, [label])
-    item.setData(0, QtCore.Qt.UserRole, path)
     if not icon:
         icon = ICON_FILES["icon_folder"] if is_dir else ICON_FILES["icon_preset"]
         icon = os.path.join(ICONS_DIR, icon)
-    item.setIcon(0, _tree_icon(icon))
-    item.setDisabled(bool(disabled))
-    item.setSelected(bool(selected))
-    item.setExpanded(bool(expanded))
+    cobaltRig_w.dress_tree_widget_item(item, os.fspath(path), bool(disabled), bool(selected),
+                                       bool(expanded), _tree_icon(icon))
     return item
+
+
+# The windows compare the function in place with this one to see whether it was replaced.
+_BUILD_TREE_WIDGET_ITEM = build_tree_widget_item
 
 
 def get_explorer_name():

@@ -8,12 +8,16 @@
 #include "pools/export_window.h"
 #include "pools/import_window.h"
 #include "pools/line_edit_custom.h"
+#include "pools/preset_file.h"
 
 #include <pybind11/stl.h>
+
+#include <cstdint>
 
 #include <QAction>
 #include <QComboBox>
 #include <QHBoxLayout>
+#include <QIcon>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
@@ -121,6 +125,23 @@ void bind_import_window(py::module_& m) {
     bridge::def_widget(cls, "action_delete", &ImportWindow::action_delete);
 }
 
+// The body of `helper.build_tree_widget_item`: the item is made in Python, so that PySide2 owns it
+// as it owns any item a script makes, and dressed here as the windows dress theirs.
+void dress_tree_widget_item(const py::object& item, const py::object& path, bool disabled,
+                            bool selected, bool expanded, const py::object& icon) {
+    py::module_ qt_widgets = py::module_::import("PySide2.QtWidgets");
+    py::module_ qt_gui = py::module_::import("PySide2.QtGui");
+    if (!py::isinstance(item, qt_widgets.attr("QTreeWidgetItem")))
+        throw py::type_error("item must be a QTreeWidgetItem");
+    if (!py::isinstance(icon, qt_gui.attr("QIcon")))
+        throw py::type_error("icon must be a QIcon");
+    py::module_ shiboken = py::module_::import("shiboken2");
+    auto* icon_ptr = reinterpret_cast<const QIcon*>(
+        py::tuple(shiboken.attr("getCppPointer")(icon))[0].cast<std::uintptr_t>());
+    pools::dress_tree_item(bridge::unwrapTreeItem(item), qs(py::str(path).cast<std::string>()),
+                           disabled, selected, expanded, *icon_ptr);
+}
+
 py::object show_export_window(const py::object& node) {
     return slots::open_window("exportwindow",
                               [&node] { return slots::module().attr("ExportWindow")(node); });
@@ -135,6 +156,10 @@ void export_preset(const py::object& node) {
 void bind_pools(py::module_& m) {
     bind_export_window(m);
     bind_import_window(m);
+
+    m.def("dress_tree_widget_item", &dress_tree_widget_item, py::arg("item"), py::arg("path"),
+          py::arg("disabled"), py::arg("selected"), py::arg("expanded"), py::arg("icon"),
+          "Gives a pool tree item its path, icon and state, as the pool windows give theirs.");
 
     m.def(
         "show_export_window", [](py::object node, py::args) { return show_export_window(node); },
@@ -164,7 +189,14 @@ void bind_pools(py::module_& m) {
     m.def(
         "import_preset",
         [](py::args) {
-            return slots::open_window("i", [] { return slots::module().attr("ImportWindow")(); });
+            py::object window =
+                slots::open_window("i", [] { return slots::module().attr("ImportWindow")(); });
+            // Pressed on a node's look tab, the presets go in beside that node, inside its group.
+            if (std::optional<host::Node> node = host::thisNode();
+                node && node->knob("preset_import"))
+                if (std::optional<host::Node> group = pools::holdingGroup(*node))
+                    window.cast<ImportWindow&>().paste_group = group->object();
+            return window;
         },
         "Opens the import window.");
 }

@@ -4,6 +4,7 @@
 #include "frame/host.h"
 #include "pools/line_edit_custom.h"
 #include "pools/pool_paths.h"
+#include "pools/preset_file.h"
 
 #include <QAction>
 #include <QComboBox>
@@ -20,6 +21,9 @@
 #include <QSlider>
 #include <QTreeWidget>
 #include <QVBoxLayout>
+
+#include <optional>
+#include <stdexcept>
 
 namespace cobaltrig {
 
@@ -55,11 +59,12 @@ ExportWindow::~ExportWindow() {
     if (!Py_IsInitialized()) {
         node.release();
         settings.mapping.release();
-        for (py::object& item : dirlist)
-            item.release();
+        dirlist.abandon();
         return;
     }
     py::gil_scoped_acquire gil;
+    if (tree)
+        clear_pool_tree(tree);
     node = py::object();
     settings.mapping = py::object();
     dirlist.clear();
@@ -161,7 +166,7 @@ void ExportWindow::populate_tree() {
                 return std::nullopt;
             return state;
         },
-        [this] { return icons; });
+        icons);
 }
 
 void ExportWindow::build_nodes_dir() {
@@ -257,8 +262,13 @@ void ExportWindow::write_node_as_preset() {
         message(QStringLiteral("Please enter a name"));
         return;
     }
+    // Refused before anything is written: the file must land in the chosen folder, and be seen.
+    const QString problem = presetNameProblem(name);
+    if (!problem.isEmpty()) {
+        message(problem);
+        return;
+    }
     const QString node_class = get_nodeclass_name();
-    const QString preset_mode = get_mode();
 
     QTreeWidgetItem* item = tree->currentItem();
     if (!item) {
@@ -268,17 +278,18 @@ void ExportWindow::write_node_as_preset() {
     const QString item_path = item->data(0, Qt::UserRole).toString();
     const QString target = targetFolder(item_path, QFileInfo(item_path).isDir());
 
-    // The pool directory and its two top folders hold folders, not presets. The comparison is on
-    // the texts as they stand, like the join below.
+    // The pool directory and its two top folders hold folders, not presets. Tree paths have
+    // forward slashes and the pool's own path the platform's, so both are compared normalised.
     const QString pool = combo_pool->toolTip();
-    const QStringList refused = {pool, join(pool, QStringLiteral("nodes")),
-                                 join(pool, QStringLiteral("toolsets"))};
-    if (target.isEmpty() || refused.contains(target)) {
+    const QStringList refused = {normalise(pool), normalise(join(pool, QStringLiteral("nodes"))),
+                                 normalise(join(pool, QStringLiteral("toolsets")))};
+    if (target.isEmpty() || refused.contains(normalise(target))) {
         message(QStringLiteral("Please select a folder"));
         return;
     }
 
-    const QString preset = join({pool, preset_mode, target, name + QStringLiteral(".nk")});
+    // Tree paths start at the pool's path, so the target is the folder itself.
+    const QString preset = join(target, name + QStringLiteral(".nk"));
     if (QFileInfo(preset).isFile()) {
         const QPointer<ExportWindow> alive(this);
         const bool overwrite = siblings::ask_dialog(
@@ -293,18 +304,32 @@ void ExportWindow::write_node_as_preset() {
     }
 
     const QString folder = dirName(preset);
-    if (!folder.isEmpty() && !QFileInfo::exists(folder)) {
+    if (!folder.isEmpty() && !QFileInfo(folder).isDir()) {
         const QString error = makeDirectories(folder);
         // The host's copy reports for itself if the folder is really unusable.
         if (!error.isEmpty())
             message(QStringLiteral("Cannot create directory under this path. %1").arg(error));
     }
 
-    // A toolset is the selection of this moment, whatever was selected when the window opened.
-    if (node_class != QLatin1String("toolsets"))
-        host::Node(node).selectOnly();
-    host::nodeCopy(host::cut_paste_file());
-    host::nodeCopy(preset.toStdString());
+    {
+        // A node is copied in the group that holds it, whatever group the host shows; a toolset
+        // is the selection of this moment in the host's current group.
+        std::optional<host::Node> exported;
+        std::optional<host::GroupContext> context;
+        if (node_class != QLatin1String("toolsets")) {
+            exported.emplace(node);
+            if (std::optional<host::Node> group = holdingGroup(*exported))
+                context.emplace(*group);
+            exported->selectOnly();
+        }
+        host::nodeCopy(host::cut_paste_file());
+        try {
+            writePresetThroughHost(preset);
+        } catch (const std::runtime_error& error) {
+            message(QString::fromUtf8(error.what()));
+            return;
+        }
+    }
     close();
     message(QStringLiteral("Successfully exported preset."));
 }

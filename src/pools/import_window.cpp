@@ -24,6 +24,8 @@
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
+#include <algorithm>
+#include <optional>
 #include <stdexcept>
 
 namespace cobaltrig {
@@ -55,6 +57,15 @@ QString failureText() {
     }
 }
 
+// Whether the file name of an item's path (its last piece) holds `text`, without copying it out.
+bool fileNameContains(const QTreeWidgetItem* item, const QString& text) {
+    const QString path = item->data(0, Qt::UserRole).toString();
+    int slash = path.lastIndexOf(QLatin1Char('/'));
+    if (separator() != QLatin1Char('/'))
+        slash = std::max(slash, path.lastIndexOf(separator()));
+    return path.indexOf(text, slash + 1) >= 0;
+}
+
 } // namespace
 
 ImportWindow::ImportWindow() {
@@ -74,13 +85,16 @@ ImportWindow::~ImportWindow() {
     if (!Py_IsInitialized()) {
         settings.mapping.release();
         advanced_settings.release();
-        for (py::object& item : dirlist)
-            item.release();
+        paste_group.release();
+        dirlist.abandon();
         return;
     }
     py::gil_scoped_acquire gil;
+    if (tree)
+        clear_pool_tree(tree);
     settings.mapping = py::object();
     advanced_settings = py::object();
+    paste_group = py::object();
     dirlist.clear();
 }
 
@@ -110,7 +124,7 @@ void ImportWindow::create_widgets() {
         combo_pool->addItem(qs(name));
     set_current_pool(*this);
 
-    tree = new QTreeWidget(this);
+    tree = new PoolTreeWidget(this);
     tree->setColumnCount(1);
     tree->setContextMenuPolicy(Qt::CustomContextMenu);
     tree->setDragEnabled(true);
@@ -163,7 +177,8 @@ void ImportWindow::populate_tree(const QStringList& expand_list) {
                              expand_list.contains(normalise(join(root, name)));
             return state;
         },
-        [] { return siblings::load_icons(); });
+        // The icon table once per build: the tree shows a handful of icons on thousands of items.
+        siblings::load_icons());
 }
 
 void ImportWindow::search_item() {
@@ -175,36 +190,54 @@ void ImportWindow::search_item() {
     QTreeWidgetItem* pool = tree->topLevelItem(0);
     if (!pool)
         return;
+    // Each keystroke decides every item of a pool of thousands. An item is told only when its
+    // state really changes, and the view lays the changes out together once the walk is done.
+    bool deferred = false;
+    auto change = [&] {
+        if (!deferred)
+            tree->deferLayout();
+        deferred = true;
+    };
+    auto setHidden = [&](QTreeWidgetItem* item, bool hidden) {
+        if (item->isHidden() != hidden) {
+            change();
+            item->setHidden(hidden);
+        }
+    };
+    auto setExpanded = [&](QTreeWidgetItem* item, bool expanded) {
+        if (item->isExpanded() != expanded) {
+            change();
+            item->setExpanded(expanded);
+        }
+    };
     for (int index : {0, 1}) {
         QTreeWidgetItem* root = pool->child(index);
         if (!root)
             continue;
-        if (!text.isEmpty()) {
-            for (int c = 0; c < root->childCount(); ++c) {
-                QTreeWidgetItem* category = root->child(c);
-                int matches = 0;
-                for (int k = 0; k < category->childCount(); ++k) {
-                    QTreeWidgetItem* child = category->child(k);
-                    const bool match =
-                        baseName(child->data(0, Qt::UserRole).toString()).contains(text);
-                    category->setHidden(!match);
-                    child->setHidden(!match);
-                    matches += match ? 1 : 0;
-                }
-                category->setHidden(matches == 0);
-                if (matches > 0)
-                    category->setExpanded(true);
+        for (int c = 0; c < root->childCount(); ++c) {
+            QTreeWidgetItem* category = root->child(c);
+            int matches = 0;
+            for (int k = 0; k < category->childCount(); ++k) {
+                QTreeWidgetItem* child = category->child(k);
+                // The file name, extension included: a search for "nk" matches every preset.
+                const bool match = text.isEmpty() || fileNameContains(child, text);
+                setHidden(child, !match);
+                matches += match ? 1 : 0;
             }
-            root->setHidden(false);
-        } else {
-            for (int c = 0; c < root->childCount(); ++c) {
-                QTreeWidgetItem* category = root->child(c);
-                for (int k = 0; k < category->childCount(); ++k)
-                    category->child(k)->setHidden(false);
-                category->setHidden(false);
-                category->setExpanded(false);
+            if (text.isEmpty()) {
+                // An empty search shows everything again and closes what the search opened.
+                setHidden(category, false);
+                setExpanded(category, false);
+            } else {
+                // A category stays exactly when something in it matches; an item directly
+                // below a root has no children and goes with any search.
+                setHidden(category, matches == 0);
+                if (matches > 0)
+                    setExpanded(category, true);
             }
         }
+        if (!text.isEmpty())
+            setHidden(root, false);
     }
 }
 
@@ -280,6 +313,9 @@ void ImportWindow::insert_in_dag(const QString& path) {
         return;
     }
     try {
+        std::optional<host::GroupContext> context;
+        if (paste_group && !paste_group.is_none())
+            context.emplace(host::Node(paste_group));
         host::nodePaste(path.toStdString());
     } catch (...) {
         message(QStringLiteral("An error occurred. %1").arg(failureText()));
@@ -297,6 +333,12 @@ void ImportWindow::rename_item(const QString& path) {
                               QLineEdit::Normal, current, &ok);
     if (!alive || !ok || text.isEmpty())
         return;
+    // Refused before anything moves: the preset must stay in its folder, and stay listed.
+    const QString problem = presetNameProblem(text);
+    if (!problem.isEmpty()) {
+        message(problem);
+        return;
+    }
     // Everything from the first dot on goes: the extension stays ".nk" and no dot is left.
     const QString target =
         join(folder, text.section(QLatin1Char('.'), 0, 0) + QStringLiteral(".nk"));

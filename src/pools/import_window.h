@@ -54,6 +54,9 @@ public:
 
     siblings::Settings settings;
     pybind11::object advanced_settings;
+    /// The group that holds the node whose look tab opened the window: presets are pasted there.
+    /// None when the window was opened from a menu, where they go into the host's current group.
+    pybind11::object paste_group;
     std::map<std::string, std::string> icons;
     pools::DirItems dirlist;
     int count_dirItem = 0;
@@ -62,7 +65,7 @@ public:
     QLineEdit* input_name = nullptr;
     QSlider* slider_size = nullptr;
     QComboBox* combo_pool = nullptr;
-    QTreeWidget* tree = nullptr;
+    pools::PoolTreeWidget* tree = nullptr;
     QPushButton* push_close = nullptr;
     QHBoxLayout* layout_top = nullptr;
     QVBoxLayout* layout_master = nullptr;

@@ -102,10 +102,22 @@ QString lastPiece(const QString& path) {
 }
 
 QString targetFolder(const QString& item_path, bool is_dir) {
-    if (is_dir)
-        return item_path;
-    const QStringList pieces = item_path.split(separator());
-    return pieces.size() < 2 ? QString() : pieces.at(pieces.size() - 2);
+    // A click on a preset means "beside this one", on every platform.
+    return is_dir ? item_path : dirName(item_path);
+}
+
+QString presetNameProblem(const QString& name) {
+    if (name.contains(QLatin1Char('/')) || name.contains(separator()) || isAbsolute(name)) {
+        const QString separators = separator() == QLatin1Char('/')
+                                       ? QStringLiteral("'/'")
+                                       : QStringLiteral("'/' or '%1'").arg(separator());
+        return QStringLiteral("The name '%1' can't be used: a preset name can't contain %2.")
+            .arg(name, separators);
+    }
+    if (name.startsWith(QLatin1Char('.')))
+        return QStringLiteral("The name '%1' can't be used: a preset name can't begin with a dot.")
+            .arg(name);
+    return {};
 }
 
 QString makeDirectories(const QString& path) {

@@ -43,12 +43,15 @@ QString presetLabel(const QString& file_name);
 /// The last '/'-piece of a path.
 QString lastPiece(const QString& path);
 
-/// The folder a preset goes to, from the path of the tree's current item. A directory item is its
-/// own target; a file item gives the second last piece of its path split at the platform's
-/// separator (on '/' platforms the bare name of its folder, which the caller joins below
-/// `<pool>/<mode>`). `is_dir` says whether the path is an existing directory. Empty when there is
-/// no such piece.
+/// The folder a preset goes to, from the path of the tree's current item: a directory item is its
+/// own target, a file item gives the folder that holds it. `is_dir` says whether the path is an
+/// existing directory. Empty when a file path names no folder.
 QString targetFolder(const QString& item_path, bool is_dir);
+
+/// Why `name` can't name a preset file in its folder, or empty when it can. A name that would
+/// leave the folder (a separator, "..", an absolute path) or hide the file (a leading dot, which
+/// the tree never lists) is refused.
+QString presetNameProblem(const QString& name);
 
 /// Makes the directory with all missing parents. Empty on success, else the reason it failed.
 QString makeDirectories(const QString& path);

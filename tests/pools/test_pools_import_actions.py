@@ -63,7 +63,10 @@ def test_inserting_a_preset(rig, nuke, library, user, messages, how, inserted, m
 @pytest.mark.parametrize("typed, remaining, message", [
     ("hot", ["cold.nk", "hot.nk"], None),
     ("a.b", ["a.nk", "cold.nk"], None),
-    (".hidden", [".nk", "cold.nk"], None),
+    # names that would hide the preset or move it out of its folder are refused
+    (".hidden", ["cold.nk", "warm.nk"], "The name '.hidden' can't be used"),
+    ("../up", ["cold.nk", "warm.nk"], "The name '../up' can't be used"),
+    ("/tmp/up", ["cold.nk", "warm.nk"], "The name '/tmp/up' can't be used"),
     ("warm", ["cold.nk", "warm.nk"], None),
     ("cold", ["cold.nk", "warm.nk"], "An error occured. "),  # never onto another preset
     ("", ["cold.nk", "warm.nk"], None),
@@ -131,8 +134,14 @@ def test_a_window_replaced_while_its_delete_question_is_open_deletes_nothing(
         # Like the real question, this one runs an event loop of its own, in which the user
         # presses the import hotkey again before saying yes.
         loop = QtCore.QEventLoop()
-        QtCore.QTimer.singleShot(0, rig.import_preset)
-        QtCore.QTimer.singleShot(20, loop.quit)
+
+        def press_hotkey():
+            rig.import_preset()
+            # the loop runs on after the press, as the question stays open, however late the
+            # press came on a busy machine
+            QtCore.QTimer.singleShot(20, loop.quit)
+
+        QtCore.QTimer.singleShot(0, press_hotkey)
         loop.exec_()
         return True
 
@@ -143,3 +152,48 @@ def test_a_window_replaced_while_its_delete_question_is_open_deletes_nothing(
 
     assert rig.i.isVisible() and preset.exists()
     assert messages == [] and capsys.readouterr().err == ""
+
+
+def test_a_preset_imported_from_a_look_tab_inside_a_group_lands_in_that_group(rig, nuke, library, user):
+    group = nuke.nodes.Group(name="Group1")
+    with group:
+        inner = nuke.nodes.Blur()
+    rig.create_looks_widgets(inner)
+    inner["preset_import"].execute()  # from the look tab, while the host shows the root
+    rig.i.insert_in_dag(str(library / "nodes" / "Grade" / "warm.nk"))
+
+    assert [n.Class() for n in nuke.allNodes()] == ["Group"]
+    assert sorted(n.Class() for n in group.nodes()) == ["Blur", "Grade"]
+
+
+@pytest.mark.parametrize("layout, words", [
+    ("missing", "doesn't exist"),
+    ("file", "is not a folder"),
+    ("unknown", "No folder is known for this pool"),
+])
+@pytest.mark.parametrize("open_window", [
+    lambda rig, nuke: rig.import_preset(),
+    lambda rig, nuke: rig.show_export_window(nuke.nodes.Blur()),
+])
+def test_an_unusable_pool_says_so_in_the_window(rig, nuke, make_pool, helper, layout, words, open_window):
+    from PySide2 import QtWidgets
+
+    pool = make_pool("gone", "nodes/")
+    if layout == "unknown":
+        helper.update_xml("current_pool", "no such pool")
+    else:
+        for child in pool.iterdir():
+            child.rmdir()
+        pool.rmdir()
+        if layout == "file":
+            pool.write_text("not a folder")
+    window = open_window(rig, nuke)
+    notice = window.tree.viewport().findChild(QtWidgets.QLabel, "label_pool_problem")
+    assert window.tree.topLevelItemCount() == 0
+    assert notice.isVisible() and words in notice.text()
+
+    if layout != "unknown":  # the drive comes back: the notice goes with the next refresh
+        pool.unlink(missing_ok=True)
+        (pool / "nodes").mkdir(parents=True)
+        window.populate_tree()
+        assert window.tree.topLevelItemCount() == 1 and not notice.isVisible()

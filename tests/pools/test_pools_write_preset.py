@@ -90,8 +90,9 @@ def test_saving_under_a_clicked_presets_name_asks_first(rig, nuke, pool, qtbot, 
 
 
 @pytest.mark.parametrize("toolset, name, folder, lands, classes", [
-    (False, "wide/soft", "nodes/Blur", "nodes/Blur/wide/soft.nk", ["Blur"]),
     (False, "soft", "toolsets/fx", "toolsets/fx/soft.nk", ["Blur"]),  # any folder, any mode
+    # a clicked preset stands for the folder that holds it, whatever the mode
+    (False, "soft", "toolsets/fx/glow.nk", "toolsets/fx/soft.nk", ["Blur"]),
     # a toolset is the selection of the moment of saving, not of opening
     (True, "comp", "toolsets/fx", "toolsets/fx/comp.nk", ["Grade", "Merge2"]),
 ])
@@ -112,13 +113,94 @@ def test_where_a_preset_lands_and_what_it_holds(rig, nuke, pool, blur, qtbot, us
 
 def test_a_folder_that_cannot_be_made_is_reported_and_the_host_has_the_last_word(
         rig, pool, blur, qtbot, user, messages, capsys):
-    (pool / "nodes" / "Blur").mkdir()
-    (pool / "nodes" / "Blur" / "wide").write_text("a file in the way")
     window = rig.show_export_window(blur)
-    user.click(window, pool / "nodes" / "Blur")
-    save(qtbot, window, "wide/deep/soft")
+    user.click(window, pool / "toolsets" / "fx" / "glow.nk")
+    (pool / "toolsets" / "fx" / "glow.nk").unlink()
+    (pool / "toolsets" / "fx").rmdir()
+    (pool / "toolsets" / "fx").write_text("a file in the way")
+    save(qtbot, window, "soft")
 
     # the host then fails to write: the window stays and no success is claimed
     assert [text[:41] for text, _ in messages] == ["Cannot create directory under this path. "]
     assert window.isVisible()
     assert "write_node_as_preset failed" in capsys.readouterr().err
+
+
+def tree_files(root):
+    return sorted(str(p.relative_to(root)) for p in root.rglob("*"))
+
+
+@pytest.mark.parametrize("name, why", [
+    ("..", "begin with a dot"),
+    ("../../../x", "contain '/'"),
+    ("/tmp/elsewhere", "contain '/'"),
+    ("wide/soft", "contain '/'"),
+    (".hidden", "begin with a dot"),
+])
+def test_a_name_that_would_leave_or_hide_in_its_folder_is_refused(
+        rig, pool, blur, qtbot, user, messages, tmp_path, name, why):
+    window = rig.show_export_window(blur)
+    before = tree_files(tmp_path)
+    save(qtbot, window, name)
+
+    assert messages == [("The name '{}' can't be used: a preset name can't {}.".format(name, why), True)]
+    assert tree_files(tmp_path) == before
+
+
+@pytest.mark.parametrize("copy", ["writes nothing", "fails half-way"])
+def test_an_overwrite_the_host_does_not_finish_keeps_the_old_preset(
+        rig, nuke, pool, qtbot, user, ask, messages, monkeypatch, capsys, copy):
+    preset = pool / "nodes" / "Grade" / "warm.nk"
+    preset.write_text("the old preset")
+    window = rig.show_export_window(nuke.nodes.Grade())
+    user.click(window, preset)
+    ask.reply = True
+    real_copy = nuke.nodeCopy
+
+    def host_copy(path):
+        if path == "%clipboard%" or not path.endswith(".tmp"):
+            return real_copy(path)
+        if copy == "fails half-way":
+            with open(path, "w") as handle:
+                handle.write("Grade {")
+            raise RuntimeError("disk full")
+        return True  # claims success and writes nothing, as a copy in the wrong group does
+
+    monkeypatch.setattr(nuke, "nodeCopy", host_copy)
+    qtbot.mouseClick(window.push_save, QtCore.Qt.LeftButton)
+
+    assert preset.read_text() == "the old preset" and window.isVisible()
+    assert sorted(p.name for p in preset.parent.iterdir()) == ["warm.nk"]  # no temporary left
+    if copy == "writes nothing":
+        assert messages == [("The preset '{}' was not written: the host wrote nothing.".format(preset), True)]
+    else:
+        assert messages == [] and "disk full" in capsys.readouterr().err
+
+
+def test_an_overwrite_replaces_a_linked_presets_target(rig, nuke, pool, qtbot, user, ask, messages, tmp_path):
+    shared = tmp_path / "team" / "warm.nk"
+    shared.parent.mkdir()
+    shared.write_text("the team's preset")
+    link = pool / "nodes" / "Grade" / "warm.nk"
+    link.unlink()
+    link.symlink_to(shared)
+    window = rig.show_export_window(nuke.nodes.Grade(label="new"))
+    user.click(window, link)
+    ask.reply = True
+    qtbot.mouseClick(window.push_save, QtCore.Qt.LeftButton)
+
+    assert messages == [SUCCESS] and link.is_symlink()
+    assert preset_nodes(nuke, shared) == ["Grade"]
+    assert sorted(p.name for p in shared.parent.iterdir()) == ["warm.nk"]
+
+
+def test_a_node_inside_a_group_is_exported_from_its_group(rig, nuke, pool, qtbot, user, messages):
+    group = nuke.nodes.Group(name="Group1")
+    with group:
+        inner = nuke.nodes.Blur(size=3.0)
+    nuke.nodes.Grade().setSelected(True)  # the root's selection is not what is exported
+    window = rig.show_export_window(inner)
+    save(qtbot, window, "deep")
+
+    assert messages == [SUCCESS]
+    assert preset_nodes(nuke, pool / "nodes" / "Blur" / "deep.nk") == ["Blur"]
