@@ -195,6 +195,14 @@ void bind_browser(BrowserClass& cls) {
                 b.resize_look_browser(QString::fromStdString(mode));
             },
             py::arg("mode"))
+        // Snapshot directories.
+        .def("populate_combo_pool", [](SnapshotBrowser& b, py::args) { b.populate_combo_pool(); })
+        .def("switch_snapshot_dir", [](SnapshotBrowser& b, py::args) { b.switch_snapshot_dir(); })
+        .def("ask_delete_snapshot_dir",
+             [](SnapshotBrowser& b, py::args) { b.ask_delete_snapshot_dir(); })
+        .def("create_new_snapshot_directory",
+             [](SnapshotBrowser& b, py::args) { b.create_new_snapshot_directory(); })
+        // End of snapshot directories.
         .def("show_help_menu", [](SnapshotBrowser& b, py::args) { b.show_help_menu(); })
         .def("browse_online_docs", [](SnapshotBrowser& b, py::args) { b.browse_online_docs(); })
         .def("show_changelog", [](SnapshotBrowser& b, py::args) { b.show_changelog(); })

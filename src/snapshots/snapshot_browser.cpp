@@ -115,7 +115,8 @@ SnapshotBrowser::SnapshotBrowser() : QWidget(nullptr) {
     preview_image->scroll_area->setWidgetResizable(false);
     preview_image->set_image(cur_snapshot_preview);
 
-    populate_table_thumbs();
+    // Selecting the current directory in the box is what fills the table.
+    populate_combo_pool();
     splitter->setSizes({220, 900});
 
     // The label keeps the size the resizable scroll area gives it, while the scroll area itself
@@ -283,6 +284,7 @@ void SnapshotBrowser::create_signals() {
     connect_guarded(push_close, &QToolButton::clicked, this, "close",
                     [this] { resize_look_browser(QString()); });
     connect_guarded(push_help, &QToolButton::clicked, this, "help", [this] { show_help_menu(); });
+    create_dir_signals();
 }
 
 void SnapshotBrowser::create_tooltips() {

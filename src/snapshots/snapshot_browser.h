@@ -4,7 +4,8 @@
 // place of both on demand. The module's slot `snapshotbrowser` holds the one current browser.
 //
 // One class shared by several concerns; its definitions are split over source files by concern
-// (construction and help here in snapshot_browser.cpp, the table, the settings panel).
+// (construction and help in snapshot_browser.cpp, the table, the directory box, the settings
+// panel and size modes, the keys, dragging and fades).
 
 #include "frame/siblings.h"
 
@@ -60,6 +61,17 @@ public:
     void populate_table_thumbs();
     /// The image paths of the table's rows, top to bottom.
     QStringList row_sources() const;
+
+    // Snapshot directories.
+    /// Rebuilds the directory box (title, the commands the advanced settings show, a divider, the
+    /// directories of the root) and selects the current directory, which fills the table.
+    void populate_combo_pool();
+    /// Acts on the box's current entry: a command, or a directory that becomes current.
+    void switch_snapshot_dir();
+    /// Deletes the current directory with all its snapshots after asking.
+    void ask_delete_snapshot_dir();
+    /// Asks for a name and makes a directory of that name under the root.
+    void create_new_snapshot_directory();
 
     // Size modes.
     /// Stores the size for "custom" or "maximized" and reopens the browser at it; the empty mode
@@ -135,6 +147,7 @@ public:
     QAction* action_about = nullptr;
 
 private:
+    void create_dir_signals();
     bool make_directories();
     void build_ui();
     void create_widgets();
