@@ -203,6 +203,13 @@ void bind_browser(BrowserClass& cls) {
         .def("create_new_snapshot_directory",
              [](SnapshotBrowser& b, py::args) { b.create_new_snapshot_directory(); })
         // End of snapshot directories.
+        // Settings panel.
+        .def("toggle_preview_settings",
+             [](SnapshotBrowser& b, py::args) { b.toggle_preview_settings(); })
+        .def("save_settings", [](SnapshotBrowser& b, py::args) { b.save_settings(); })
+        .def("browser_snapshotbrowser_root",
+             [](SnapshotBrowser& b, py::args) { b.browser_snapshotbrowser_root(); })
+        // End of settings panel.
         .def("show_help_menu", [](SnapshotBrowser& b, py::args) { b.show_help_menu(); })
         .def("browse_online_docs", [](SnapshotBrowser& b, py::args) { b.browse_online_docs(); })
         .def("show_changelog", [](SnapshotBrowser& b, py::args) { b.show_changelog(); })

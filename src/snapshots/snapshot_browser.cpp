@@ -285,6 +285,7 @@ void SnapshotBrowser::create_signals() {
                     [this] { resize_look_browser(QString()); });
     connect_guarded(push_help, &QToolButton::clicked, this, "help", [this] { show_help_menu(); });
     create_dir_signals();
+    create_settings_signals();
 }
 
 void SnapshotBrowser::create_tooltips() {

@@ -73,7 +73,13 @@ public:
     /// Asks for a name and makes a directory of that name under the root.
     void create_new_snapshot_directory();
 
-    // Size modes.
+    // Settings panel and size modes.
+    /// Swaps the settings panel with the list and the preview.
+    void toggle_preview_settings();
+    /// Writes every field of the panel to the settings file in one rewrite, then closes the panel.
+    void save_settings();
+    /// Lets the user choose a root directory for the panel's field; nothing is stored yet.
+    void browser_snapshotbrowser_root();
     /// Stores the size for "custom" or "maximized" and reopens the browser at it; the empty mode
     /// closes the window.
     void resize_look_browser(const QString& mode);
@@ -148,6 +154,7 @@ public:
 
 private:
     void create_dir_signals();
+    void create_settings_signals();
     bool make_directories();
     void build_ui();
     void create_widgets();

@@ -193,20 +193,6 @@ def test_the_size_buttons_reopen_at_the_stored_size_and_the_close_button_closes(
     assert not second.isVisible() and rig.snapshotbrowser is second
 
 
-def test_the_parts_not_wired_yet_do_nothing_harmful(rig, snap_dir, capsys, qtbot):
-    browser = rig.show_snapshot_browser()
-    for button in (browser.push_settings, browser.push_save_settings,
-                   browser.push_browser_snapshot_root, browser.push_reveal_snapshot_root):
-        button.click()
-    browser.combo_snapshot_dir.addItem("x")
-    browser.slider_versions.setValue(3)
-    browser.table_thumbs.verticalScrollBar().setValue(1)
-    browser.splitter.moveSplitter(300, 1)
-    qtbot.keyClick(browser.widget, QtCore.Qt.Key_Escape)
-    assert capsys.readouterr().err == ""
-    assert browser.isVisible()
-
-
 def test_a_browser_deleted_elsewhere_is_refused_and_replaced(rig, snap_dir, comp, messages):
     old = rig.show_snapshot_browser()
     old_preview = old.preview_image
