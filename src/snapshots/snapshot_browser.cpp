@@ -92,6 +92,8 @@ QUrl support_url() {
 SnapshotBrowser::SnapshotBrowser() : QWidget(nullptr) {
     // The window has no title bar: its own close and size buttons, the size grip and dragging by
     // the preview stand in for one.
+    // Invisible until the fade-in that the construction starts.
+    setWindowOpacity(0);
     setWindowTitle(QStringLiteral("snapshot browser"));
     setWindowFlags(Qt::WindowStaysOnTopHint | Qt::FramelessWindowHint);
     setObjectName(QStringLiteral("snapshotbrowser"));
@@ -117,6 +119,8 @@ SnapshotBrowser::SnapshotBrowser() : QWidget(nullptr) {
 
     // Selecting the current directory in the box is what fills the table.
     populate_combo_pool();
+    // The first step comes once control is back in the event loop, after the window is shown.
+    fade();
     splitter->setSizes({220, 900});
 
     // The label keeps the size the resizable scroll area gives it, while the scroll area itself
@@ -131,10 +135,12 @@ SnapshotBrowser::~SnapshotBrowser() {
     // The settings mapping is a Python object and Qt deletes windows outside the GIL.
     if (!Py_IsInitialized()) {
         settings.mapping.release();
+        keep_alive_during_fade_.release();
         return;
     }
     py::gil_scoped_acquire gil;
     settings.mapping = py::object();
+    keep_alive_during_fade_ = py::object();
 }
 
 bool SnapshotBrowser::make_directories() {

@@ -18,6 +18,9 @@
 #include <string>
 
 class QAction;
+class QEvent;
+class QKeyEvent;
+class QMouseEvent;
 class QCheckBox;
 class QComboBox;
 class QGroupBox;
@@ -81,8 +84,22 @@ public:
     /// Lets the user choose a root directory for the panel's field; nothing is stored yet.
     void browser_snapshotbrowser_root();
     /// Stores the size for "custom" or "maximized" and reopens the browser at it; the empty mode
-    /// closes the window.
+    /// fades the window out and closes it.
     void resize_look_browser(const QString& mode);
+
+    // Input, dragging and fades.
+    /// Drags the window by the settings panel; never swallows an event.
+    bool eventFilter(QObject* watched, QEvent* event) override;
+    void set_hover_thumbnails(bool has_hover);
+    bool has_hover_thumbnail() const { return hover_thumbnails; }
+    /// Starts the fade timer and adds one more step per tick in the direction of `fade_method`.
+    void fade();
+    /// One step of the running fade; the end is found on the opacity the window reports back.
+    void fade_();
+    /// The number of steps each tick of `timer_fade` runs.
+    int fade_connections() const { return fade_connections_; }
+    /// Moves the window to `pointer` plus `offset`, in screen coordinates, and keeps it in `xy`.
+    void drag_to(const QPoint& pointer, const QPoint& offset);
 
     siblings::Settings settings;
     std::map<std::string, std::string> icons;
@@ -152,7 +169,15 @@ public:
     QAction* action_support = nullptr;
     QAction* action_about = nullptr;
 
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+
 private:
+    int fade_connections_ = 0;
+    /// The window's own Python object while it fades out, so that a holder dropped from the slot
+    /// meanwhile cannot delete it before the last step.
+    pybind11::object keep_alive_during_fade_;
     void create_dir_signals();
     void create_settings_signals();
     bool make_directories();

@@ -192,7 +192,9 @@ void SnapshotBrowser::resize_look_browser(const QString& mode) {
             "snapshotbrowser_size_current",
             QStringLiteral("%1,%2").arg(geometry.width()).arg(geometry.height()).toStdString());
     }
-    close();
+    fade_method = QStringLiteral("out");
+    fade();
+    // The new window doesn't wait for this one's fade: it opens at once at the stored size.
     if (!mode.isEmpty())
         slots::module().attr("show_snapshot_browser")();
 }

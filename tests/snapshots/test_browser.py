@@ -178,7 +178,7 @@ def test_a_closed_browser_in_its_slot_is_still_refreshed(rig, snap_dir, comp):
 
 
 def test_the_size_buttons_reopen_at_the_stored_size_and_the_close_button_closes(rig, helper,
-                                                                               snap_dir):
+                                                                               snap_dir, qtbot):
     helper.update_settings({"snapshotbrowser_size_custom": "700,450",
                             "snapshotbrowser_size_current": "1000,650"})
     first = rig.show_snapshot_browser()
@@ -190,7 +190,8 @@ def test_the_size_buttons_reopen_at_the_stored_size_and_the_close_button_closes(
     assert second.widget.size().toTuple() == (700, 450)
     assert helper.load_settings()["snapshotbrowser_size_current"] == "700,450"
     second.push_close.click()
-    assert not second.isVisible() and rig.snapshotbrowser is second
+    qtbot.waitUntil(lambda: not second.isVisible(), timeout=3000)
+    assert rig.snapshotbrowser is second
 
 
 def test_a_browser_deleted_elsewhere_is_refused_and_replaced(rig, snap_dir, comp, messages):
