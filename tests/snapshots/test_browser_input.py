@@ -83,18 +83,6 @@ def test_a_window_replaced_while_fading_out_lives_until_its_last_step(rig, helpe
     assert second.widget.size() == screen.size()
 
 
-def test_the_size_survives_a_new_window(rig, helper, snap_dir, qtbot):
-    helper.update_settings({"snapshotbrowser_size_custom": "700,450",
-                            "snapshotbrowser_size_current": "1000,650"})
-    rig.show_snapshot_browser().push_custom_size.click()
-    with open(helper.get_settings_xml(), encoding="utf-8") as stream:
-        assert "700,450" in stream.read()
-
-    reopened = rig.show_snapshot_browser()
-
-    assert reopened.widget.size().toTuple() == (700, 450)
-
-
 @pytest.mark.parametrize("key, text, change", [
     (Qt.Key_Plus, "+", "zoom in"),
     (Qt.Key_Equal, "=", "zoom in"),
@@ -175,20 +163,3 @@ def test_dragging_puts_the_pointer_at_a_fixed_place_in_the_window(rig, helper, s
     QtWidgets.QApplication.processEvents()
     move_over(browser.group_settings)
     assert window.pos() == pointer + QtCore.QPoint(-450, -300) == browser.xy
-
-
-def test_the_filter_never_swallows_what_the_table_and_panel_get(rig, snap_dir):
-    browser = rig.show_snapshot_browser()
-    for watched in (browser.table_thumbs, browser.group_settings):
-        event = QtGui.QKeyEvent(QtCore.QEvent.KeyPress, Qt.Key_D, Qt.NoModifier, "d")
-        assert browser.widget.eventFilter(watched, event) is False
-
-
-def test_hover_over_thumbnails_is_recorded(rig, snap_dir):
-    browser = rig.show_snapshot_browser()
-    assert browser.has_hover_thumbnail() is False
-    browser.set_hover_thumbnails(True)
-    assert browser.has_hover_thumbnail() is True and browser.hover_thumbnails
-    browser.set_hover_thumbnails(False)
-    assert not browser.has_hover_thumbnail()
-
