@@ -154,8 +154,11 @@ void bind_browser(BrowserClass& cls) {
     bridge::def_window_basics<SnapshotBrowser>(cls, "snapshot browser");
     cls.def_property_readonly("settings", [](SnapshotBrowser& b) { return b.settings.mapping; })
         .def_property_readonly("icons", [](SnapshotBrowser& b) { return b.icons; })
-        .def_property_readonly("fade_method",
-                               [](SnapshotBrowser& b) { return b.fade_method.toStdString(); })
+        .def_property(
+            "fade_method", [](SnapshotBrowser& b) { return b.fade_method.toStdString(); },
+            [](SnapshotBrowser& b, const std::string& method) {
+                b.fade_method = QString::fromStdString(method);
+            })
         .def_property_readonly("fade_time", [](SnapshotBrowser& b) { return b.fade_time; })
         .def_property_readonly("show_settings", [](SnapshotBrowser& b) { return b.show_settings; })
         .def_property_readonly("hover_thumbnails",
@@ -195,6 +198,36 @@ void bind_browser(BrowserClass& cls) {
                 b.resize_look_browser(QString::fromStdString(mode));
             },
             py::arg("mode"))
+        // Snapshot directories.
+        .def("populate_combo_pool", [](SnapshotBrowser& b, py::args) { b.populate_combo_pool(); })
+        .def("switch_snapshot_dir", [](SnapshotBrowser& b, py::args) { b.switch_snapshot_dir(); })
+        .def("ask_delete_snapshot_dir",
+             [](SnapshotBrowser& b, py::args) { b.ask_delete_snapshot_dir(); })
+        .def("create_new_snapshot_directory",
+             [](SnapshotBrowser& b, py::args) { b.create_new_snapshot_directory(); })
+        // End of snapshot directories.
+        // Settings panel.
+        .def("toggle_preview_settings",
+             [](SnapshotBrowser& b, py::args) { b.toggle_preview_settings(); })
+        .def("save_settings", [](SnapshotBrowser& b, py::args) { b.save_settings(); })
+        .def("browser_snapshotbrowser_root",
+             [](SnapshotBrowser& b, py::args) { b.browser_snapshotbrowser_root(); })
+        // End of settings panel.
+        // Input and fades.
+        .def("set_hover_thumbnails", [](SnapshotBrowser& b, bool has_hover,
+                                        py::args) { b.set_hover_thumbnails(has_hover); })
+        .def("has_hover_thumbnail",
+             [](SnapshotBrowser& b, py::args) { return b.has_hover_thumbnail(); })
+        .def("fade", [](SnapshotBrowser& b, py::args) { b.fade(); })
+        .def("fade_", [](SnapshotBrowser& b, py::args) { b.fade_(); })
+        .def_property_readonly("fade_connections",
+                               [](SnapshotBrowser& b) { return b.fade_connections(); })
+        .def_property_readonly(
+            "xy",
+            [](SnapshotBrowser& b) {
+                return py::module_::import("PySide2.QtCore").attr("QPoint")(b.xy.x(), b.xy.y());
+            })
+        // End of input and fades.
         .def("show_help_menu", [](SnapshotBrowser& b, py::args) { b.show_help_menu(); })
         .def("browse_online_docs", [](SnapshotBrowser& b, py::args) { b.browse_online_docs(); })
         .def("show_changelog", [](SnapshotBrowser& b, py::args) { b.show_changelog(); })

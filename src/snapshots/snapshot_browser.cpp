@@ -92,6 +92,8 @@ QUrl support_url() {
 SnapshotBrowser::SnapshotBrowser() : QWidget(nullptr) {
     // The window has no title bar: its own close and size buttons, the size grip and dragging by
     // the preview stand in for one.
+    // Invisible until the fade-in that the construction starts.
+    setWindowOpacity(0);
     setWindowTitle(QStringLiteral("snapshot browser"));
     setWindowFlags(Qt::WindowStaysOnTopHint | Qt::FramelessWindowHint);
     setObjectName(QStringLiteral("snapshotbrowser"));
@@ -115,7 +117,10 @@ SnapshotBrowser::SnapshotBrowser() : QWidget(nullptr) {
     preview_image->scroll_area->setWidgetResizable(false);
     preview_image->set_image(cur_snapshot_preview);
 
-    populate_table_thumbs();
+    // Selecting the current directory in the box is what fills the table.
+    populate_combo_pool();
+    // The first step comes once control is back in the event loop, after the window is shown.
+    fade();
     splitter->setSizes({220, 900});
 
     // The label keeps the size the resizable scroll area gives it, while the scroll area itself
@@ -130,10 +135,12 @@ SnapshotBrowser::~SnapshotBrowser() {
     // The settings mapping is a Python object and Qt deletes windows outside the GIL.
     if (!Py_IsInitialized()) {
         settings.mapping.release();
+        keep_alive_during_fade_.release();
         return;
     }
     py::gil_scoped_acquire gil;
     settings.mapping = py::object();
+    keep_alive_during_fade_ = py::object();
 }
 
 bool SnapshotBrowser::make_directories() {
@@ -283,6 +290,8 @@ void SnapshotBrowser::create_signals() {
     connect_guarded(push_close, &QToolButton::clicked, this, "close",
                     [this] { resize_look_browser(QString()); });
     connect_guarded(push_help, &QToolButton::clicked, this, "help", [this] { show_help_menu(); });
+    create_dir_signals();
+    create_settings_signals();
 }
 
 void SnapshotBrowser::create_tooltips() {

@@ -4,7 +4,8 @@
 // place of both on demand. The module's slot `snapshotbrowser` holds the one current browser.
 //
 // One class shared by several concerns; its definitions are split over source files by concern
-// (construction and help here in snapshot_browser.cpp, the table, the settings panel).
+// (construction and help in snapshot_browser.cpp, the table, the directory box, the settings
+// panel and size modes, the keys, dragging and fades).
 
 #include "frame/siblings.h"
 
@@ -17,6 +18,9 @@
 #include <string>
 
 class QAction;
+class QEvent;
+class QKeyEvent;
+class QMouseEvent;
 class QCheckBox;
 class QComboBox;
 class QGroupBox;
@@ -61,10 +65,41 @@ public:
     /// The image paths of the table's rows, top to bottom.
     QStringList row_sources() const;
 
-    // Size modes.
+    // Snapshot directories.
+    /// Rebuilds the directory box (title, the commands the advanced settings show, a divider, the
+    /// directories of the root) and selects the current directory, which fills the table.
+    void populate_combo_pool();
+    /// Acts on the box's current entry: a command, or a directory that becomes current.
+    void switch_snapshot_dir();
+    /// Deletes the current directory with all its snapshots after asking.
+    void ask_delete_snapshot_dir();
+    /// Asks for a name and makes a directory of that name under the root.
+    void create_new_snapshot_directory();
+
+    // Settings panel and size modes.
+    /// Swaps the settings panel with the list and the preview.
+    void toggle_preview_settings();
+    /// Writes every field of the panel to the settings file in one rewrite, then closes the panel.
+    void save_settings();
+    /// Lets the user choose a root directory for the panel's field; nothing is stored yet.
+    void browser_snapshotbrowser_root();
     /// Stores the size for "custom" or "maximized" and reopens the browser at it; the empty mode
-    /// closes the window.
+    /// fades the window out and closes it.
     void resize_look_browser(const QString& mode);
+
+    // Input, dragging and fades.
+    /// Drags the window by the settings panel; never swallows an event.
+    bool eventFilter(QObject* watched, QEvent* event) override;
+    void set_hover_thumbnails(bool has_hover);
+    bool has_hover_thumbnail() const { return hover_thumbnails; }
+    /// Starts the fade timer and adds one more step per tick in the direction of `fade_method`.
+    void fade();
+    /// One step of the running fade; the end is found on the opacity the window reports back.
+    void fade_();
+    /// The number of steps each tick of `timer_fade` runs.
+    int fade_connections() const { return fade_connections_; }
+    /// Moves the window to `pointer` plus `offset`, in screen coordinates, and keeps it in `xy`.
+    void drag_to(const QPoint& pointer, const QPoint& offset);
 
     siblings::Settings settings;
     std::map<std::string, std::string> icons;
@@ -134,7 +169,17 @@ public:
     QAction* action_support = nullptr;
     QAction* action_about = nullptr;
 
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+
 private:
+    int fade_connections_ = 0;
+    /// The window's own Python object while it fades out, so that a holder dropped from the slot
+    /// meanwhile cannot delete it before the last step.
+    pybind11::object keep_alive_during_fade_;
+    void create_dir_signals();
+    void create_settings_signals();
     bool make_directories();
     void build_ui();
     void create_widgets();

@@ -2,11 +2,14 @@
 
 #include "snapshots/snapshot_browser.h"
 
+#include "frame/guarded.h"
 #include "frame/siblings.h"
 #include "frame/window_slots.h"
+#include "pools/settings_file.h"
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QFileDialog>
 #include <QGroupBox>
 #include <QGuiApplication>
 #include <QHBoxLayout>
@@ -17,6 +20,9 @@
 #include <QScreen>
 #include <QToolButton>
 #include <QVBoxLayout>
+
+#include <algorithm>
+#include <stdexcept>
 
 namespace cobaltrig {
 
@@ -30,7 +36,68 @@ QLabel* plainLabel(const QString& text, QWidget* parent) {
     return label;
 }
 
+// A whole number typed into a size field; anything else stops the save with the field named.
+int wholeNumber(const QLineEdit* field, const char* what) {
+    bool ok = false;
+    const int value = field->text().trimmed().toInt(&ok);
+    if (!ok)
+        throw std::invalid_argument(std::string("the snapshot browser's custom ") + what + " '" +
+                                    field->text().toStdString() +
+                                    "' is not a whole number; nothing was saved");
+    return value;
+}
+
 } // namespace
+
+void SnapshotBrowser::create_settings_signals() {
+    connect_guarded(push_settings, &QToolButton::clicked, this, "settings",
+                    [this] { toggle_preview_settings(); });
+    connect_guarded(push_save_settings, &QPushButton::clicked, this, "save settings",
+                    [this] { save_settings(); });
+    connect_guarded(push_browser_snapshot_root, &QToolButton::clicked, this, "choose snapshot root",
+                    [this] { browser_snapshotbrowser_root(); });
+    // The root as the window was built with it: the reveal shows the directory the browser lists,
+    // not a path typed since and not saved yet.
+    const std::string root = input_snapshotbrowser_root->text().toStdString();
+    connect_guarded(push_reveal_snapshot_root, &QToolButton::clicked, this, "reveal snapshot root",
+                    [this, root] { siblings::open_in_explorer(root, this); });
+}
+
+void SnapshotBrowser::toggle_preview_settings() {
+    show_settings = !show_settings;
+    group_thumbs->setVisible(!show_settings);
+    group_preview_image->setVisible(!show_settings);
+    group_settings->setVisible(show_settings);
+}
+
+void SnapshotBrowser::browser_snapshotbrowser_root() {
+    QFileDialog dialog(this);
+    dialog.setWindowFlags(dialog.windowFlags() | Qt::WindowStaysOnTopHint);
+    dialog.setFileMode(QFileDialog::Directory);
+    dialog.setOption(QFileDialog::ShowDirsOnly);
+    if (dialog.exec() == QDialog::Accepted) {
+        const QStringList chosen = dialog.selectedFiles();
+        if (!chosen.isEmpty())
+            input_snapshotbrowser_root->setText(chosen.first());
+    }
+}
+
+void SnapshotBrowser::save_settings() {
+    // Everything is read before anything is written: a size that is no number leaves the file as
+    // it was and the panel open with what was typed.
+    const int width = std::max(600, wholeNumber(input_custom_width, "width"));
+    const int height = std::max(400, wholeNumber(input_custom_height, "height"));
+    pools::rewrite_settings({
+        {"snapshotbrowser_root", input_snapshotbrowser_root->text().toStdString()},
+        {"snapshotbrowser_size_custom",
+         QStringLiteral("%1,%2").arg(width).arg(height).toStdString()},
+        {"snapshot_selection", combo_snapshot_selection->currentText().toStdString()},
+        {"snapshotbrowser_thumbnail_scrollbar",
+         check_thumbnail_scrollbar->isChecked() ? "True" : "False"},
+        {"snapshot_render_width", input_snapshot_render_width->text().toStdString()},
+    });
+    toggle_preview_settings();
+}
 
 void SnapshotBrowser::create_settings_widgets() {
     const siblings::Settings fresh = siblings::load_settings();
@@ -125,7 +192,9 @@ void SnapshotBrowser::resize_look_browser(const QString& mode) {
             "snapshotbrowser_size_current",
             QStringLiteral("%1,%2").arg(geometry.width()).arg(geometry.height()).toStdString());
     }
-    close();
+    fade_method = QStringLiteral("out");
+    fade();
+    // The new window doesn't wait for this one's fade: it opens at once at the stored size.
     if (!mode.isEmpty())
         slots::module().attr("show_snapshot_browser")();
 }

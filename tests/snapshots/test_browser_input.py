@@ -1,0 +1,165 @@
+"""The frameless browser's fades, keys and dragging, run on the real timer."""
+
+import gc
+import weakref
+
+import pytest
+from PySide2 import QtCore, QtGui, QtWidgets
+
+pytestmark = pytest.mark.usefixtures("browser_slot")
+
+Qt = QtCore.Qt
+
+
+def faded_out(browser):
+    return browser.fade_method == "" and not browser.isVisible()
+
+
+def hover_preview(browser):
+    QtWidgets.QApplication.sendEvent(browser.preview_image.widget, QtCore.QEvent(QtCore.QEvent.Enter))
+    assert browser.hover_preview
+
+
+def test_opening_fades_in_to_full_opacity_and_stops(rig, snap_dir, qtbot):
+    browser = rig.show_snapshot_browser()
+    assert browser.widget.windowOpacity() == 0 and browser.fade_method == "in"
+
+    qtbot.waitUntil(lambda: browser.fade_method == "", timeout=3000)
+
+    assert browser.widget.windowOpacity() == 1 and not browser.timer_fade.isActive()
+    assert browser.timer_fade.interval() == 25 and browser.isVisible()
+
+
+@pytest.mark.parametrize("how", ["escape", "close button", "escape twice"])
+def test_escape_and_the_close_button_fade_out_and_close(rig, snap_dir, qtbot, how):
+    browser = rig.show_snapshot_browser()
+    qtbot.waitUntil(lambda: browser.fade_method == "", timeout=3000)
+    browser.push_settings.click()
+
+    if how == "close button":
+        browser.push_close.click()
+    else:
+        for _ in range(2 if how == "escape twice" else 1):
+            qtbot.keyClick(browser.widget, Qt.Key_Escape)
+
+    assert browser.fade_method == "out" and browser.isVisible()
+    assert browser.fade_connections == (3 if how == "escape twice" else 2)
+    qtbot.waitUntil(lambda: faded_out(browser), timeout=3000)
+    assert browser.widget.windowOpacity() == 0 and not browser.timer_fade.isActive()
+    assert rig.snapshotbrowser is browser
+
+
+def test_a_fade_out_can_turn_a_fade_in_around(rig, snap_dir, qtbot):
+    browser = rig.show_snapshot_browser()
+    qtbot.waitUntil(lambda: browser.widget.windowOpacity() > 0.25, timeout=3000)
+
+    qtbot.keyClick(browser.widget, Qt.Key_Escape)
+
+    qtbot.waitUntil(lambda: faded_out(browser), timeout=3000)
+    # A new window starts counting its own steps again.
+    assert rig.show_snapshot_browser().fade_connections == 1
+
+
+def test_a_window_replaced_while_fading_out_lives_until_its_last_step(rig, helper, snap_dir,
+                                                                      qtbot):
+    first = rig.show_snapshot_browser()
+    widget = first.widget
+    destroyed = []
+    widget.destroyed.connect(lambda *a: destroyed.append(True))
+    timer = weakref.ref(first)
+
+    first.push_maximize.click()
+
+    second = rig.snapshotbrowser
+    assert second is not first and not first.isVisible() and second.isVisible()
+    del first
+    gc.collect()
+    QtCore.QCoreApplication.sendPostedEvents(None, QtCore.QEvent.DeferredDelete)
+    assert destroyed == [] and timer() is not None
+    qtbot.waitUntil(lambda: timer() is None, timeout=3000)
+    QtCore.QCoreApplication.sendPostedEvents(None, QtCore.QEvent.DeferredDelete)
+    assert destroyed == [True]
+    screen = QtGui.QGuiApplication.primaryScreen().geometry()
+    assert second.widget.size() == screen.size()
+
+
+@pytest.mark.parametrize("key, text, change", [
+    (Qt.Key_Plus, "+", "zoom in"),
+    (Qt.Key_Equal, "=", "zoom in"),
+    (Qt.Key_Minus, "-", "zoom out"),
+    (Qt.Key_H, "h", "fit"),
+    (Qt.Key_H, "H", None),
+    (Qt.Key_Up, "", (0, 30)),
+    (Qt.Key_Down, "", (0, -30)),
+    (Qt.Key_Left, "", (-30, 0)),
+    (Qt.Key_Right, "", (30, 0)),
+])
+def test_keys_over_the_preview_zoom_fit_and_scroll(rig, helper, snap_dir, qtbot, monkeypatch,
+                                                   key, text, change):
+    image = snap_dir / "1700000000_shot.jpg"
+    QtGui.QImage(3000, 2000, QtGui.QImage.Format_RGB32).save(str(image))
+    helper.update_xml("current_snapshot_preview", str(image))
+    browser = rig.show_snapshot_browser()
+    preview = browser.preview_image
+    preview.scaleImage(2.0)
+    # A label larger than the view both ways, so that every arrow has room to scroll.
+    preview.image_label.setFixedSize(4000, 3000)
+    QtWidgets.QApplication.processEvents()
+    bars = preview.scroll_area.horizontalScrollBar(), preview.scroll_area.verticalScrollBar()
+    for bar in bars:
+        bar.setValue(bar.maximum() // 2)
+    before = preview.scaleFactor, bars[0].value(), bars[1].value()
+
+    # Without the pointer over the preview these keys do nothing.
+    QtWidgets.QApplication.sendEvent(
+        browser.widget, QtGui.QKeyEvent(QtCore.QEvent.KeyPress, key, Qt.NoModifier, text))
+    assert (preview.scaleFactor, bars[0].value(), bars[1].value()) == before
+    hover_preview(browser)
+    QtWidgets.QApplication.sendEvent(
+        browser.widget, QtGui.QKeyEvent(QtCore.QEvent.KeyPress, key, Qt.NoModifier, text))
+
+    factor, horizontal, vertical = preview.scaleFactor, bars[0].value(), bars[1].value()
+    if change == "zoom in":
+        assert factor > before[0]
+    elif change == "zoom out":
+        assert factor < before[0]
+    elif change == "fit":
+        assert factor == 1.0
+    elif change is None:
+        assert (factor, horizontal, vertical) == before
+    else:
+        assert (factor, horizontal - before[1], vertical - before[2]) == (before[0],) + change
+
+
+def test_arrow_keys_stop_at_the_end_of_the_scroll_range(rig, helper, snap_dir):
+    browser = rig.show_snapshot_browser()
+    hover_preview(browser)
+    vertical = browser.preview_image.scroll_area.verticalScrollBar()
+    vertical.setValue(vertical.minimum())
+
+    QtWidgets.QApplication.sendEvent(
+        browser.widget, QtGui.QKeyEvent(QtCore.QEvent.KeyPress, Qt.Key_Down, Qt.NoModifier))
+
+    assert vertical.value() == vertical.minimum()
+
+
+def test_dragging_puts_the_pointer_at_a_fixed_place_in_the_window(rig, helper, snap_dir, qtbot):
+    helper.update_xml("snapshotbrowser_size_current", "901,601")
+    browser = rig.show_snapshot_browser()
+    window = browser.widget
+    QtGui.QCursor.setPos(1000, 700)
+    pointer = QtGui.QCursor.pos()
+
+    def move_over(widget):
+        event = QtGui.QMouseEvent(QtCore.QEvent.MouseMove, QtCore.QPointF(5, 5),
+                                  QtCore.QPointF(pointer), Qt.NoButton, Qt.LeftButton,
+                                  Qt.NoModifier)
+        QtWidgets.QApplication.sendEvent(widget, event)
+
+    move_over(window)
+    assert window.pos() == pointer + QtCore.QPoint(-450, -30) == browser.xy
+
+    browser.push_settings.click()
+    QtWidgets.QApplication.processEvents()
+    move_over(browser.group_settings)
+    assert window.pos() == pointer + QtCore.QPoint(-450, -300) == browser.xy
