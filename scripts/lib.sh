@@ -29,7 +29,8 @@ cobaltrig_install_deps() {
 }
 
 cobaltrig_build() {
-  cmake -S "$COBALTRIG_ROOT" -B "$COBALTRIG_BUILD" -DPython_EXECUTABLE=$COBALTRIG_PYTHON >/dev/null &&
+  cmake -S "$COBALTRIG_ROOT" -B "$COBALTRIG_BUILD" -DPython_EXECUTABLE=$COBALTRIG_PYTHON \
+    ${COBALTRIG_CMAKE_ARGS[@]+"${COBALTRIG_CMAKE_ARGS[@]}"} >/dev/null &&
     cmake --build "$COBALTRIG_BUILD" -j "$(nproc)" -- --no-print-directory >&2
 }
 

@@ -23,9 +23,14 @@ a temporary file in the same folder and one rename, so a failed write leaves the
 """
 
 import collections
+import io
 import os
 import platform
-import tempfile
+import random
+import re
+import socket
+import sys
+import time
 import uuid
 import xml.etree.ElementTree as ET
 
@@ -261,12 +266,36 @@ _info_windows = []
 # --------------------------------------------------------------------------------------------
 
 
+class NotSavedError(OSError):
+    """A file of the add-on could not be written; the old file, if any, is as it was."""
+
+
+class NotReadError(ValueError):
+    """A file of the add-on could not be read; the message names the file."""
+
+
+# Paths already reported as unwritable, so a read-only settings folder says so once per session.
+_reported = set()
+
+
+def _report_once(key, text):
+    if key in _reported:
+        return
+    _reported.add(key)
+    sys.stderr.write("cobaltRig: {}\n".format(text))
+
+
 def get_settings_home():
-    """The per-user settings folder, created when missing."""
+    """The per-user settings folder, created when missing (when it can be)."""
     home = os.environ.get(HOME_ENV) or os.path.join(os.path.expanduser("~"), ".nuke", "cobaltRig")
     home = os.path.abspath(os.path.expanduser(home))
     if not os.path.isdir(home):
-        os.makedirs(home, exist_ok=True)
+        try:
+            os.makedirs(home, exist_ok=True)
+        except OSError as error:
+            # A team share mounted read-only: everything reads as defaults and says so once.
+            _report_once(("home", home), "cannot create the settings folder '{}' ({}); "
+                         "using defaults".format(home, error.strerror or error))
     return home
 
 
@@ -295,43 +324,162 @@ def prettyprint(root, level=0):
     return root
 
 
-def _new_file_mode(path):
-    if os.path.exists(path):
-        return os.stat(path).st_mode & 0o7777
-    umask = os.umask(0)
-    os.umask(umask)
-    return 0o666 & ~umask
+# --------------------------------------------------------------------------------------------
+# Replacing files
+#
+# Every file the add-on writes, from here or from the compiled module, is replaced the same way:
+# the new bytes go to a temporary file in the target's own folder, named
+# ".<name>.<machine>.<process id>.<random>.tmp", which then replaces the target in one rename. A
+# symbolic link is followed to the file it leads to, so a link to a team file stays a link; a link
+# that leads nowhere is refused rather than replaced by a private file or made to create one in a
+# place the user may not expect. Before each write, temporaries of that pattern left beside the
+# target by a writer that died (a process of this machine that no longer runs, or anything older
+# than an hour) are removed; so are those of the add-on's earlier writer
+# (".<name>.<8 characters>.tmp"), by age.
+# --------------------------------------------------------------------------------------------
+
+STALE_TEMPORARY_SECONDS = 3600
+_TEMP_RANDOM = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789"
+
+
+def _machine_tag():
+    return re.sub(r"[^A-Za-z0-9-]", "_", socket.gethostname() or "")[:40] or "machine"
+
+
+def _process_running(pid):
+    if pid == os.getpid():
+        # Writes are synchronous: a temporary of this process found before a write is left over.
+        return False
+    if os.name != "posix":
+        return True  # no cheap, safe check here; the age rule sweeps these
+    try:
+        os.kill(pid, 0)
+    except ProcessLookupError:
+        return False
+    except OSError:
+        return True
+    return True
+
+
+def _stale_temporaries(target):
+    """Paths of leftover temporaries of target that no running writer owns."""
+    folder, name = os.path.split(target)
+    pattern = re.compile(r"\.{}\.(?:([A-Za-z0-9_-]+)\.(\d+)\.[A-Za-z0-9]{{6}}|[a-z0-9_]{{8}})\.tmp$"
+                         .format(re.escape(name)))
+    try:
+        entries = os.listdir(folder or ".")
+    except OSError:
+        return []
+    machine = _machine_tag()
+    now = time.time()
+    stale = []
+    for entry in entries:
+        match = pattern.match(entry)
+        if not match:
+            continue
+        path = os.path.join(folder, entry)
+        try:
+            age = now - os.lstat(path).st_mtime
+        except OSError:
+            continue
+        ours_dead = match.group(1) == machine and not _process_running(int(match.group(2)))
+        if ours_dead or age > STALE_TEMPORARY_SECONDS:
+            stale.append(path)
+    return stale
+
+
+def replace_target(path):
+    """The file a write to path replaces: path itself, or the file its symbolic links lead to.
+
+    Raises NotSavedError, naming the path, when a link leads nowhere or the target is a folder.
+    """
+    path = os.path.abspath(path)
+    if os.path.islink(path):
+        target = os.path.realpath(path)
+        if not os.path.exists(target):
+            raise NotSavedError("cobaltRig: cannot save '{}': it is a link to '{}', which does not "
+                                "exist".format(path, target))
+        path = target
+    if os.path.isdir(path):
+        raise NotSavedError("cobaltRig: cannot save '{}': a folder of that name is in the "
+                            "way".format(path))
+    return path
+
+
+def write_file(path, data):
+    """Replace the file at path with the bytes data (see "Replacing files" above).
+
+    Raises NotSavedError naming the path when the file cannot be written; the old file is then as
+    it was and no temporary file is left.
+    """
+    target = replace_target(path)
+    folder, name = os.path.split(target)
+    for stale in _stale_temporaries(target):
+        try:
+            os.remove(stale)
+        except OSError:
+            pass
+    try:
+        mode = os.stat(target).st_mode & 0o7777
+    except OSError:
+        mode = None  # a new file: the user's umask decides, as for any file they make
+    tmp, fd = None, None
+    try:
+        for _attempt in range(16):
+            candidate = os.path.join(folder, ".{}.{}.{}.{}.tmp".format(
+                name, _machine_tag(), os.getpid(),
+                "".join(random.choice(_TEMP_RANDOM) for _ in range(6))))
+            try:
+                fd = os.open(candidate,
+                             os.O_WRONLY | os.O_CREAT | os.O_EXCL | getattr(os, "O_BINARY", 0), 0o666)
+                tmp = candidate
+                break
+            except FileExistsError:
+                pass
+        if fd is None:
+            raise FileExistsError("no free temporary name")
+        with os.fdopen(fd, "wb") as handle:
+            fd = None
+            handle.write(data)
+            handle.flush()
+            os.fsync(handle.fileno())
+        if mode is not None:
+            os.chmod(tmp, mode)
+        os.replace(tmp, target)
+        tmp = None
+    except OSError as error:
+        reason = error.strerror or str(error)
+        if isinstance(error, PermissionError) and tmp is None:
+            reason = "the folder '{}' is not writable".format(folder)
+        raise NotSavedError("cobaltRig: cannot save '{}': {}".format(path, reason)) from error
+    finally:
+        if fd is not None:
+            os.close(fd)
+        if tmp is not None:
+            try:
+                os.remove(tmp)
+            except OSError:
+                pass
 
 
 def write_xml(root, path):
-    """Write the element tree to path as UTF-8 with a declaration, replacing the file atomically.
-
-    The document goes to a temporary file beside the target and is renamed over it in one step,
-    so an interrupted or failed write never leaves a truncated file behind.
-    """
+    """Write the element tree to path as UTF-8 with a declaration, through write_file."""
     prettyprint(root)
-    folder = os.path.dirname(os.path.abspath(path))
-    mode = _new_file_mode(path)
-    fd, tmp = tempfile.mkstemp(prefix="." + os.path.basename(path) + ".", suffix=".tmp", dir=folder)
-    try:
-        with os.fdopen(fd, "wb") as handle:
-            ET.ElementTree(root).write(handle, encoding="utf-8", xml_declaration=True)
-            handle.write(b"\n")
-        os.chmod(tmp, mode)
-        os.replace(tmp, path)
-    except BaseException:
-        try:
-            os.remove(tmp)
-        except OSError:
-            pass
-        raise
+    buffer = io.BytesIO()
+    ET.ElementTree(root).write(buffer, encoding="utf-8", xml_declaration=True)
+    buffer.write(b"\n")
+    write_file(path, buffer.getvalue())
 
 
-def _parse(path):
+def parse_xml(path):
+    """The root element of the XML file at path; NotReadError naming the file when it can't be."""
     try:
         return ET.parse(path).getroot()
     except ET.ParseError as error:
-        raise ValueError("cobaltRig: cannot read '{}': {}".format(path, error))
+        raise NotReadError("cobaltRig: cannot read '{}': {}".format(path, error))
+    except (OSError, UnicodeError) as error:
+        reason = getattr(error, "strerror", None) or str(error)
+        raise NotReadError("cobaltRig: cannot read '{}': {}".format(path, reason))
 
 
 def _child(parent, tag, create=False):
@@ -350,15 +498,31 @@ def _named_section(section_tag, item_tag, items):
 
 
 def _ensure_file(filename, build):
+    """Path of a file in the settings folder, made with its defaults when missing. In a folder
+    that can't be written the file stays missing, and its readers use the defaults."""
     path = os.path.join(get_settings_home(), filename)
-    if not os.path.isfile(path):
-        write_xml(build(), path)
+    if not os.path.lexists(path):
+        try:
+            write_xml(build(), path)
+        except NotSavedError as error:
+            _report_once(("defaults", path), "{}; using defaults".format(error))
     return path
 
 
-def _read_named(path, section_tag, item_tag):
+def _read_root(path, build):
+    """The parsed file, or the tree of its defaults when there is no file to read: a folder that
+    could not be written, or a link whose target is gone (reported once, and never replaced)."""
+    if not os.path.exists(path):
+        if os.path.islink(path):
+            _report_once(("link", path), "'{}' is a link to '{}', which does not exist; using "
+                         "defaults".format(path, os.path.realpath(path)))
+        return build()
+    return parse_xml(path)
+
+
+def _read_named(root, section_tag, item_tag):
     """Ordered (name, text) pairs of a section; the first of two equal names wins."""
-    section = _child(_parse(path), section_tag)
+    section = _child(root, section_tag)
     values = {}
     if section is None:
         return values
@@ -402,14 +566,23 @@ def get_settings_xml():
     export or import window already shows a tree to work in.
     """
     path = os.path.join(get_settings_home(), SETTINGS_FILE)
-    if not os.path.isfile(path):
-        write_xml(_default_settings_root(), path)
+    if not os.path.lexists(path):
+        try:
+            write_xml(_default_settings_root(), path)
+        except NotSavedError as error:
+            _report_once(("defaults", path), "{}; using defaults".format(error))
+            return path
         for sub in ("nodes", "toolsets"):
             try:
                 os.makedirs(os.path.join(get_default_pool_dir(), sub))
             except OSError:
                 pass  # an existing or unwritable pool folder is the user's to sort out
     return path
+
+
+def load_settings_tree():
+    """The root element of the settings file, or of the defaults when there is no file to read."""
+    return _read_root(get_settings_xml(), _default_settings_root)
 
 
 def load_settings():
@@ -419,8 +592,7 @@ def load_settings():
     to the list of flag colours ("r,g,b") in file order. Keys the file lacks read as their
     default; see the module notes for empty values.
     """
-    path = get_settings_xml()
-    root = _parse(path)
+    root = load_settings_tree()
     settings = dict(DEFAULT_SETTINGS)
     section = _child(root, "settings")
     seen = set()
@@ -460,7 +632,7 @@ def update_settings(values):
     Every ``setting`` element of a key gets the value; a key the file doesn't hold is added.
     """
     path = get_settings_xml()
-    root = _parse(path)
+    root = _read_root(path, _default_settings_root)
     section = _child(root, "settings", create=True)
     for key, value in values.items():
         text = None if value is None else str(value)
@@ -480,7 +652,7 @@ def update_xml(key, value):
 def save_pools(pools):
     """Replace the stored pools with the mapping, keeping its order."""
     path = get_settings_xml()
-    root = _parse(path)
+    root = _read_root(path, _default_settings_root)
     section = _child(root, "pools", create=True)
     for element in list(section):
         section.remove(element)
@@ -512,7 +684,7 @@ def _load_named_file(filename, section_tag, item_tag, defaults):
 
     path = _ensure_file(filename, default_root)
     values = dict(defaults)
-    values.update(_read_named(path, section_tag, item_tag))
+    values.update(_read_named(_read_root(path, default_root), section_tag, item_tag))
     return values
 
 
@@ -828,8 +1000,11 @@ def get_connected_nodes(node):
 
 def get_image_size(path):
     """Width and height of an image, read from its header only; (1, 1) when unreadable."""
-    size = QtGui.QImageReader(path).size()
+    reader = QtGui.QImageReader(path)
+    size = reader.size()
     if not size.isValid() or size.width() <= 0 or size.height() <= 0:
+        _report_once(("image", path), "cannot read the image '{}': {}".format(
+            path, reader.errorString()))
         return 1, 1
     return size.width(), size.height()
 
@@ -862,8 +1037,10 @@ def load_metadata(src):
     if not os.path.isfile(path):
         return result
     try:
-        metadata = ET.parse(path).getroot().find("metadata")
-    except ET.ParseError:
+        metadata = parse_xml(path).find("metadata")
+    except NotReadError as error:
+        # Shown without comment and flag; the file itself is left for the user to mend.
+        _report_once(("metadata", path), str(error))
         return result
     if metadata is None:
         return result
@@ -885,7 +1062,7 @@ def set_flag(browser, src, colour):
     path = _metaxml_path(src)
     if not os.path.isfile(path):
         create_metaxml(path)
-    root = _parse(path)
+    root = parse_xml(path)
     metadata = _child(root, "metadata", create=True)
     flags = [m for m in metadata.findall("meta") if m.get("name") == "flag"]
     if not flags:

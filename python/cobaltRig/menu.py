@@ -70,7 +70,12 @@ def register():
     if plugin_add_path is not None:
         plugin_add_path(helper.ICONS_DIR)
 
-    hotkeys = helper.load_hotkeys()
+    try:
+        hotkeys = helper.load_hotkeys()
+    except helper.NotReadError as error:
+        # A broken hotkeys file must not cost the artist the whole menu.
+        sys.stderr.write("{}; the menu uses the default hotkeys\n".format(error))
+        hotkeys = dict(helper.DEFAULT_HOTKEYS)
     menu = nuke.menu("Nuke").addMenu(MENU_NAME, "logo.png")
     for path, operation, hotkey, icon in ENTRIES:
         if path == "settings":

@@ -51,7 +51,10 @@ def store_new_pool(name, path):
                 os.makedirs(folder)
     except OSError as error:
         raise ValueError("Cannot create the pool directory. {}".format(error))
-    helper.add_pool(name, path)
+    try:
+        helper.add_pool(name, path)
+    except helper.NotSavedError as error:
+        raise ValueError(str(error))
     return name, path
 
 
@@ -326,7 +329,11 @@ class Settings(QtWidgets.QWidget):
             color_process="45,0,0",
         ):
             return
-        helper.remove_pool(name)
+        try:
+            helper.remove_pool(name)
+        except helper.NotSavedError as error:
+            helper.show_message_box(self, str(error))
+            return
         self.populate_pools()
 
     def reveal_pool(self, *args):
@@ -343,7 +350,12 @@ class Settings(QtWidgets.QWidget):
         return values
 
     def save_settings(self, *args):
-        helper.update_settings(self.collect_values())
+        try:
+            helper.update_settings(self.collect_values())
+        except helper.NotSavedError as error:
+            # The window stays open with the user's choices, so nothing they entered is lost.
+            helper.show_message_box(self, str(error))
+            return
         self.settings = helper.load_settings()
         self.close()
 

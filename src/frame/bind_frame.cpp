@@ -6,6 +6,7 @@
 #include "frame/qt_bridge.h"
 #include "frame/siblings.h"
 #include "frame/window_slots.h"
+#include "pools/atomic_write.h"
 
 #include <QLabel>
 #include <QLineEdit>
@@ -41,6 +42,14 @@ void bind_testing(py::module_& m) {
             return ran;
         },
         "Runs `reaction` the way a signal reaction runs; failures go to stderr.");
+    testing.def(
+        "write_file_atomically",
+        [](const std::string& path, const py::bytes& data) {
+            const std::string bytes = data;
+            pools::writeFileAtomically(QString::fromStdString(path),
+                                       QByteArray(bytes.data(), static_cast<int>(bytes.size())));
+        },
+        py::arg("path"), py::arg("data"), "The module's file writer, for tests that kill it.");
     testing.def("throw_in_guard", [] {
         guarded("_testing.throw_in_guard",
                 [] { throw std::runtime_error("C++ failure in a slot"); });

@@ -81,6 +81,8 @@ void update_xml(const std::string& key, const std::optional<std::string>& value)
 
 std::string get_settings_xml() { return py::str(callHelper("get_settings_xml")).cast<std::string>(); }
 
+py::object load_settings_tree() { return callHelper("load_settings_tree"); }
+
 void prettyprint(const py::object& element) { helper().attr("prettyprint")(element); }
 
 std::string advanced_setting(const std::string& key, const std::string& fallback) {

@@ -51,6 +51,8 @@ Settings load_settings();
 /// Stores one key; nothing unsets it.
 void update_xml(const std::string& key, const std::optional<std::string>& value);
 std::string get_settings_xml();
+/// The root element of the settings file (of the defaults when there is no file to read).
+py::object load_settings_tree();
 void prettyprint(const py::object& element);
 
 /// Advanced setting `key` as text, with the caller's default.

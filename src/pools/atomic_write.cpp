@@ -1,33 +1,183 @@
 #include "pools/atomic_write.h"
 
+#include <QCoreApplication>
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
+#include <QRandomGenerator>
+#include <QRegularExpression>
+#include <QSysInfo>
 
+#include <cstring>
+#include <filesystem>
 #include <stdexcept>
+#include <system_error>
+
+#ifdef Q_OS_UNIX
+#include <cerrno>
+#include <csignal>
+#include <unistd.h>
+#endif
 
 namespace cobaltrig::pools {
 
-void writeFileAtomically(const QString& path, const QByteArray& data) {
+namespace {
+
+// Temporaries older than this are swept whoever made them: no write takes an hour.
+constexpr qint64 staleSeconds = 3600;
+
+[[noreturn]] void failFor(const QString& path, const QString& reason) {
+    throw std::runtime_error(
+        QStringLiteral("cobaltRig: cannot save '%1': %2").arg(path, reason).toStdString());
+}
+
+QString machineTag() {
+    QString tag = QSysInfo::machineHostName();
+    tag.replace(QRegularExpression(QStringLiteral("[^A-Za-z0-9-]")), QStringLiteral("_"));
+    tag.truncate(40);
+    return tag.isEmpty() ? QStringLiteral("machine") : tag;
+}
+
+qint64 processId() {
+    return QCoreApplication::applicationPid();
+}
+
+bool processRunning(qint64 pid) {
+    // Writes are synchronous: a temporary of this process found before a write is left over.
+    if (pid == processId())
+        return false;
+#ifdef Q_OS_UNIX
+    return ::kill(static_cast<pid_t>(pid), 0) == 0 || errno != ESRCH;
+#else
+    return true; // no cheap, safe check here; the age rule sweeps these
+#endif
+}
+
+QString randomTag() {
+    static const char letters[] = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789";
+    QString tag;
+    for (int i = 0; i < 6; ++i)
+        tag += QLatin1Char(letters[QRandomGenerator::global()->bounded(int(sizeof letters) - 1)]);
+    return tag;
+}
+
+std::filesystem::path fsPath(const QString& path) {
+    return std::filesystem::path(QFile::encodeName(path).toStdString());
+}
+
+} // namespace
+
+QString replaceTarget(const QString& path) {
     const QFileInfo info(path);
-    const QString target = info.isSymLink() && info.exists() ? info.canonicalFilePath() : path;
-    QSaveFile file(target);
-    // Without this fallback Qt writes in place where it can't make a temporary file beside the
-    // target, which is exactly the truncation this function exists to avoid.
-    file.setDirectWriteFallback(false);
-    auto fail = [&](const char* what) {
-        const QString reason = file.errorString();
-        file.cancelWriting();
-        throw std::runtime_error(QStringLiteral("Cannot %1 '%2': %3")
-                                     .arg(QLatin1String(what), path, reason)
-                                     .toStdString());
-    };
-    if (!file.open(QIODevice::WriteOnly))
-        fail("open for writing");
-    if (file.write(data) != data.size())
-        fail("write");
-    if (!file.commit())
-        throw std::runtime_error(
-            QStringLiteral("Cannot write '%1': %2").arg(path, file.errorString()).toStdString());
+    QString target = info.absoluteFilePath();
+    if (info.isSymLink()) {
+        if (!info.exists())
+            failFor(path, QStringLiteral("it is a link to '%1', which does not exist")
+                              .arg(info.symLinkTarget()));
+        target = info.canonicalFilePath();
+    }
+    if (QFileInfo(target).isDir())
+        failFor(path, QStringLiteral("a folder of that name is in the way"));
+    return target;
+}
+
+int sweepStaleTemporaries(const QString& target) {
+    const QFileInfo info(target);
+    const QDir folder = info.absoluteDir();
+    // Ours: ".<name>.<machine>.<pid>.<6 random>.tmp"; the earlier Python writer's:
+    // ".<name>.<8 random>.tmp".
+    const QRegularExpression pattern(
+        QStringLiteral(
+            "^\\.%1\\.(?:([A-Za-z0-9_-]+)\\.(\\d+)\\.[A-Za-z0-9]{6}|[a-z0-9_]{8})\\.tmp$")
+            .arg(QRegularExpression::escape(info.fileName())));
+    const QString machine = machineTag();
+    const QDateTime now = QDateTime::currentDateTimeUtc();
+    int removed = 0;
+    const QStringList candidates =
+        folder.entryList({QLatin1Char('.') + info.fileName() + QStringLiteral(".*.tmp")},
+                         QDir::Files | QDir::Hidden | QDir::System);
+    for (const QString& name : candidates) {
+        const QRegularExpressionMatch match = pattern.match(name);
+        if (!match.hasMatch())
+            continue;
+        const QString path = folder.filePath(name);
+        const bool deadWriter =
+            match.captured(1) == machine && !processRunning(match.captured(2).toLongLong());
+        const bool old = QFileInfo(path).lastModified().secsTo(now) > staleSeconds;
+        if ((deadWriter || old) && QFile::remove(path))
+            ++removed;
+    }
+    return removed;
+}
+
+FileReplacement::FileReplacement(const QString& path) : path_(path), target_(replaceTarget(path)) {
+    sweepStaleTemporaries(target_);
+    const QFileInfo info(target_);
+    const QString stem = QStringLiteral(".%1.%2.%3.")
+                             .arg(info.fileName(), machineTag(), QString::number(processId()));
+    for (int attempt = 0; attempt < 16; ++attempt) {
+        const QString candidate =
+            info.absoluteDir().filePath(stem + randomTag() + QStringLiteral(".tmp"));
+        QFile file(candidate);
+        // NewOnly: never reuse a name someone else holds; the umask decides the mode, as for any
+        // file the user makes.
+        if (file.open(QIODevice::WriteOnly | QIODevice::NewOnly)) {
+            temporary_ = candidate;
+            return;
+        }
+        if (!QFile::exists(candidate)) {
+            const QFileInfo folder(info.absolutePath());
+            fail(folder.isDir() && !folder.isWritable()
+                     ? QStringLiteral("the folder '%1' is not writable").arg(info.absolutePath())
+                     : file.errorString());
+        }
+    }
+    fail(QStringLiteral("no free temporary name"));
+}
+
+FileReplacement::~FileReplacement() {
+    if (!committed_ && !temporary_.isEmpty())
+        QFile::remove(temporary_);
+}
+
+void FileReplacement::fail(const QString& reason) const {
+    failFor(path_, reason);
+}
+
+void FileReplacement::write(const QByteArray& data) {
+    QFile file(temporary_);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        fail(file.errorString());
+    if (file.write(data) != data.size() || !file.flush())
+        fail(file.errorString());
+}
+
+void FileReplacement::commit() {
+    {
+        // The bytes reach the disk before the name does, so a crash of the machine cannot leave
+        // the new name on empty contents.
+        QFile file(temporary_);
+        if (!file.open(QIODevice::ReadWrite))
+            fail(file.errorString());
+#ifdef Q_OS_UNIX
+        if (::fsync(file.handle()) != 0)
+            fail(QString::fromLocal8Bit(std::strerror(errno)));
+#endif
+    }
+    if (QFile::exists(target_) && !QFile::setPermissions(temporary_, QFile::permissions(target_)))
+        fail(QStringLiteral("cannot give the new file the permissions of the old one"));
+    std::error_code error;
+    std::filesystem::rename(fsPath(temporary_), fsPath(target_), error);
+    if (error)
+        fail(QString::fromStdString(error.message()));
+    committed_ = true;
+}
+
+void writeFileAtomically(const QString& path, const QByteArray& data) {
+    FileReplacement replacement(path);
+    replacement.write(data);
+    replacement.commit();
 }
 
 } // namespace cobaltrig::pools

@@ -19,7 +19,9 @@ py::module_ elementTree() {
 } // namespace
 
 py::object parse_settings_file() {
-    return elementTree().attr("parse")(siblings::get_settings_xml());
+    // Through the sibling module's reader: its errors name the file, and a settings folder that
+    // could not be written reads as the defaults instead of failing.
+    return elementTree().attr("ElementTree")(siblings::load_settings_tree());
 }
 
 void write_settings_file(const py::object& tree, const SettingValues& values) {

@@ -4,11 +4,16 @@
 
 #include <gtest/gtest.h>
 
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
+#include <QSysInfo>
 #include <QTemporaryDir>
 
 #include <stdexcept>
+
+#include <sys/wait.h>
+#include <unistd.h>
 
 using namespace cobaltrig::pools;
 
@@ -17,6 +22,26 @@ namespace {
 QByteArray read(const QString& path) {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+void put(const QString& path, const QByteArray& data) {
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(data);
+}
+
+QStringList hidden(const QString& folder) {
+    return QDir(folder).entryList(QDir::Files | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
+                                  QDir::Name);
+}
+
+std::string failureOf(const QString& path) {
+    try {
+        writeFileAtomically(path, "<new/>");
+    } catch (const std::runtime_error& error) {
+        return error.what();
+    }
+    return "(no failure)";
 }
 
 } // namespace
@@ -61,4 +86,72 @@ TEST(AtomicWrite, AFailedWriteNamesThePathAndLeavesNothingBehind) {
         EXPECT_NE(std::string(error.what()).find("gone/settings.xml"), std::string::npos);
     }
     EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden).size(), 0);
+}
+
+TEST(AtomicWrite, RefusesALinkThatLeadsNowhereAndKeepsIt) {
+    QTemporaryDir dir;
+    const QString link = dir.filePath(QStringLiteral("settings.xml"));
+    ASSERT_TRUE(QFile::link(dir.filePath(QStringLiteral("gone.xml")), link));
+    const std::string message = failureOf(link);
+    EXPECT_NE(message.find("settings.xml"), std::string::npos) << message;
+    EXPECT_NE(message.find("gone.xml"), std::string::npos) << message;
+    EXPECT_TRUE(QFileInfo(link).isSymLink());
+    EXPECT_EQ(hidden(dir.path()), QStringList{QStringLiteral("settings.xml")});
+}
+
+TEST(AtomicWrite, AnUncommittedReplacementLeavesTheOldFileAndNoTemporary) {
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("glow.nk"));
+    put(path, "old");
+    {
+        FileReplacement replacement(path);
+        replacement.write("half of the new");
+        EXPECT_TRUE(QFile::exists(replacement.temporaryPath()));
+    }
+    EXPECT_EQ(read(path), QByteArray("old"));
+    EXPECT_EQ(hidden(dir.path()), QStringList{QStringLiteral("glow.nk")});
+}
+
+TEST(AtomicWrite, TheNextWriteSweepsTemporariesOfDeadWritersOnly) {
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("settings.xml"));
+    put(path, "<old/>");
+    // A writer killed between creating its temporary and the rename.
+    const pid_t child = ::fork();
+    ASSERT_NE(child, -1);
+    if (child == 0) {
+        auto* abandoned = new FileReplacement(path);
+        abandoned->write("<half");
+        ::_exit(0);
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    ASSERT_EQ(hidden(dir.path()).size(), 2);
+
+    // A live writer's temporary (pid 1 always runs), a fresh and an old one of the earlier writer,
+    // and a user's file that only looks similar.
+    const QString live = QStringLiteral(".settings.xml.") + QSysInfo::machineHostName() +
+                         QStringLiteral(".1.abcDEF.tmp");
+    const QString kept[] = {live, QStringLiteral(".settings.xml.fresh123.tmp"),
+                            QStringLiteral(".settings.xml.notes.tmp"),
+                            QStringLiteral("settings.xml.bak")};
+    for (const QString& name : kept)
+        put(dir.filePath(name), "x");
+    const QString old = dir.filePath(QStringLiteral(".settings.xml.old12345.tmp"));
+    put(old, "x");
+    {
+        QFile file(old);
+        ASSERT_TRUE(file.open(QIODevice::Append));
+        ASSERT_TRUE(file.setFileTime(QDateTime::currentDateTime().addSecs(-7200),
+                                     QFileDevice::FileModificationTime));
+    }
+
+    writeFileAtomically(path, "<new/>");
+
+    EXPECT_EQ(read(path), QByteArray("<new/>"));
+    QStringList expected{QStringLiteral("settings.xml")};
+    for (const QString& name : kept)
+        expected << name;
+    expected.sort();
+    EXPECT_EQ(hidden(dir.path()), expected);
 }

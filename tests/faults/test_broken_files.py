@@ -1,0 +1,74 @@
+"""Every file the add-on reads, broken every way we could think of, put in front of the entry points
+that read it: each case ends in words that name the file (or works, for a file that is merely
+large, linked or missing), the process lives, and no other file on disk changes."""
+
+import os
+import shutil
+import tempfile
+
+import pytest
+
+import fault_scenarios as scenarios
+
+# Variants that are no fault at all: the add-on must simply work with them.
+HARMLESS = {"symlinked", "huge"}
+
+# Texts the pool windows show for a preset that is gone; they predate this suite and are kept
+# word for word, so they do not carry the file's name.
+PRESET_GONE = "The file wasn't found. It doesn't exist anymore."
+
+
+@pytest.fixture
+def root(host):
+    # Outside pytest's private temporary folder, so that an unprivileged child can work in it.
+    folder = tempfile.mkdtemp(prefix="cobaltrig-faults-")
+    yield folder
+    shutil.rmtree(folder, ignore_errors=True)
+
+
+def allowed_change(root, kind, variant, path):
+    """Files the entry points may write: the file under test (when they could read it or it was
+    missing) and, for a missing settings file, the default pool it lays out."""
+    target = scenarios.target(root, kind)
+    if path == target or path == os.path.realpath(target):
+        return variant in HARMLESS | {"missing"}
+    return kind == "settings" and variant == "missing" and path.startswith(
+        os.path.join(root, "home", "pools"))
+
+
+def cases():
+    for kind in scenarios.KINDS:
+        for variant in scenarios.VARIANTS:
+            if kind == "image" and variant == "non-utf8":
+                continue  # an image is no text; its broken variants are the others
+            marks = []
+            if kind == "preset" and variant == "non-utf8":
+                # Known gap, left to the pool windows' owners: inserting passes on the host's
+                # decoding error, which does not name the file.
+                marks = [pytest.mark.xfail(strict=True, reason="host error without the file name")]
+            yield pytest.param(kind, variant, marks=marks, id="{}-{}".format(kind, variant))
+
+
+@pytest.mark.parametrize("kind, variant", list(cases()))
+def test_a_broken_file_ends_in_words_and_changes_nothing_else(root, kind, variant):
+    if variant == "unreadable":
+        outcome = scenarios.run_unprivileged(root, kind, variant)
+    else:
+        outcome = scenarios.run(root, kind, variant)
+
+    before, after = outcome["before"], outcome["after"]
+    changed = sorted(p for p in set(before) | set(after)
+                     if before.get(p) != after.get(p) and not allowed_change(root, kind, variant, p))
+    assert changed == [], "files changed: {}".format(changed)
+    assert not [p for p in after if p.endswith(".tmp")], "a temporary was left"
+
+    name = os.path.basename(scenarios.target(root, kind))
+    texts = outcome["told"] + ([outcome["console"]] if outcome["console"].strip() else [])
+    for text in texts:
+        if text != PRESET_GONE:
+            assert name in text, "a message does not name the file: {!r}".format(text)
+    if variant not in HARMLESS | {"missing"}:
+        assert texts, "nothing told the user about the broken {}".format(name)
+    if variant == "symlinked":
+        assert os.path.islink(scenarios.target(root, kind)), "the link was replaced"
+

@@ -1,0 +1,83 @@
+"""kill -9 in the middle of settings rewrites, by both writers: the file is always one whole version,
+and the next write leaves no temporary behind."""
+
+import os
+import random
+import re
+import signal
+import time
+import xml.etree.ElementTree as ET
+
+from cobaltRig import helper
+
+ROUNDS = 200
+PAYLOAD = 64 * 1024  # a settings file big enough that a write takes a while
+VALUE = re.compile(r"^v(\d+):x{%d}$" % PAYLOAD)
+
+
+def settings_bytes(version):
+    root = helper.load_settings_tree()
+    for element in root.find("settings").findall("setting"):
+        if element.get("name") == "presetnodes_ignore":
+            element.text = "v{}:{}".format(version, "x" * PAYLOAD)
+    helper.prettyprint(root)
+    return ET.tostring(root, encoding="utf-8")
+
+
+def rewrite_forever(rig, path, first):
+    """The child: rewrites the settings file endlessly, alternating the two writers."""
+    data = settings_bytes(first)
+    version = first
+    while True:
+        version += 1
+        if version % 2:
+            helper.update_xml("presetnodes_ignore", "v{}:{}".format(version, "x" * PAYLOAD))
+        else:
+            rig._testing.write_file_atomically(path, data.replace(
+                "v{}:".format(first).encode(), "v{}:".format(version).encode()))
+
+
+def temporaries(folder):
+    return [name for name in os.listdir(folder) if name.endswith(".tmp")]
+
+
+def test_kills_during_rewrites_leave_a_whole_file_and_no_temporary(rig, settings_home):
+    path = helper.get_settings_xml()
+    helper.update_xml("presetnodes_ignore", "v0:" + "x" * PAYLOAD)
+    chance = random.Random(12)
+    aimed_hits = 0
+    started = time.monotonic()
+    for round_ in range(ROUNDS):
+        pid = os.fork()
+        if pid == 0:
+            try:
+                rewrite_forever(rig, path, round_ * 1000)
+            finally:
+                os._exit(0)
+        if round_ % 2:
+            time.sleep(chance.uniform(0.0, 0.03))  # a random moment
+        else:
+            # Aimed: the moment a temporary exists, between its creation and the rename.
+            deadline = time.monotonic() + 2
+            while not temporaries(str(settings_home)) and time.monotonic() < deadline:
+                time.sleep(0.0005)
+            aimed_hits += bool(temporaries(str(settings_home)))
+        os.kill(pid, signal.SIGKILL)
+        os.waitpid(pid, 0)
+
+        value = [e.text for e in ET.parse(path).getroot().find("settings").findall("setting")
+                 if e.get("name") == "presetnodes_ignore"]
+        assert len(value) == 1 and VALUE.match(value[0]), "round {}: not a whole version".format(
+            round_)
+
+        # The next write, by either writer, sweeps what the killed one left.
+        if round_ % 4 < 2:
+            helper.update_xml("icon_size", str(10 + round_ % 20))
+        else:
+            with open(path, "rb") as handle:
+                rig._testing.write_file_atomically(path, handle.read())
+        assert temporaries(str(settings_home)) == [], "round {}".format(round_)
+
+    assert aimed_hits > ROUNDS // 4, "the aimed kills rarely met a temporary"
+    if "ASAN_OPTIONS" not in os.environ:  # the budget is the normal suite's; sanitizers are slower
+        assert time.monotonic() - started < 60
