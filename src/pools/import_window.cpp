@@ -57,13 +57,13 @@ QString failureText() {
     }
 }
 
-// Whether the file name of an item's path (its last piece) holds `text`, without copying it out.
-bool fileNameContains(const QTreeWidgetItem* item, const QString& text) {
+// The file name of an item's path (its last piece), which the search looks in.
+QString fileName(const QTreeWidgetItem* item) {
     const QString path = item->data(0, Qt::UserRole).toString();
     int slash = path.lastIndexOf(QLatin1Char('/'));
     if (separator() != QLatin1Char('/'))
         slash = std::max(slash, path.lastIndexOf(separator()));
-    return path.indexOf(text, slash + 1) >= 0;
+    return path.mid(slash + 1);
 }
 
 } // namespace
@@ -168,6 +168,9 @@ void ImportWindow::create_signals() {
 }
 
 void ImportWindow::populate_tree(const QStringList& expand_list) {
+    search_indexed = false;
+    search_rows.clear();
+    search_categories.clear();
     count_dirItem = fill_pool_tree(
         tree, this, dirlist, combo_pool->toolTip(),
         [&](const QString& name, const QString& root) -> std::optional<DirState> {
@@ -181,15 +184,39 @@ void ImportWindow::populate_tree(const QStringList& expand_list) {
         siblings::load_icons());
 }
 
+void ImportWindow::index_search() {
+    search_rows.clear();
+    search_categories.clear();
+    search_roots[0] = search_roots[1] = nullptr;
+    search_indexed = true;
+    QTreeWidgetItem* pool = tree->topLevelItem(0);
+    if (!pool)
+        return;
+    for (int index : {0, 1}) {
+        QTreeWidgetItem* root = pool->child(index);
+        search_roots[index] = root;
+        if (!root)
+            continue;
+        for (int c = 0; c < root->childCount(); ++c) {
+            QTreeWidgetItem* category = root->child(c);
+            const std::size_t first = search_rows.size();
+            for (int k = 0; k < category->childCount(); ++k) {
+                QTreeWidgetItem* child = category->child(k);
+                search_rows.push_back({child, fileName(child), child->isHidden()});
+            }
+            search_categories.push_back({category, first, search_rows.size()});
+        }
+    }
+}
+
 void ImportWindow::search_item() {
     const QString text = input_name->text();
     // The filter works on three fixed levels: the first two folders of the pool (normally nodes
     // and toolsets), their folders, and what those hold. An empty tree, or a pool with fewer than
     // two folders, simply has less to filter: the levels that exist are filtered, and a search
     // never fails on the ones that don't.
-    QTreeWidgetItem* pool = tree->topLevelItem(0);
-    if (!pool)
-        return;
+    if (!search_indexed)
+        index_search();
     // Each keystroke decides every item of a pool of thousands. An item is told only when its
     // state really changes, and the view lays the changes out together once the walk is done.
     bool deferred = false;
@@ -210,35 +237,35 @@ void ImportWindow::search_item() {
             item->setExpanded(expanded);
         }
     };
-    for (int index : {0, 1}) {
-        QTreeWidgetItem* root = pool->child(index);
-        if (!root)
-            continue;
-        for (int c = 0; c < root->childCount(); ++c) {
-            QTreeWidgetItem* category = root->child(c);
-            int matches = 0;
-            for (int k = 0; k < category->childCount(); ++k) {
-                QTreeWidgetItem* child = category->child(k);
-                // The file name, extension included: a search for "nk" matches every preset.
-                const bool match = text.isEmpty() || fileNameContains(child, text);
-                setHidden(child, !match);
-                matches += match ? 1 : 0;
+    for (const SearchCategory& category : search_categories) {
+        std::size_t matches = 0;
+        for (std::size_t k = category.first; k < category.end; ++k) {
+            SearchRow& row = search_rows[k];
+            // The file name, extension included: a search for "nk" matches every preset.
+            const bool match = text.isEmpty() || row.file_name.contains(text);
+            if (row.hidden == match) {
+                change();
+                row.item->setHidden(!match);
+                row.hidden = !match;
             }
-            if (text.isEmpty()) {
-                // An empty search shows everything again and closes what the search opened.
-                setHidden(category, false);
-                setExpanded(category, false);
-            } else {
-                // A category stays exactly when something in it matches; an item directly
-                // below a root has no children and goes with any search.
-                setHidden(category, matches == 0);
-                if (matches > 0)
-                    setExpanded(category, true);
-            }
+            matches += match ? 1 : 0;
         }
-        if (!text.isEmpty())
-            setHidden(root, false);
+        if (text.isEmpty()) {
+            // An empty search shows everything again and closes what the search opened.
+            setHidden(category.item, false);
+            setExpanded(category.item, false);
+        } else {
+            // A category stays exactly when something in it matches; an item directly below a
+            // root has no children and goes with any search.
+            setHidden(category.item, matches == 0);
+            if (matches > 0)
+                setExpanded(category.item, true);
+        }
     }
+    if (!text.isEmpty())
+        for (QTreeWidgetItem* root : search_roots)
+            if (root)
+                setHidden(root, false);
 }
 
 void ImportWindow::set_data() {

@@ -14,6 +14,7 @@
 
 #include <map>
 #include <string>
+#include <vector>
 
 class QAction;
 class QComboBox;
@@ -24,6 +25,7 @@ class QMenu;
 class QPushButton;
 class QSlider;
 class QTreeWidget;
+class QTreeWidgetItem;
 class QVBoxLayout;
 
 namespace cobaltrig {
@@ -87,6 +89,27 @@ private:
     void message(const QString& text);
     QAction* make_action(const char* icon_key, const QString& text);
     void drop_menu();
+    void index_search();
+
+    // What the search reads of every item below the categories, gathered once per tree: the file
+    // name of its path and whether the search has hidden it. Asking the items themselves costs a
+    // model lookup each (and a copy of the path), thousands of times per keystroke; only the search
+    // hides these items, so their hidden state can be kept here.
+    struct SearchRow {
+        QTreeWidgetItem* item;
+        QString file_name;
+        bool hidden;
+    };
+    struct SearchCategory {
+        QTreeWidgetItem* item;
+        std::size_t first; // its rows in search_rows
+        std::size_t end;
+    };
+    std::vector<SearchRow> search_rows;
+    std::vector<SearchCategory> search_categories;
+    /// The two roots whose categories are searched (null where the pool has fewer folders).
+    QTreeWidgetItem* search_roots[2] = {nullptr, nullptr};
+    bool search_indexed = false;
 };
 
 } // namespace cobaltrig

@@ -88,3 +88,18 @@ def test_search_on_an_empty_tree_or_a_pool_with_one_folder_fails_nowhere(
     window.input_name.clear()
     assert shown(window, user) == (["warm"] if layout else [])
     assert capsys.readouterr().err == ""
+
+
+def test_a_search_after_the_tree_is_rebuilt_sees_the_new_tree(rig, library, qtbot, user):
+    # The search keeps what it reads of the items between keystrokes; a rebuilt tree must not be
+    # searched through the items of the old one.
+    window = rig.import_preset()
+    qtbot.keyClicks(window.input_name, "warm")
+    (library / "nodes" / "Blur" / "warmer.nk").write_text("")
+    (library / "nodes" / "Grade" / "warm.nk").unlink()
+    window.populate_tree()
+    assert shown(window, user) == ["Soft", "cold", "despill", "glow", "inner", "loose", "top", "warmer"]
+    qtbot.keyClicks(window.input_name, "e")
+    assert shown(window, user) == ["top", "warmer"]
+    window.input_name.clear()
+    assert len(shown(window, user)) == 8
