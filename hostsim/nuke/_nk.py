@@ -516,10 +516,19 @@ class Parsed:
         self.commands = []  # (words, knob lines of a node's block or None)
         self.root_body = None
         known = 0
+        defined = set()
         for line, words in commands(text):
             head = words[0]
             if head.kind != "bare":
                 raise ScriptError("line {}: {} is not a command".format(line, head.raw[:40]))
+            # As in TCL, a variable is read only after a `set`: a push of an unknown one (a file cut
+            # off in the middle of a name, say) fails before any node is made.
+            if head.value == "set" and len(words) >= 3:
+                defined.add(words[1].value)
+            elif (head.value == "push" and len(words) == 2 and words[1].value.startswith("$")
+                  and words[1].value[1:] not in defined):
+                raise ScriptError('line {}: can\'t read "{}": no such variable'.format(
+                    line, words[1].value[1:]))
             if _is_node_command(words):
                 known += 1
                 body = _body(words[1].value, line)

@@ -41,12 +41,7 @@ def cases():
         for variant in scenarios.VARIANTS:
             if kind == "image" and variant == "non-utf8":
                 continue  # an image is no text; its broken variants are the others
-            marks = []
-            if kind == "preset" and variant == "non-utf8":
-                # Known gap, left to the pool windows' owners: inserting passes on the host's
-                # decoding error, which does not name the file.
-                marks = [pytest.mark.xfail(strict=True, reason="host error without the file name")]
-            yield pytest.param(kind, variant, marks=marks, id="{}-{}".format(kind, variant))
+            yield pytest.param(kind, variant, id="{}-{}".format(kind, variant))
 
 
 @pytest.mark.parametrize("kind, variant", list(cases()))
