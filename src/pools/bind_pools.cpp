@@ -8,7 +8,6 @@
 #include "pools/export_window.h"
 #include "pools/import_window.h"
 #include "pools/line_edit_custom.h"
-#include "pools/preset_file.h"
 
 #include <pybind11/stl.h>
 
@@ -194,8 +193,7 @@ void bind_pools(py::module_& m) {
             // Pressed on a node's look tab, the presets go in beside that node, inside its group.
             if (std::optional<host::Node> node = host::thisNode();
                 node && node->knob("preset_import"))
-                if (std::optional<host::Node> group = pools::holdingGroup(*node))
-                    window.cast<ImportWindow&>().paste_group = group->object();
+                window.cast<ImportWindow&>().paste_group = host::parentGroup(*node).object();
             return window;
         },
         "Opens the import window.");

@@ -318,8 +318,7 @@ void ExportWindow::write_node_as_preset() {
         std::optional<host::GroupContext> context;
         if (node_class != QLatin1String("toolsets")) {
             exported.emplace(node);
-            if (std::optional<host::Node> group = holdingGroup(*exported))
-                context.emplace(*group);
+            context.emplace(host::parentGroup(*exported));
             exported->selectOnly();
         }
         host::nodeCopy(host::cut_paste_file());
