@@ -115,7 +115,12 @@ SnapshotBrowser::SnapshotBrowser() : QWidget(nullptr) {
     preview_image->scroll_area->setWidgetResizable(false);
     preview_image->set_image(cur_snapshot_preview);
 
+    // The rows of the current directory, then the slider set on the remembered preview. The
+    // slider's first moves store row 0 over it; the second setup puts it back when it is listed.
     populate_table_thumbs();
+    setup_version_slider();
+    slider_versions->setValue(0);
+    setup_version_slider();
     splitter->setSizes({220, 900});
 
     // The label keeps the size the resizable scroll area gives it, while the scroll area itself
@@ -193,7 +198,6 @@ void SnapshotBrowser::create_widgets() {
     table_thumbs->setColumnCount(1);
     table_thumbs->verticalHeader()->hide();
     table_thumbs->horizontalHeader()->hide();
-    table_thumbs->horizontalHeader()->setStretchLastSection(true);
     table_thumbs->installEventFilter(this);
     table_thumbs->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     table_thumbs->setEditTriggers(QAbstractItemView::NoEditTriggers);
@@ -283,6 +287,7 @@ void SnapshotBrowser::create_signals() {
     connect_guarded(push_close, &QToolButton::clicked, this, "close",
                     [this] { resize_look_browser(QString()); });
     connect_guarded(push_help, &QToolButton::clicked, this, "help", [this] { show_help_menu(); });
+    create_table_signals();
 }
 
 void SnapshotBrowser::create_tooltips() {
