@@ -304,10 +304,12 @@ void bind_thumbnail(ThumbnailClass& cls) {
                                [](SnapshotThumbnail& t) { return pixmapObject(t.pixmap); })
         .def_property_readonly("icons", [](SnapshotThumbnail& t) { return t.icons; })
         .def_property_readonly("snapshotbrowser",
-                               [](SnapshotThumbnail& t) { return borrowed(t.snapshotbrowser); });
+                               [](SnapshotThumbnail& t) { return borrowed(t.snapshotbrowser); })
+        .def_property_readonly("label_comment",
+                               [](SnapshotThumbnail& t) { return bridge::wrap(t.comment_mark()); })
+        .def_property_readonly("label_flag",
+                               [](SnapshotThumbnail& t) { return bridge::wrap(t.flag_mark()); });
 #define COBALTRIG_WIDGET(name) bridge::def_widget(cls, #name, &SnapshotThumbnail::name)
-    COBALTRIG_WIDGET(label_comment);
-    COBALTRIG_WIDGET(label_flag);
     COBALTRIG_WIDGET(menu_main);
     COBALTRIG_WIDGET(menu_flags);
     COBALTRIG_WIDGET(menu_move);

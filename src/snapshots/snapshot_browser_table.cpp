@@ -52,7 +52,18 @@ void SnapshotBrowser::create_table_signals() {
 void SnapshotBrowser::populate_table_thumbs() {
     if (!built())
         throw std::runtime_error("the snapshot browser has no table: it stopped while building");
+    // The old thumbnails leave the window before the style is applied, and the new ones arrive
+    // after: each widget is polished once, when it is shown, instead of the whole list again.
+    for (SnapshotThumbnail* thumb : get_thumbnails_list()) {
+        if (!thumb)
+            continue;
+        thumb->hide();
+        thumb->setParent(nullptr);
+        // Not at once: the refresh may come from one of these thumbnails' own menus.
+        thumb->deleteLater();
+    }
     table_thumbs->clear();
+    siblings::set_style_sheet(this);
     if (!current_snapshot_dir)
         return;
     // An absolute directory replaces the root in the join.
@@ -78,7 +89,6 @@ void SnapshotBrowser::populate_table_thumbs() {
     }
     header->setUpdatesEnabled(true);
     load_thumbs_visible_top_bottom();
-    siblings::set_style_sheet(this);
 }
 
 std::vector<SnapshotThumbnail*> SnapshotBrowser::get_thumbnails_list() const {

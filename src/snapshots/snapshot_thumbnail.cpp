@@ -99,32 +99,48 @@ SnapshotThumbnail::SnapshotThumbnail(const QString& src, SnapshotBrowser* snapsh
     connect_guarded(this, &QLabel::customContextMenuRequested, this, "thumbnail menu",
                     [this] { show_right_click_menu(); });
 
-    label_comment = new QLabel(QStringLiteral("C"), this);
-    label_comment->setObjectName(QStringLiteral("comment"));
-    label_comment->hide();
-    label_flag = new QLabel(this);
-    label_flag->setObjectName(QStringLiteral("flag"));
-    label_flag->hide();
-
     set_meta_ui_elements();
 }
 
+QLabel* SnapshotThumbnail::comment_mark() {
+    if (!label_comment) {
+        label_comment = new QLabel(QStringLiteral("C"), this);
+        label_comment->setObjectName(QStringLiteral("comment"));
+        label_comment->hide();
+    }
+    return label_comment;
+}
+
+QLabel* SnapshotThumbnail::flag_mark() {
+    if (!label_flag) {
+        label_flag = new QLabel(this);
+        label_flag->setObjectName(QStringLiteral("flag"));
+        label_flag->hide();
+    }
+    return label_flag;
+}
+
 void SnapshotThumbnail::set_meta_ui_elements() {
+    // Most snapshots carry no mark: a mark is made when first shown, so that a long list holds
+    // one widget per row, and the window's style has that much less to apply.
     const snapshot_files::Metadata metadata = snapshot_files::load_metadata(src);
     if (!metadata.comment.isEmpty()) {
-        label_comment->setText(QStringLiteral("c"));
+        comment_mark()->setText(QStringLiteral("c"));
         label_comment->show();
         setToolTip(metadata.comment);
-    } else {
+    } else if (label_comment) {
         label_comment->hide();
     }
     if (!metadata.flag.isEmpty()) {
         show_flag(metadata.flag);
         label_flag->show();
-        label_comment->move(20, 0);
+        if (label_comment)
+            label_comment->move(20, 0);
     } else {
-        label_flag->hide();
-        label_comment->move(0, 0);
+        if (label_flag)
+            label_flag->hide();
+        if (label_comment)
+            label_comment->move(0, 0);
     }
 }
 
@@ -133,6 +149,7 @@ void SnapshotThumbnail::show_flag(const QString& flag) {
     // directory may hold thousands: the mark shows a swatch of the colour instead, shared by all
     // marks of that colour, at the size the common style gives the mark. A value that isn't three
     // numbers still shows as a style sheet would take it.
+    flag_mark();
     QColor colour;
     if (!parseColour(flag, colour)) {
         label_flag->clear();

@@ -29,6 +29,9 @@ public:
     void set_to_preview();
     /// Reads the image and shows it at the width of the table's column.
     void load_thumbnail();
+    /// The comment and the flag mark, made hidden on first use.
+    QLabel* comment_mark();
+    QLabel* flag_mark();
 
     /// Deletes the snapshots of the table's selection: one per selected range, its top row.
     void delete_snapshot();
@@ -42,6 +45,7 @@ public:
     int w = 1;
     int h = 1;
     QPixmap pixmap;
+    /// The marks, made when first needed (see comment_mark and flag_mark).
     QLabel* label_comment = nullptr;
     QLabel* label_flag = nullptr;
     std::map<std::string, std::string> icons;
