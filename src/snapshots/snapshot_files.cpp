@@ -10,6 +10,7 @@
 #include <QFileInfo>
 #include <QImageReader>
 #include <QSaveFile>
+#include <QXmlStreamReader>
 
 #include <algorithm>
 #include <functional>
@@ -109,29 +110,50 @@ Metadata load_metadata(const QString& src) {
         };
         return {text("comment"), text("flag")};
     }
+    // A streaming read: the list reads one document per row, and a tree is not needed for two
+    // values.
     Metadata result;
-    const QString metaxml = sibling(src, QStringLiteral(".xml"));
-    if (!QFileInfo(metaxml).isFile())
+    QFile file(sibling(src, QStringLiteral(".xml")));
+    if (!file.open(QIODevice::ReadOnly))
         return result;
-    QDomDocument document;
-    QDomElement metadata;
-    try {
-        metadata = parseMetadata(metaxml, document);
-    } catch (const FileError&) {
-        // A damaged document shows no marks, as the package's own reader answers.
-        return result;
-    }
+    QXmlStreamReader xml(&file);
     bool comment_found = false, flag_found = false;
-    forEachMeta(metadata, [&](const QDomElement& meta) {
-        const QString name = meta.attribute(QStringLiteral("name"));
-        if (name == QLatin1String("comment") && !comment_found) {
-            comment_found = true;
-            result.comment = meta.text();
-        } else if (name == QLatin1String("flag") && !flag_found) {
-            flag_found = true;
-            result.flag = meta.text();
+    int depth = 0, metadata_depth = -1;
+    bool metadata_done = false;
+    while (!xml.atEnd() && !metadata_done) {
+        switch (xml.readNext()) {
+        case QXmlStreamReader::StartElement:
+            ++depth;
+            if (metadata_depth < 0 && depth == 2 && xml.name() == QLatin1String("metadata")) {
+                metadata_depth = depth;
+            } else if (metadata_depth > 0 && depth == metadata_depth + 1 &&
+                       xml.name() == QLatin1String("meta")) {
+                const QStringRef name = xml.attributes().value(QLatin1String("name"));
+                const bool comment = name == QLatin1String("comment") && !comment_found;
+                const bool flag = name == QLatin1String("flag") && !flag_found;
+                const QString text = xml.readElementText(QXmlStreamReader::IncludeChildElements);
+                --depth;
+                if (comment) {
+                    comment_found = true;
+                    result.comment = text;
+                } else if (flag) {
+                    flag_found = true;
+                    result.flag = text;
+                }
+            }
+            break;
+        case QXmlStreamReader::EndElement:
+            if (depth == metadata_depth)
+                metadata_done = true;
+            --depth;
+            break;
+        default:
+            break;
         }
-    });
+    }
+    // A damaged document shows no marks, as the package's own reader answers.
+    if (xml.hasError() && !metadata_done)
+        return Metadata();
     return result;
 }
 

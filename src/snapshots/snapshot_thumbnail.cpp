@@ -251,6 +251,16 @@ void SnapshotThumbnail::load_thumbnail() {
     const int height = h * width / w;
     setPixmap(pixmap.scaled(width, height, Qt::KeepAspectRatio));
     setScaledContents(true);
+    if (!seen_) {
+        seen_ = true;
+        show();
+    }
+}
+
+void SnapshotThumbnail::setVisible(bool visible) {
+    // Showing a widget styles it, which is most of what a row costs: until its row comes into
+    // view the thumbnail stays explicitly hidden, so neither the table nor the window brings it up.
+    QLabel::setVisible(visible && seen_);
 }
 
 void SnapshotThumbnail::delete_snapshot() {

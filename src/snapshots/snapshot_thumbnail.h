@@ -61,12 +61,17 @@ public:
     QAction* action_delete_all = nullptr;
     QAction* sep2 = nullptr;
 
+    /// The table shows every row's widget; a thumbnail comes up only once its row was in view
+    /// (`load_thumbnail`), so rows never scrolled to cost no styling and no pixels.
+    void setVisible(bool visible) override;
+
 protected:
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     void enterEvent(QEvent* event) override;
     void leaveEvent(QEvent* event) override;
 
 private:
+    bool seen_ = false;
     void show_flag(const QString& flag);
     QIcon icon(const char* key) const;
 };
