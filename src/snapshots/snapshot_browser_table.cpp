@@ -54,14 +54,19 @@ void SnapshotBrowser::populate_table_thumbs() {
         throw std::runtime_error("the snapshot browser has no table: it stopped while building");
     // The old thumbnails leave the window before the style is applied, and the new ones arrive
     // after: each widget is polished once, when it is shown, instead of the whole list again.
+    // They move under one holder inside the window, which then leaves it in a single step
+    // (moving each out of the window on its own walks the window's focus chain every time).
+    // Deleted later, not at once: the refresh may come from one of these thumbnails' own menus.
+    auto* retired = new QWidget(this);
+    retired->hide();
     for (SnapshotThumbnail* thumb : get_thumbnails_list()) {
         if (!thumb)
             continue;
         thumb->hide();
-        thumb->setParent(nullptr);
-        // Not at once: the refresh may come from one of these thumbnails' own menus.
-        thumb->deleteLater();
+        thumb->setParent(retired);
     }
+    retired->setParent(nullptr);
+    retired->deleteLater();
     table_thumbs->clear();
     siblings::set_style_sheet(this);
     if (!current_snapshot_dir)

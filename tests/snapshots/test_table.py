@@ -302,3 +302,26 @@ def test_the_preview_menu_offers_the_comment_editor(rig, snap_dir):
     assert browser.preview_image.action_comment.isEnabled()
     browser.preview_image.action_comment.trigger()
     assert rig.commentwindow.metaxml == os.path.splitext(src)[0] + ".xml"
+
+
+@pytest.mark.parametrize("remembered", [True, False])
+def test_a_resize_stores_the_size_only_with_a_remembered_preview(rig, helper, snap_dir,
+                                                                 remembered):
+    write_snapshot(snap_dir, 1000, size=(400, 200))
+    browser = rig.show_snapshot_browser()
+    if not remembered:
+        helper.update_xml("current_snapshot_preview", None)
+    before = helper.load_settings()["snapshotbrowser_size_current"]
+
+    for width in (1000, 1040):
+        browser.widget.resize(width, 640)
+        QtWidgets.QApplication.processEvents()
+
+    stored = helper.load_settings()["snapshotbrowser_size_current"]
+    assert stored == ("1040,640" if remembered else before)
+    if remembered:
+        # The rows follow the column, which now stretches with the table.
+        thumb = browser.get_thumbnails_list()[0]
+        width = browser.table_thumbs.columnWidth(0)
+        assert browser.table_thumbs.rowHeight(0) == 200 * width // 400
+        assert thumb.widget.pixmap().width() == width
