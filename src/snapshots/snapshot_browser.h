@@ -153,6 +153,7 @@ protected:
 
 private:
     void create_table_signals();
+    void load_visible_thumbs(bool only_unseen);
     bool make_directories();
     void build_ui();
     void create_widgets();

@@ -115,6 +115,10 @@ QStringList SnapshotBrowser::row_sources() const {
 }
 
 void SnapshotBrowser::load_thumbs_visible_top_bottom() {
+    load_visible_thumbs(false);
+}
+
+void SnapshotBrowser::load_visible_thumbs(bool only_unseen) {
     if (!built())
         return;
     const int extra_items_to_load = 5;
@@ -127,7 +131,8 @@ void SnapshotBrowser::load_thumbs_visible_top_bottom() {
     const int visible_bottom = lowest + extra_items_to_load;
     for (int row = visible_top; row <= visible_bottom; ++row)
         if (auto* thumb = qobject_cast<SnapshotThumbnail*>(table_thumbs->cellWidget(row, 0)))
-            thumb->load_thumbnail();
+            if (!only_unseen || thumb->pixmap.isNull())
+                thumb->load_thumbnail();
 }
 
 void SnapshotBrowser::adjust_splitter_sizes() {
@@ -206,6 +211,9 @@ void SnapshotBrowser::slide_versions() {
 void SnapshotBrowser::resizeEvent(QResizeEvent*) {
     // The base class's handler does nothing a frameless window needs; the size is stored last.
     guarded("snapshot browser resized", [this] {
+        // The table was filled before the window had its size: rows that have come into view
+        // since get their pictures, and none is read twice.
+        load_visible_thumbs(true);
         const std::optional<std::string> cur_snapshot =
             siblings::load_settings().get("current_snapshot_preview");
         if (!cur_snapshot || cur_snapshot->empty() || !QFileInfo::exists(qs(*cur_snapshot)))
