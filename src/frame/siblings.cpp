@@ -21,19 +21,42 @@ std::optional<std::string> optionalText(const py::handle& value) {
     return py::str(value).cast<std::string>();
 }
 
-py::object callHelper(const char* name, py::args args = py::args(), py::kwargs kwargs = py::kwargs()) {
+py::object callHelper(const char* name, py::args args = py::args(),
+                      py::kwargs kwargs = py::kwargs()) {
     return helper().attr(name)(*args, **kwargs);
 }
 
 } // namespace
 
+namespace {
+// The package's own functions that have a native twin, as they were when the package loaded. The
+// references are kept for the life of the process: they must not be released after Python ends.
+std::map<std::string, PyObject*>& originals() {
+    static auto* functions = new std::map<std::string, PyObject*>();
+    return *functions;
+}
+} // namespace
+
 void import_modules(const std::string& package) {
     package_name() = package;
-    helper();
+    py::module_ module = helper();
+    for (const char* name : {"get_image_size", "load_metadata"}) {
+        if (!py::hasattr(module, name))
+            continue;
+        py::object function = module.attr(name);
+        originals()[name] = function.release().ptr();
+    }
     settings_module();
 }
 
-py::module_ helper() { return py::module_::import((package_name() + ".helper").c_str()); }
+py::module_ helper() {
+    return py::module_::import((package_name() + ".helper").c_str());
+}
+bool is_original(const char* name) {
+    auto it = originals().find(name);
+    return it != originals().end() && helper().attr(name).ptr() == it->second;
+}
+
 py::module_ settings_module() {
     return py::module_::import((package_name() + ".settings").c_str());
 }
@@ -43,9 +66,13 @@ std::optional<std::string> Settings::get(const std::string& key) const {
     return it == values.end() ? std::nullopt : it->second;
 }
 
-std::string Settings::text(const std::string& key) const { return get(key).value_or(""); }
+std::string Settings::text(const std::string& key) const {
+    return get(key).value_or("");
+}
 
-bool Settings::isTrue(const std::string& key) const { return get(key) == std::string("True"); }
+bool Settings::isTrue(const std::string& key) const {
+    return get(key) == std::string("True");
+}
 
 std::optional<std::string> Settings::poolPath(const std::string& name) const {
     for (const auto& [pool, path] : pools)
@@ -79,7 +106,9 @@ void update_xml(const std::string& key, const std::optional<std::string>& value)
     helper().attr("update_xml")(key, value ? py::object(py::str(*value)) : py::object(py::none()));
 }
 
-std::string get_settings_xml() { return py::str(callHelper("get_settings_xml")).cast<std::string>(); }
+std::string get_settings_xml() {
+    return py::str(callHelper("get_settings_xml")).cast<std::string>();
+}
 
 py::object load_settings_tree() { return callHelper("load_settings_tree"); }
 
@@ -123,19 +152,18 @@ void show_message_box(QWidget* parent, const std::string& text) {
 
 bool ask_dialog(const std::string& title, const std::string& message,
                 const std::string& process_label, const std::string& color_process) {
-    py::object answer = helper().attr("ask_dialog")(title, message,
-                                                    py::arg("process_label") = process_label,
-                                                    py::arg("color_process") = color_process);
+    py::object answer =
+        helper().attr("ask_dialog")(title, message, py::arg("process_label") = process_label,
+                                    py::arg("color_process") = color_process);
     return py::bool_(answer);
 }
 
 py::object build_tree_widget_item(const py::object& parent, const std::string& label,
                                   const std::string& path, bool disabled, bool selected,
                                   bool expanded, bool is_dir, const py::object& icon) {
-    return helper().attr("build_tree_widget_item")(parent, label, path, disabled, selected,
-                                                   py::arg("expanded") = expanded,
-                                                   py::arg("is_dir") = is_dir,
-                                                   py::arg("icon") = icon);
+    return helper().attr("build_tree_widget_item")(
+        parent, label, path, disabled, selected, py::arg("expanded") = expanded,
+        py::arg("is_dir") = is_dir, py::arg("icon") = icon);
 }
 
 std::string get_explorer_name() {
@@ -143,20 +171,25 @@ std::string get_explorer_name() {
 }
 
 void open_in_explorer(const std::string& path, QWidget* parent) {
-    helper().attr("open_in_explorer")(path, py::arg("parent") =
-                                                bridge::wrap(parent));
+    helper().attr("open_in_explorer")(path, py::arg("parent") = bridge::wrap(parent));
 }
 
-std::string create_uid() { return py::str(callHelper("create_uid")).cast<std::string>(); }
+std::string create_uid() {
+    return py::str(callHelper("create_uid")).cast<std::string>();
+}
 
-py::object find_looks_group() { return callHelper("find_looks_group"); }
+py::object find_looks_group() {
+    return callHelper("find_looks_group");
+}
 
 std::pair<py::int_, py::int_> get_topleft_coordinates() {
     const auto xy = callHelper("get_topleft_coordinates").cast<std::pair<py::object, py::object>>();
     return {py::int_(xy.first), py::int_(xy.second)};
 }
 
-std::optional<std::string> get_resolution() { return optionalText(callHelper("get_resolution")); }
+std::optional<std::string> get_resolution() {
+    return optionalText(callHelper("get_resolution"));
+}
 
 py::object get_connected_nodes(const py::object& node) {
     return helper().attr("get_connected_nodes")(node);
@@ -166,8 +199,12 @@ std::pair<int, int> get_image_size(const std::string& path) {
     return helper().attr("get_image_size")(path).cast<std::pair<int, int>>();
 }
 
-py::object load_metadata(const std::string& src) { return helper().attr("load_metadata")(src); }
-void create_metaxml(const std::string& path) { helper().attr("create_metaxml")(path); }
+py::object load_metadata(const std::string& src) {
+    return helper().attr("load_metadata")(src);
+}
+void create_metaxml(const std::string& path) {
+    helper().attr("create_metaxml")(path);
+}
 
 void set_flag(const py::object& browser, const std::string& src, const std::string& colour) {
     helper().attr("set_flag")(browser, src, colour);
@@ -196,16 +233,25 @@ std::string get_default_snapshot_root_dir() {
     return py::str(callHelper("get_default_snapshot_root_dir")).cast<std::string>();
 }
 
-void show_changelog() { callHelper("show_changelog"); }
-void show_about_window() { callHelper("show_about_window"); }
-
-py::object make_settings_window() { return settings_module().attr("Settings")(); }
-
-void show_panel_new_pool(const py::object& exportwindow) {
-    settings_module().attr("show_panel_new_pool")(py::none(), py::arg("exportwindow") = exportwindow);
+void show_changelog() {
+    callHelper("show_changelog");
+}
+void show_about_window() {
+    callHelper("show_about_window");
 }
 
-py::object parse_advanced_settings() { return callHelper("parse_advanced_settings"); }
+py::object make_settings_window() {
+    return settings_module().attr("Settings")();
+}
+
+void show_panel_new_pool(const py::object& exportwindow) {
+    settings_module().attr("show_panel_new_pool")(py::none(),
+                                                  py::arg("exportwindow") = exportwindow);
+}
+
+py::object parse_advanced_settings() {
+    return callHelper("parse_advanced_settings");
+}
 
 std::string advanced_text(const py::object& mapping, const std::string& key,
                           const std::string& fallback) {

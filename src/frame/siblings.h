@@ -26,6 +26,10 @@ namespace py = pybind11;
 void import_modules(const std::string& package);
 
 py::module_ helper();
+
+/// True while `helper.<name>` is still the function the package came with, so that a caller may
+/// do the same work natively; false once a studio or a test replaced it.
+bool is_original(const char* name);
 py::module_ settings_module();
 
 /// One reading of the settings store. Plain keys are text or absent; absent is not the same as

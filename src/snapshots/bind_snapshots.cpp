@@ -5,13 +5,16 @@
 #include "frame/qt_bridge.h"
 #include "frame/siblings.h"
 #include "frame/window_slots.h"
+#include "snapshots/comment_window.h"
 #include "snapshots/snapshot_browser.h"
 #include "snapshots/snapshot_preview.h"
+#include "snapshots/snapshot_thumbnail.h"
 #include "snapshots/take_snapshot.h"
 
 #include <pybind11/stl.h>
 
 #include <QAction>
+#include <QBuffer>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QGroupBox>
@@ -25,6 +28,7 @@
 #include <QSlider>
 #include <QSplitter>
 #include <QTableWidget>
+#include <QTextEdit>
 #include <QTimer>
 #include <QToolButton>
 #include <QUrl>
@@ -56,6 +60,8 @@ namespace {
 using PreviewImageClass = py::class_<SnapshotPreviewImage, PaneHolder<SnapshotPreviewImage>>;
 using PreviewEmptyClass = py::class_<SnapshotPreviewEmpty, PaneHolder<SnapshotPreviewEmpty>>;
 using BrowserClass = py::class_<SnapshotBrowser, slots::WindowHolder<SnapshotBrowser>>;
+using ThumbnailClass = py::class_<SnapshotThumbnail, PaneHolder<SnapshotThumbnail>>;
+using CommentWindowClass = py::class_<CommentWindow, slots::WindowHolder<CommentWindow>>;
 
 py::object borrowed(QObject* object) {
     if (!object)
@@ -65,6 +71,8 @@ py::object borrowed(QObject* object) {
         return py::cast(image, py::return_value_policy::take_ownership);
     if (auto* empty = qobject_cast<SnapshotPreviewEmpty*>(object))
         return py::cast(empty, py::return_value_policy::take_ownership);
+    if (auto* thumb = qobject_cast<SnapshotThumbnail*>(object))
+        return py::cast(thumb, py::return_value_policy::take_ownership);
     return py::cast(static_cast<SnapshotBrowser*>(object), py::return_value_policy::reference);
 }
 
@@ -192,6 +200,20 @@ void bind_browser(BrowserClass& cls) {
                      sources.push_back(source.toStdString());
                  return sources;
              })
+        // Thumbnail table and version slider.
+        .def("get_thumbnails_list",
+             [](SnapshotBrowser& b, py::args) {
+                 py::list thumbs;
+                 for (SnapshotThumbnail* thumb : b.get_thumbnails_list())
+                     thumbs.append(borrowed(thumb));
+                 return thumbs;
+             })
+        .def("load_thumbs_visible_top_bottom",
+             [](SnapshotBrowser& b, py::args) { b.load_thumbs_visible_top_bottom(); })
+        .def("adjust_splitter_sizes",
+             [](SnapshotBrowser& b, py::args) { b.adjust_splitter_sizes(); })
+        .def("setup_version_slider", [](SnapshotBrowser& b, py::args) { b.setup_version_slider(); })
+        .def("slide_versions", [](SnapshotBrowser& b, py::args) { b.slide_versions(); })
         .def(
             "resize_look_browser",
             [](SnapshotBrowser& b, const std::string& mode, py::args) {
@@ -276,6 +298,89 @@ void bind_browser(BrowserClass& cls) {
 #undef COBALTRIG_WIDGET
 }
 
+// A copy of a pixmap as a PySide2 QPixmap (a null pixmap stays null), for scripts that inspect a
+// thumbnail; the table itself never goes this way.
+py::object pixmapObject(const QPixmap& pixmap) {
+    py::object result = py::module_::import("PySide2.QtGui").attr("QPixmap")();
+    if (pixmap.isNull())
+        return result;
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    pixmap.save(&buffer, "PNG");
+    result.attr("loadFromData")(py::bytes(bytes.constData(), bytes.size()));
+    return result;
+}
+
+void bind_thumbnail(ThumbnailClass& cls) {
+    def_pane_basics<SnapshotThumbnail>(cls);
+    cls.def("get_src", [](SnapshotThumbnail& t, py::args) { return t.get_src().toStdString(); })
+        .def("set_meta_ui_elements",
+             [](SnapshotThumbnail& t, py::args) { t.set_meta_ui_elements(); })
+        .def("show_right_click_menu",
+             [](SnapshotThumbnail& t, py::args) { t.show_right_click_menu(); })
+        .def("set_to_preview", [](SnapshotThumbnail& t, py::args) { t.set_to_preview(); })
+        .def("load_thumbnail", [](SnapshotThumbnail& t, py::args) { t.load_thumbnail(); })
+        .def("delete_snapshot", [](SnapshotThumbnail& t, py::args) { t.delete_snapshot(); })
+        .def("delete_snapshots_all",
+             [](SnapshotThumbnail& t, py::args) { t.delete_snapshots_all(); })
+        .def(
+            "move_snapshot",
+            [](SnapshotThumbnail& t, const std::string& dest, py::args) {
+                t.move_snapshot(QString::fromStdString(dest));
+            },
+            py::arg("dest"))
+        .def_property_readonly("src", [](SnapshotThumbnail& t) { return t.src.toStdString(); })
+        .def_property_readonly("w", [](SnapshotThumbnail& t) { return t.w; })
+        .def_property_readonly("h", [](SnapshotThumbnail& t) { return t.h; })
+        .def_property_readonly("pixmap",
+                               [](SnapshotThumbnail& t) { return pixmapObject(t.pixmap); })
+        .def_property_readonly("icons", [](SnapshotThumbnail& t) { return t.icons; })
+        .def_property_readonly("snapshotbrowser",
+                               [](SnapshotThumbnail& t) { return borrowed(t.snapshotbrowser); })
+        .def_property_readonly("label_comment",
+                               [](SnapshotThumbnail& t) { return bridge::wrap(t.comment_mark()); })
+        .def_property_readonly("label_flag",
+                               [](SnapshotThumbnail& t) { return bridge::wrap(t.flag_mark()); });
+#define COBALTRIG_WIDGET(name) bridge::def_widget(cls, #name, &SnapshotThumbnail::name)
+    COBALTRIG_WIDGET(menu_main);
+    COBALTRIG_WIDGET(menu_flags);
+    COBALTRIG_WIDGET(menu_move);
+    COBALTRIG_WIDGET(action_preview);
+    COBALTRIG_WIDGET(action_unflag);
+    COBALTRIG_WIDGET(action_comment);
+    COBALTRIG_WIDGET(action_reveal);
+    COBALTRIG_WIDGET(action_delete);
+    COBALTRIG_WIDGET(action_delete_all);
+    COBALTRIG_WIDGET(sep2);
+#undef COBALTRIG_WIDGET
+}
+
+void bind_comment_window(CommentWindowClass& cls) {
+    cls.def(py::init([](const std::string& src, SnapshotBrowser* browser) {
+                return new CommentWindow(QString::fromStdString(src), browser);
+            }),
+            py::arg("src"), py::arg("snapshotbrowser"));
+    bridge::def_window_basics<CommentWindow>(cls, "comment");
+    cls.def("load_comments",
+            [](CommentWindow& c, py::args) { return c.load_comments().toStdString(); })
+        .def("set_comment", [](CommentWindow& c, py::args) { c.set_comment(); })
+        .def_property_readonly("metaxml", [](CommentWindow& c) { return c.metaxml.toStdString(); })
+        .def_property_readonly("snapshotbrowser", [](CommentWindow& c) {
+            return c.snapshotbrowser ? borrowed(c.snapshotbrowser.data()) : py::object(py::none());
+        });
+    bridge::def_widget(cls, "text_comment", &CommentWindow::text_comment);
+    bridge::def_widget(cls, "push_save", &CommentWindow::push_save);
+    bridge::def_widget(cls, "push_cancel", &CommentWindow::push_cancel);
+    bridge::def_widget(cls, "layout_push", &CommentWindow::layout_push);
+    bridge::def_widget(cls, "layout_main", &CommentWindow::layout_main);
+}
+
+py::object show_comment_window(const std::string& src, const py::object& browser) {
+    return slots::open_window("commentwindow",
+                              [&] { return slots::module().attr("CommentWindow")(src, browser); });
+}
+
 py::object show_snapshot_browser() {
     return slots::open_window(
         "snapshotbrowser", [] { return slots::module().attr("SnapshotBrowser")(); },
@@ -301,6 +406,20 @@ void bind_snapshots(py::module_& m) {
     bind_preview_image(preview_image);
     bind_preview_empty(preview_empty);
     bind_browser(browser);
+
+    // Snapshot files: the thumbnail of a row and the comment editor.
+    ThumbnailClass thumbnail(m, "SnapshotThumbnail",
+                             "One row of the snapshot browser's list, with its marks and menu.");
+    CommentWindowClass comment_window(m, "CommentWindow", "The comment editor of one snapshot.");
+    bind_thumbnail(thumbnail);
+    bind_comment_window(comment_window);
+    m.def(
+        "show_comment_window",
+        [](const std::string& src, const py::object& snapshotbrowser, py::args) {
+            return show_comment_window(src, snapshotbrowser);
+        },
+        py::arg("src"), py::arg("snapshotbrowser"),
+        "Opens the comment editor of the snapshot with image src, replacing one that is open.");
 
     m.attr("TOOL_TUTORIAL") = help::documentation_url().toString().toStdString();
 

@@ -200,7 +200,6 @@ void SnapshotBrowser::create_widgets() {
     table_thumbs->setColumnCount(1);
     table_thumbs->verticalHeader()->hide();
     table_thumbs->horizontalHeader()->hide();
-    table_thumbs->horizontalHeader()->setStretchLastSection(true);
     table_thumbs->installEventFilter(this);
     table_thumbs->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     table_thumbs->setEditTriggers(QAbstractItemView::NoEditTriggers);
@@ -292,6 +291,7 @@ void SnapshotBrowser::create_signals() {
     connect_guarded(push_help, &QToolButton::clicked, this, "help", [this] { show_help_menu(); });
     create_dir_signals();
     create_settings_signals();
+    create_table_signals();
 }
 
 void SnapshotBrowser::create_tooltips() {

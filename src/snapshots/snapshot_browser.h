@@ -16,6 +16,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <vector>
 
 class QAction;
 class QEvent;
@@ -27,6 +28,7 @@ class QGroupBox;
 class QHBoxLayout;
 class QLabel;
 class QLineEdit;
+class QResizeEvent;
 class QMenu;
 class QPushButton;
 class QSlider;
@@ -41,6 +43,7 @@ namespace cobaltrig {
 
 class SnapshotPreviewImage;
 class SnapshotPreviewEmpty;
+class SnapshotThumbnail;
 
 class SnapshotBrowser : public QWidget {
     Q_OBJECT
@@ -59,11 +62,22 @@ public:
     void browse_support();
     void show_about();
 
-    // Table.
-    /// Rebuilds the table from the current snapshot directory, newest first.
+    // Thumbnail table and version slider.
+    /// Rebuilds the table from the current snapshot directory, newest first; safe to call on a
+    /// shown window, and the one way its rows are made.
     void populate_table_thumbs();
-    /// The image paths of the table's rows, top to bottom.
+    /// The thumbnail of each row, top to bottom; null for a row without one.
+    std::vector<SnapshotThumbnail*> get_thumbnails_list() const;
+    /// The image paths of the rows that hold a thumbnail, top to bottom.
     QStringList row_sources() const;
+    /// Reads the images of the rows in view and a few below them.
+    void load_thumbs_visible_top_bottom();
+    /// Fits the preview's height and the rows to the widths the splitter or the window gave.
+    void adjust_splitter_sizes();
+    /// Range of the slider from the directory current at construction, on the remembered preview.
+    void setup_version_slider();
+    /// Shows and remembers the snapshot of the slider's row.
+    void slide_versions();
 
     // Snapshot directories.
     /// Rebuilds the directory box (title, the commands the advanced settings show, a divider, the
@@ -172,6 +186,7 @@ public:
 protected:
     void keyPressEvent(QKeyEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
     int fade_connections_ = 0;
@@ -180,6 +195,8 @@ private:
     pybind11::object keep_alive_during_fade_;
     void create_dir_signals();
     void create_settings_signals();
+    void create_table_signals();
+    void load_visible_thumbs(bool only_unseen);
     bool make_directories();
     void build_ui();
     void create_widgets();

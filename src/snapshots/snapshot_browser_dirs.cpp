@@ -80,6 +80,7 @@ void SnapshotBrowser::populate_combo_pool() {
         // A box left on its title is the answer to any trouble finding the current directory.
     } catch (const std::exception&) {
     }
+    setup_version_slider();
 }
 
 void SnapshotBrowser::switch_snapshot_dir() {
@@ -98,6 +99,7 @@ void SnapshotBrowser::switch_snapshot_dir() {
     current_snapshot_dir = joined(root, text);
     siblings::update_xml("current_snapshot_dir", current_snapshot_dir->toStdString());
     populate_table_thumbs();
+    setup_version_slider();
     slider_versions->setValue(0);
 }
 

@@ -1,43 +1,241 @@
-// The snapshot browser's list of the snapshots of the current directory.
+// The snapshot browser's thumbnail table: filling it, loading the images of the rows in view,
+// keeping rows and preview in step with the window, and the version slider.
 
 #include "snapshots/snapshot_browser.h"
 
+#include "frame/guarded.h"
+#include "frame/siblings.h"
+#include "snapshots/snapshot_files.h"
+#include "snapshots/snapshot_preview.h"
+#include "snapshots/snapshot_thumbnail.h"
+
 #include <QDir>
 #include <QFileInfo>
+#include <QHeaderView>
+#include <QLabel>
+#include <QRegularExpression>
+#include <QResizeEvent>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QSlider>
+#include <QSplitter>
 #include <QTableWidget>
 
 #include <stdexcept>
 
 namespace cobaltrig {
 
+namespace {
+
+QString qs(const std::string& text) {
+    return QString::fromStdString(text);
+}
+
+// Whole-number division, multiplication first; a zero divisor is a failure, not a crash.
+int scaled(int value, int numerator, int denominator, const char* what) {
+    if (denominator == 0)
+        throw std::runtime_error(std::string("cannot scale: ") + what + " is 0");
+    return static_cast<int>(static_cast<long long>(value) * numerator / denominator);
+}
+
+} // namespace
+
+void SnapshotBrowser::create_table_signals() {
+    connect_guarded(splitter, &QSplitter::splitterMoved, this, "splitter moved",
+                    [this] { adjust_splitter_sizes(); });
+    connect_guarded(table_thumbs->verticalScrollBar(), &QScrollBar::valueChanged, this,
+                    "thumbnails scrolled", [this] { load_thumbs_visible_top_bottom(); });
+    connect_guarded(slider_versions, &QSlider::valueChanged, this, "versions slider",
+                    [this] { slide_versions(); });
+}
+
 void SnapshotBrowser::populate_table_thumbs() {
     if (!built())
         throw std::runtime_error("the snapshot browser has no table: it stopped while building");
-    table_thumbs->setRowCount(0);
+    // The old thumbnails leave the window before the style is applied, and the new ones arrive
+    // after: each widget is polished once, when it is shown, instead of the whole list again.
+    // They move under one holder inside the window, which then leaves it in a single step
+    // (moving each out of the window on its own walks the window's focus chain every time).
+    // Deleted later, not at once: the refresh may come from one of these thumbnails' own menus.
+    auto* retired = new QWidget(this);
+    retired->hide();
+    for (SnapshotThumbnail* thumb : get_thumbnails_list()) {
+        if (!thumb)
+            continue;
+        thumb->hide();
+        thumb->setParent(retired);
+    }
+    retired->setParent(nullptr);
+    retired->deleteLater();
+    table_thumbs->clear();
+    siblings::set_style_sheet(this);
     if (!current_snapshot_dir)
         return;
-    // A snapshot is its image; the stem starts with the epoch seconds, so the names in reverse
-    // order put the newest first.
-    const QFileInfoList images =
-        QDir(*current_snapshot_dir)
-            .entryInfoList({QStringLiteral("*.jpg")}, QDir::Files, QDir::Name | QDir::Reversed);
-    table_thumbs->setRowCount(images.size());
+    // An absolute directory replaces the root in the join.
+    const QString look_dir = QDir(snapshotbrowser_root).filePath(*current_snapshot_dir);
+    const QStringList thumbs_list = snapshot_files::list_images(look_dir);
+    table_thumbs->setRowCount(thumbs_list.size());
+
+    QHeaderView* header = table_thumbs->verticalHeader();
+    header->setUpdatesEnabled(false);
+    table_thumbs->setColumnWidth(0, 200);
     int row = 0;
-    for (const QFileInfo& image : images) {
-        auto* item = new QTableWidgetItem(image.completeBaseName());
-        item->setData(Qt::UserRole, image.absoluteFilePath());
-        table_thumbs->setItem(row++, 0, item);
+    for (const QString& path : thumbs_list) {
+        auto* thumb = new SnapshotThumbnail(path, this);
+        if (thumb->w == 1 && thumb->h == 1) {
+            // No usable image: the row stays for a later image; the empty rows end the table.
+            delete thumb;
+            continue;
+        }
+        table_thumbs->setCellWidget(row, 0, thumb);
+        header->resizeSection(
+            row, scaled(thumb->h, table_thumbs->columnWidth(0), thumb->w, "the image width"));
+        ++row;
     }
+    header->setUpdatesEnabled(true);
+    load_thumbs_visible_top_bottom();
+}
+
+std::vector<SnapshotThumbnail*> SnapshotBrowser::get_thumbnails_list() const {
+    std::vector<SnapshotThumbnail*> thumbs;
+    if (!built())
+        return thumbs;
+    thumbs.reserve(table_thumbs->rowCount());
+    for (int row = 0; row < table_thumbs->rowCount(); ++row)
+        thumbs.push_back(qobject_cast<SnapshotThumbnail*>(table_thumbs->cellWidget(row, 0)));
+    return thumbs;
 }
 
 QStringList SnapshotBrowser::row_sources() const {
     QStringList sources;
-    if (!built())
-        return sources;
-    for (int row = 0; row < table_thumbs->rowCount(); ++row)
-        if (const QTableWidgetItem* item = table_thumbs->item(row, 0))
-            sources << item->data(Qt::UserRole).toString();
+    for (const SnapshotThumbnail* thumb : get_thumbnails_list())
+        if (thumb)
+            sources << thumb->get_src();
     return sources;
+}
+
+void SnapshotBrowser::load_thumbs_visible_top_bottom() {
+    load_visible_thumbs(false);
+}
+
+void SnapshotBrowser::load_visible_thumbs(bool only_unseen) {
+    if (!built())
+        return;
+    const int extra_items_to_load = 5;
+    const int visible_top = table_thumbs->rowAt(0);
+    // Below the last row `rowAt` finds none: then the last row is the lowest in view, so a list
+    // scrolled to its end, or shorter than the view, still shows every picture.
+    int lowest = table_thumbs->rowAt(table_thumbs->viewport()->height() - 1);
+    if (lowest < 0)
+        lowest = table_thumbs->rowCount() - 1;
+    const int visible_bottom = lowest + extra_items_to_load;
+    for (int row = visible_top; row <= visible_bottom; ++row)
+        if (auto* thumb = qobject_cast<SnapshotThumbnail*>(table_thumbs->cellWidget(row, 0)))
+            if (!only_unseen || thumb->pixmap.isNull())
+                thumb->load_thumbnail();
+}
+
+void SnapshotBrowser::adjust_splitter_sizes() {
+    if (!built())
+        return;
+    table_thumbs->horizontalHeader()->setStretchLastSection(true);
+    QHeaderView* header = table_thumbs->verticalHeader();
+    header->setUpdatesEnabled(false);
+    // The header's updates come back on whatever happens below.
+    struct Resume {
+        QHeaderView* header;
+        ~Resume() { header->setUpdatesEnabled(true); }
+    } resume{header};
+
+    QLabel* label = preview_image->image_label;
+    const QPixmap preview_pixmap = label->pixmap(Qt::ReturnByValue);
+    // Before any image was shown there is nothing to follow: the rows wait for a later pass.
+    if (preview_pixmap.isNull() || preview_pixmap.width() == 0)
+        return;
+    label->setFixedHeight(
+        scaled(preview_pixmap.height(), label->width(), preview_pixmap.width(), "the preview"));
+
+    int row = 0;
+    for (SnapshotThumbnail* thumb : get_thumbnails_list()) {
+        if (!thumb)
+            continue;
+        const int width = table_thumbs->columnWidth(0);
+        const int height = scaled(thumb->h, width, thumb->w, "the image width");
+        thumb->resize(QSize(width, height));
+        header->resizeSection(row, height);
+        // Rescaled from the image the thumbnail keeps: no new read of the file.
+        thumb->setPixmap(thumb->pixmap.scaled(width, height, Qt::KeepAspectRatio));
+        ++row;
+    }
+}
+
+void SnapshotBrowser::setup_version_slider() {
+    if (!built())
+        return;
+    // The copy taken at construction, not the store: the remembered preview has to survive the
+    // slider's own first moves, which store row 0 over it.
+    const std::optional<std::string> directory = settings.get("current_snapshot_dir");
+    const std::optional<std::string> preview = settings.get("current_snapshot_preview");
+    if (!directory || !QFileInfo(qs(*directory)).isDir()) {
+        slider_versions->setVisible(false);
+        return;
+    }
+    const QStringList snapshots =
+        QDir(qs(*directory))
+            .entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System)
+            .filter(QRegularExpression(QStringLiteral("\\.jpg$")));
+    slider_versions->setMinimum(1);
+    slider_versions->setMaximum(snapshots.size());
+    int row = 0;
+    for (SnapshotThumbnail* thumb : get_thumbnails_list()) {
+        if (thumb && preview && thumb->get_src() == qs(*preview))
+            slider_versions->setValue(row + 1);
+        ++row;
+    }
+    slider_versions->setVisible(true);
+}
+
+void SnapshotBrowser::slide_versions() {
+    if (!built())
+        return;
+    const int slider_cur_value = slider_versions->value() - 1;
+    auto* current_cell =
+        qobject_cast<SnapshotThumbnail*>(table_thumbs->cellWidget(slider_cur_value, 0));
+    if (!current_cell)
+        return;
+    preview_image->set_image(current_cell->get_src(), false);
+    table_thumbs->setCurrentCell(slider_cur_value, 0);
+    siblings::update_xml("current_snapshot_preview", current_cell->get_src().toStdString());
+}
+
+void SnapshotBrowser::resizeEvent(QResizeEvent*) {
+    // The base class's handler does nothing a frameless window needs; the size is stored last.
+    guarded("snapshot browser resized", [this] {
+        // The table was filled before the window had its size: rows that have come into view
+        // since get their pictures, and none is read twice.
+        load_visible_thumbs(true);
+        const std::optional<std::string> cur_snapshot =
+            siblings::load_settings().get("current_snapshot_preview");
+        if (!cur_snapshot || cur_snapshot->empty() || !QFileInfo::exists(qs(*cur_snapshot)))
+            return;
+        if (!built())
+            return;
+        QLabel* label = preview_image->image_label;
+        const int width = label->width();
+        const QPixmap pixmap = label->pixmap(Qt::ReturnByValue);
+        if (width == 0 || pixmap.width() == 0)
+            return;
+        preview_image->scroll_area->setWidgetResizable(false);
+        label->setFixedHeight(scaled(pixmap.height(), width, pixmap.width(), "the preview"));
+        if (window_resized > 0) {
+            adjust_splitter_sizes();
+            preview_image->scroll_area->setWidgetResizable(true);
+        }
+        ++window_resized;
+        siblings::update_xml(
+            "snapshotbrowser_size_current",
+            QStringLiteral("%1,%2").arg(this->width()).arg(height()).toStdString());
+    });
 }
 
 } // namespace cobaltrig

@@ -209,9 +209,7 @@ void SnapshotPreviewImage::show_right_click_menu() {
 
     action_comment = menu_main->addAction(icon("icon_comment"), QStringLiteral("comment"));
     const std::optional<QString> comment_path = rememberedPreview();
-    // The comment window is an entry of the module; a build without it offers the entry greyed.
-    action_comment->setEnabled(comment_path.has_value() &&
-                               py::hasattr(slots::module(), "show_comment_window"));
+    action_comment->setEnabled(comment_path.has_value());
     const std::string comment_src = comment_path ? comment_path->toStdString() : std::string();
     connect_guarded(action_comment, &QAction::triggered, this, "comment", [this, comment_src] {
         slots::module().attr("show_comment_window")(

@@ -1,0 +1,335 @@
+// The thumbnail of one snapshot: its marks, its context menu, and the file actions it offers on
+// the browser's selection.
+
+#include "snapshots/snapshot_thumbnail.h"
+
+#include "frame/guarded.h"
+#include "frame/siblings.h"
+#include "frame/window_slots.h"
+#include "snapshots/snapshot_browser.h"
+#include "snapshots/snapshot_files.h"
+#include "snapshots/snapshot_preview.h"
+
+#include <QAction>
+#include <QColor>
+#include <QComboBox>
+#include <QCursor>
+#include <QDir>
+#include <QFileInfo>
+#include <QHash>
+#include <QIcon>
+#include <QImage>
+#include <QMenu>
+#include <QPointer>
+#include <QTableWidget>
+
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace cobaltrig {
+
+namespace py = pybind11;
+
+namespace {
+
+QString qs(const std::string& text) {
+    return QString::fromStdString(text);
+}
+
+py::object browserObject(SnapshotBrowser* browser) {
+    return py::cast(browser, py::return_value_policy::reference);
+}
+
+// The "r,g,b" of a flag entry as a colour; false when it isn't three whole numbers.
+bool parseColour(const QString& text, QColor& colour) {
+    const QStringList parts = text.split(QLatin1Char(','));
+    if (parts.size() < 3)
+        return false;
+    int rgb[3];
+    for (int i = 0; i < 3; ++i) {
+        bool ok = false;
+        rgb[i] = parts[i].trimmed().toInt(&ok);
+        if (!ok)
+            return false;
+    }
+    colour = QColor(rgb[0], rgb[1], rgb[2]);
+    return colour.isValid();
+}
+
+// The thumbnails of the top rows of the table's selected ranges, as the table stands now.
+std::vector<QPointer<SnapshotThumbnail>> selectedSnapshots(QTableWidget* table) {
+    std::vector<QPointer<SnapshotThumbnail>> thumbs;
+    for (const QTableWidgetSelectionRange& range : table->selectedRanges()) {
+        auto* thumb = qobject_cast<SnapshotThumbnail*>(table->cellWidget(range.topRow(), 0));
+        if (!thumb)
+            throw std::runtime_error("row " + std::to_string(range.topRow()) +
+                                     " of the snapshot list holds no snapshot");
+        thumbs.emplace_back(thumb);
+    }
+    return thumbs;
+}
+
+void removeRowOf(QTableWidget* table, SnapshotThumbnail* thumb) {
+    for (int row = 0; row < table->rowCount(); ++row)
+        if (table->cellWidget(row, 0) == thumb) {
+            table->removeRow(row);
+            return;
+        }
+}
+
+// Empties the preview when the remembered snapshot is gone; the setting itself stays.
+void clearPreviewIfGone(SnapshotBrowser* browser) {
+    const std::optional<std::string> preview =
+        siblings::load_settings().get("current_snapshot_preview");
+    if (!preview || !QFileInfo(qs(*preview)).isFile())
+        browser->preview_image->set_image(std::nullopt);
+}
+
+} // namespace
+
+SnapshotThumbnail::SnapshotThumbnail(const QString& src, SnapshotBrowser* snapshotbrowser)
+    : QLabel(), src(src), snapshotbrowser(snapshotbrowser) {
+    if (!src.isEmpty() && QFileInfo(src).isFile()) {
+        const QSize size = snapshot_files::image_size(src);
+        w = size.width();
+        h = size.height();
+    }
+    setContextMenuPolicy(Qt::CustomContextMenu);
+    connect_guarded(this, &QLabel::customContextMenuRequested, this, "thumbnail menu",
+                    [this] { show_right_click_menu(); });
+
+    set_meta_ui_elements();
+}
+
+QLabel* SnapshotThumbnail::comment_mark() {
+    if (!label_comment) {
+        label_comment = new QLabel(QStringLiteral("C"), this);
+        label_comment->setObjectName(QStringLiteral("comment"));
+        label_comment->hide();
+    }
+    return label_comment;
+}
+
+QLabel* SnapshotThumbnail::flag_mark() {
+    if (!label_flag) {
+        label_flag = new QLabel(this);
+        label_flag->setObjectName(QStringLiteral("flag"));
+        label_flag->hide();
+    }
+    return label_flag;
+}
+
+void SnapshotThumbnail::set_meta_ui_elements() {
+    // Most snapshots carry no mark: a mark is made when first shown, so that a long list holds
+    // one widget per row, and the window's style has that much less to apply.
+    const snapshot_files::Metadata metadata = snapshot_files::load_metadata(src);
+    if (!metadata.comment.isEmpty()) {
+        comment_mark()->setText(QStringLiteral("c"));
+        label_comment->show();
+        setToolTip(metadata.comment);
+    } else if (label_comment) {
+        label_comment->hide();
+    }
+    if (!metadata.flag.isEmpty()) {
+        show_flag(metadata.flag);
+        label_flag->show();
+        if (label_comment)
+            label_comment->move(20, 0);
+    } else {
+        if (label_flag)
+            label_flag->hide();
+        if (label_comment)
+            label_comment->move(0, 0);
+    }
+}
+
+void SnapshotThumbnail::show_flag(const QString& flag) {
+    // A style sheet of its own on each flagged label costs a style of its own per label, and a
+    // directory may hold thousands: the mark shows a swatch of the colour instead, shared by all
+    // marks of that colour, at the size the common style gives the mark. A value that isn't three
+    // numbers still shows as a style sheet would take it.
+    flag_mark();
+    QColor colour;
+    if (!parseColour(flag, colour)) {
+        label_flag->clear();
+        label_flag->setStyleSheet(QStringLiteral("QLabel{background-color: rgb(%1);}").arg(flag));
+        return;
+    }
+    static QHash<QRgb, QPixmap> swatches;
+    QPixmap& swatch = swatches[colour.rgb()];
+    if (swatch.isNull()) {
+        swatch = QPixmap(20, 20);
+        swatch.fill(colour);
+    }
+    if (!label_flag->styleSheet().isEmpty())
+        label_flag->setStyleSheet(QString());
+    label_flag->setScaledContents(true);
+    label_flag->setPixmap(swatch);
+}
+
+QIcon SnapshotThumbnail::icon(const char* key) const {
+    auto it = icons.find(key);
+    return it == icons.end() ? QIcon() : QIcon(qs(it->second));
+}
+
+void SnapshotThumbnail::show_right_click_menu() {
+    // Built anew each time, so the flags, the icons and the directories are those of this moment.
+    icons = siblings::load_icons();
+    const siblings::Settings settings = siblings::load_settings();
+    delete menu_main;
+    menu_main = new QMenu(this);
+    const std::string source = src.toStdString();
+
+    action_preview = menu_main->addAction(icon("icon_eye"), QStringLiteral("preview snapshot"));
+    connect_guarded(action_preview, &QAction::triggered, this, "preview snapshot",
+                    [this] { set_to_preview(); });
+
+    menu_flags = menu_main->addMenu(icon("icon_flag"), QStringLiteral("flag"));
+    action_unflag = menu_flags->addAction(icon("icon_nocolor"), QString());
+    connect_guarded(action_unflag, &QAction::triggered, this, "unflag", [this, source] {
+        siblings::set_flag(browserObject(snapshotbrowser), source, std::nullopt);
+    });
+    for (const std::string& flag : settings.flags) {
+        QColor colour;
+        if (!parseColour(qs(flag), colour))
+            throw std::invalid_argument("the flag colour '" + flag +
+                                        "' is not three whole numbers joined by commas");
+        QPixmap swatch(100, 100);
+        swatch.fill(colour);
+        std::vector<std::string> parts;
+        for (const QString& part : qs(flag).split(QLatin1Char(',')).mid(0, 3))
+            parts.push_back(part.toStdString());
+        QAction* action = menu_flags->addAction(QIcon(swatch), QString());
+        connect_guarded(action, &QAction::triggered, this, "flag", [this, source, parts] {
+            siblings::set_flag(browserObject(snapshotbrowser), source, parts);
+        });
+    }
+
+    action_comment = menu_main->addAction(icon("icon_comment"), QStringLiteral("comment"));
+    connect_guarded(action_comment, &QAction::triggered, this, "comment", [this, source] {
+        slots::module().attr("show_comment_window")(source, browserObject(snapshotbrowser));
+    });
+
+    menu_move = menu_main->addMenu(icon("icon_reveal"), QStringLiteral("move to"));
+    for (const std::string& name : siblings::get_snapshot_dirs()) {
+        QAction* action = menu_move->addAction(qs(name));
+        const QString dest = qs(name);
+        connect_guarded(action, &QAction::triggered, this, "move snapshot",
+                        [this, dest] { move_snapshot(dest); });
+    }
+
+    action_reveal =
+        menu_main->addAction(icon("icon_explorer"),
+                             QStringLiteral("reveal in %1").arg(qs(siblings::get_explorer_name())));
+    const std::string folder = QFileInfo(src).absolutePath().toStdString();
+    connect_guarded(action_reveal, &QAction::triggered, this, "reveal",
+                    [this, folder] { siblings::open_in_explorer(folder, this); });
+
+    sep2 = menu_main->addSeparator();
+    action_delete =
+        menu_main->addAction(icon("icon_delete_selected"), QStringLiteral("delete snapshot"));
+    connect_guarded(action_delete, &QAction::triggered, this, "delete snapshot",
+                    [this] { delete_snapshot(); });
+    action_delete_all =
+        menu_main->addAction(icon("icon_delete_all"), QStringLiteral("delete all snapshots"));
+    connect_guarded(action_delete_all, &QAction::triggered, this, "delete all snapshots",
+                    [this] { delete_snapshots_all(); });
+
+    menu_main->popup(QCursor::pos());
+}
+
+void SnapshotThumbnail::set_to_preview() {
+    snapshotbrowser->preview_image->set_image(src);
+}
+
+void SnapshotThumbnail::load_thumbnail() {
+    pixmap = QPixmap::fromImage(QImage(src));
+    const int width = snapshotbrowser->table_thumbs->columnWidth(0);
+    if (w == 0)
+        throw std::runtime_error("the snapshot '" + src.toStdString() + "' has no width");
+    const int height = h * width / w;
+    setPixmap(pixmap.scaled(width, height, Qt::KeepAspectRatio));
+    setScaledContents(true);
+    if (!seen_) {
+        seen_ = true;
+        show();
+    }
+}
+
+void SnapshotThumbnail::setVisible(bool visible) {
+    // Showing a widget styles it, which is most of what a row costs: until its row comes into
+    // view the thumbnail stays explicitly hidden, so neither the table nor the window brings it up.
+    QLabel::setVisible(visible && seen_);
+}
+
+void SnapshotThumbnail::delete_snapshot() {
+    QTableWidget* table = snapshotbrowser->table_thumbs;
+    // The selection is read once: every range stands for the snapshot in its top row as the
+    // table stands now, whatever the removals below do to row numbers.
+    for (const QPointer<SnapshotThumbnail>& thumb : selectedSnapshots(table)) {
+        if (!thumb)
+            continue;
+        snapshot_files::remove_snapshot(thumb->get_src());
+        removeRowOf(table, thumb);
+    }
+    clearPreviewIfGone(snapshotbrowser);
+}
+
+void SnapshotThumbnail::delete_snapshots_all() {
+    const QString cur_dir = snapshotbrowser->combo_snapshot_dir->currentText();
+    if (!siblings::ask_dialog(
+            "Flush snapshot directory",
+            QStringLiteral("Flush the current snapshot directory '%1'? This can't be undone!")
+                .arg(cur_dir)
+                .toStdString(),
+            QStringLiteral("flush '%1'").arg(cur_dir).toStdString(), "45,0,0"))
+        return;
+    const std::optional<std::string> directory =
+        siblings::load_settings().get("current_snapshot_dir");
+    if (!directory)
+        throw std::runtime_error("no snapshot directory is current");
+    snapshot_files::flush_directory(qs(*directory));
+    QTableWidget* table = snapshotbrowser->table_thumbs;
+    // The table lets go of its widgets later, so this thumbnail outlives its own reaction.
+    table->clear();
+    table->setRowCount(0);
+    clearPreviewIfGone(snapshotbrowser);
+}
+
+void SnapshotThumbnail::move_snapshot(const QString& dest) {
+    const QString src_root_new = QDir(snapshotbrowser->snapshotbrowser_root).filePath(dest);
+    QTableWidget* table = snapshotbrowser->table_thumbs;
+    std::vector<QPointer<SnapshotThumbnail>> moved;
+    for (const QPointer<SnapshotThumbnail>& thumb : selectedSnapshots(table)) {
+        if (!thumb)
+            continue;
+        const QString src_root_old = QFileInfo(thumb->get_src()).path();
+        if (src_root_old == src_root_new)
+            continue;
+        snapshot_files::move_snapshot(thumb->get_src(), src_root_new);
+        moved.push_back(thumb);
+    }
+    // Rows go only once every move is done, so a failure leaves the table as it was.
+    for (const QPointer<SnapshotThumbnail>& thumb : moved)
+        if (thumb)
+            removeRowOf(table, thumb);
+}
+
+void SnapshotThumbnail::mouseDoubleClickEvent(QMouseEvent* event) {
+    QLabel::mouseDoubleClickEvent(event);
+    guarded("thumbnail double click", [this] { set_to_preview(); });
+}
+
+void SnapshotThumbnail::enterEvent(QEvent* event) {
+    QLabel::enterEvent(event);
+    snapshotbrowser->current_thumb_src = src;
+    snapshotbrowser->hover_thumbnails = true;
+}
+
+void SnapshotThumbnail::leaveEvent(QEvent* event) {
+    QLabel::leaveEvent(event);
+    snapshotbrowser->hover_thumbnails = false;
+}
+
+} // namespace cobaltrig

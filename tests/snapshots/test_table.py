@@ -1,0 +1,328 @@
+"""The snapshot browser's thumbnail table on directories of real jpgs: listing, lazy images, the
+version slider at start-up, the thumbnails' marks and context menus, and the file actions on the
+table's selection (delete, move, flush, comment)."""
+
+import os
+
+import pytest
+from PySide2 import QtCore, QtGui, QtWidgets
+
+from conftest import answer_modal, snapshots_in
+
+pytestmark = pytest.mark.usefixtures("browser_slot")
+
+
+def write_snapshot(directory, seconds, size=(200, 100), nk=True, comment=None, flag=None):
+    """A snapshot triad as the product writes it; returns the image path."""
+    stem = os.path.join(str(directory), "{}_comp".format(seconds))
+    image = QtGui.QImage(size[0], size[1], QtGui.QImage.Format_RGB32)
+    image.fill(QtGui.QColor(90, 120, 150))
+    assert image.save(stem + ".jpg", "JPG")
+    if nk:
+        with open(stem + ".nk", "w") as handle:
+            handle.write("# nodes\n")
+    if comment is not None or flag is not None:
+        with open(stem + ".xml", "w") as handle:
+            handle.write("<?xml version='1.0' encoding='UTF-8'?>\n<snapshot><metadata>"
+                         "<meta name=\"comment\">{}</meta><meta name=\"flag\">{}</meta>"
+                         "</metadata></snapshot>\n".format(comment or "", flag or ""))
+    return stem + ".jpg"
+
+
+def select_rows(browser, *rows):
+    table = browser.table_thumbs
+    table.clearSelection()
+    for top, bottom in rows:
+        table.setRangeSelected(QtWidgets.QTableWidgetSelectionRange(top, 0, bottom, 0), True)
+
+
+def stems(directory):
+    return sorted({os.path.splitext(name)[0] for name in snapshots_in(directory)})
+
+
+def test_rows_are_newest_first_and_failed_images_leave_empty_rows_at_the_end(rig, snap_dir):
+    images = [write_snapshot(snap_dir, 1000 + i) for i in range(3)]
+    (snap_dir / "1999_broken.jpg").write_bytes(b"not an image")
+    (snap_dir / "2000_upper.JPG").write_bytes(open(images[0], "rb").read())
+    (snap_dir / "2001_folder.jpg").mkdir()
+
+    browser = rig.show_snapshot_browser()
+
+    thumbs = browser.get_thumbnails_list()
+    assert [t.get_src() if t else None for t in thumbs] == images[::-1] + [None]
+    assert isinstance(browser.table_thumbs.cellWidget(2, 0), QtWidgets.QLabel)
+    assert browser.table_thumbs.cellWidget(3, 0) is None
+    assert browser.table_thumbs.rowHeight(0) == 100
+    # The slider counts every name ending in ".jpg": the broken image and the folder too.
+    assert browser.slider_versions.maximum() == 5 and browser.slider_versions.isVisible()
+
+
+def test_images_are_read_only_for_rows_in_view_and_on_scrolling(rig, snap_dir, helper):
+    helper.update_xml("snapshotbrowser_size_current", "900,400")
+    for i in range(40):
+        write_snapshot(snap_dir, 1000 + i, size=(400, 400))
+
+    browser = rig.show_snapshot_browser()
+
+    loaded = [not t.pixmap.isNull() for t in browser.get_thumbnails_list()]
+    in_view = browser.table_thumbs.rowAt(browser.table_thumbs.viewport().height() - 1)
+    assert all(loaded[:in_view + 1]) and not loaded[-1]
+    assert sum(loaded) < 15
+    browser.table_thumbs.scrollToBottom()
+    last = browser.get_thumbnails_list()[-1]
+    assert not last.pixmap.isNull() and last.pixmap.size().toTuple() == (400, 400)
+
+
+@pytest.mark.parametrize("remembered, shown_row", [(1, 1), (None, 0)])
+def test_start_up_ends_on_the_remembered_preview_when_it_is_listed(rig, helper, snap_dir,
+                                                                   tmp_path, remembered,
+                                                                   shown_row):
+    images = [write_snapshot(snap_dir, 1000 + i) for i in range(3)][::-1]
+    elsewhere = write_snapshot(tmp_path, 5)
+    preview = images[remembered] if remembered is not None else elsewhere
+    helper.update_xml("current_snapshot_preview", preview)
+
+    browser = rig.show_snapshot_browser()
+
+    assert browser.preview_image.image == images[shown_row]
+    assert helper.load_settings()["current_snapshot_preview"] == images[shown_row]
+    assert browser.slider_versions.value() == shown_row + 1
+    assert browser.table_thumbs.currentRow() == shown_row
+    browser.slider_versions.setValue(3)
+    assert browser.preview_image.image == images[2]
+
+
+@pytest.mark.parametrize("comment, flag, comment_at", [
+    ("looks good", "200,40,40", (20, 0)),
+    ("looks good", None, (0, 0)),
+    (None, "40,200,40", None),
+    (None, None, None),
+])
+def test_marks_show_comment_and_flag(rig, snap_dir, comment, flag, comment_at):
+    write_snapshot(snap_dir, 1000, comment=comment, flag=flag)
+    browser = rig.show_snapshot_browser()
+    thumb = browser.get_thumbnails_list()[0]
+
+    assert thumb.label_comment.isHidden() == (comment is None)
+    assert thumb.label_flag.isHidden() == (flag is None)
+    if comment_at:
+        assert thumb.label_comment.pos().toTuple() == comment_at
+        assert thumb.widget.toolTip() == comment
+    if flag:
+        colour = QtGui.QColor(*(int(v) for v in flag.split(",")))
+        picture = thumb.label_flag.grab().toImage()
+        assert picture.pixelColor(5, 5) == colour
+
+
+def test_the_picture_fits_the_column(rig, snap_dir):
+    write_snapshot(snap_dir, 1000, size=(1000, 500))
+    browser = rig.show_snapshot_browser()
+    thumb = browser.get_thumbnails_list()[0]
+    browser.table_thumbs.setColumnWidth(0, 200)
+    thumb.load_thumbnail()
+    assert thumb.widget.pixmap().size().toTuple() == (200, 100)
+
+
+def test_the_flag_menu_flags_and_unflags(rig, helper, snap_dir):
+    src = write_snapshot(snap_dir, 1000)
+    browser = rig.show_snapshot_browser()
+    flags = helper.load_settings()["flags"]
+    thumb = browser.get_thumbnails_list()[0]
+
+    thumb.show_right_click_menu()
+    entries = [a.text() for a in thumb.menu_main.actions() if not a.isSeparator()]
+    assert entries == ["preview snapshot", "flag", "comment", "move to",
+                       "reveal in " + helper.get_explorer_name(), "delete snapshot",
+                       "delete all snapshots"]
+    assert len(thumb.menu_flags.actions()) == 1 + len(flags)
+    thumb.menu_flags.actions()[1].trigger()
+    assert helper.load_metadata(src)["flag"] == flags[0].replace(" ", "")
+    assert browser.get_thumbnails_list()[0].label_flag.isVisible()
+
+    thumb = browser.get_thumbnails_list()[0]
+    thumb.show_right_click_menu()
+    thumb.action_unflag.trigger()
+    assert helper.load_metadata(src)["flag"] == ""
+    assert not browser.get_thumbnails_list()[0].label_flag.isVisible()
+
+
+def test_preview_by_menu_and_double_click_and_not_by_right_click(rig, snap_dir, qtbot):
+    old, new = write_snapshot(snap_dir, 1000), write_snapshot(snap_dir, 2000)
+    browser = rig.show_snapshot_browser()
+    assert browser.preview_image.image == new
+    thumb = browser.get_thumbnails_list()[1]
+
+    thumb.show_right_click_menu()
+    assert browser.preview_image.image == new
+    thumb.action_preview.trigger()
+    assert browser.preview_image.image == old
+    browser.get_thumbnails_list()[0].set_to_preview()
+    qtbot.mouseDClick(thumb.widget, QtCore.Qt.LeftButton)
+    assert browser.preview_image.image == old
+
+
+@pytest.mark.parametrize("ranges, gone", [
+    ([(0, 0), (2, 2)], [0, 2]),
+    ([(1, 3)], [1]),
+    ([], []),
+])
+def test_delete_takes_the_top_row_of_each_selected_range(rig, snap_dir, ranges, gone):
+    images = [write_snapshot(snap_dir, 1000 + i, nk=i % 2 == 0) for i in range(5)][::-1]
+    browser = rig.show_snapshot_browser()
+    select_rows(browser, *ranges)
+
+    # Whichever thumbnail's menu is used, the table's selection is what goes.
+    browser.get_thumbnails_list()[4].delete_snapshot()
+
+    kept = [src for row, src in enumerate(images) if row not in gone]
+    assert browser.row_sources() == kept
+    assert stems(snap_dir) == sorted(os.path.basename(src)[:-4] for src in kept)
+
+
+@pytest.mark.parametrize("delete_row, preview_stays", [(0, False), (1, True)])
+def test_deleting_the_snapshot_in_the_preview_empties_it(rig, helper, snap_dir, delete_row,
+                                                         preview_stays):
+    images = [write_snapshot(snap_dir, 1000 + i, comment="x") for i in range(2)][::-1]
+    browser = rig.show_snapshot_browser()
+    assert browser.preview_image.image == images[0]
+    select_rows(browser, (delete_row, delete_row))
+
+    browser.get_thumbnails_list()[0].delete_snapshot()
+
+    assert not os.path.exists(os.path.splitext(images[delete_row])[0] + ".xml")
+    assert browser.preview_image.isVisible() == preview_stays
+    assert helper.load_settings()["current_snapshot_preview"] == images[0]
+
+
+def test_move_skips_the_own_directory_and_moves_whole_triads(rig, helper, snap_dir):
+    images = [write_snapshot(snap_dir, 1000 + i, comment="c", nk=i != 1) for i in range(3)][::-1]
+    other = snap_dir.parent / "other"
+    other.mkdir()
+    browser = rig.show_snapshot_browser()
+    select_rows(browser, (0, 0), (1, 1))
+    thumb = browser.get_thumbnails_list()[2]
+
+    thumb.show_right_click_menu()
+    assert sorted(a.text() for a in thumb.menu_move.actions()) == ["other", "shot"]
+    [same] = [a for a in thumb.menu_move.actions() if a.text() == "shot"]
+    same.trigger()
+    assert browser.row_sources() == images and len(snapshots_in(snap_dir)) == 8
+
+    [move] = [a for a in thumb.menu_move.actions() if a.text() == "other"]
+    move.trigger()
+
+    assert browser.row_sources() == [images[2]]
+    assert snapshots_in(other) == ["1001_comp.jpg", "1001_comp.xml",
+                                   "1002_comp.jpg", "1002_comp.nk", "1002_comp.xml"]
+
+
+def test_a_move_failing_half_way_puts_the_triad_back_and_says_where(rig, snap_dir, capsys):
+    images = [write_snapshot(snap_dir, 1000 + i, comment="c") for i in range(2)][::-1]
+    other = snap_dir.parent / "other"
+    (other / "1000_comp.xml").mkdir(parents=True)
+    before = snapshots_in(snap_dir)
+    browser = rig.show_snapshot_browser()
+    select_rows(browser, (0, 0), (1, 1))
+    thumb = browser.get_thumbnails_list()[0]
+    thumb.show_right_click_menu()
+    [move] = [a for a in thumb.menu_move.actions() if a.text() == "other"]
+
+    move.trigger()
+
+    # The first snapshot got there whole; the second stayed whole; the rows all stay.
+    err = capsys.readouterr().err
+    assert "1000_comp.xml" in err and "put back" in err
+    assert snapshots_in(snap_dir) == [n for n in before if n.startswith("1000_")]
+    assert sorted(snapshots_in(other)) == ["1000_comp.xml", "1001_comp.jpg", "1001_comp.nk",
+                                           "1001_comp.xml"]
+    assert browser.row_sources() == images
+
+
+@pytest.mark.parametrize("answer, flushed", [("flush 'shot'", True), ("cancel", False)])
+def test_flush_asks_then_empties_the_directory_but_keeps_folders(rig, snap_dir, answer, flushed,
+                                                                 monkeypatch, helper):
+    for i in range(3):
+        write_snapshot(snap_dir, 1000 + i)
+    (snap_dir / "notes.txt").write_text("x")
+    (snap_dir / "keep").mkdir()
+    asked = []
+    monkeypatch.setattr(helper, "ask_dialog",
+                        lambda title, message, process_label="ok", color_process=None:
+                        asked.append((title, message, process_label, color_process))
+                        or process_label == answer)
+    browser = rig.show_snapshot_browser()
+    browser.combo_snapshot_dir.addItem("shot")
+
+    thumb = browser.get_thumbnails_list()[1]
+    thumb.show_right_click_menu()
+    thumb.action_delete_all.trigger()
+
+    assert asked == [("Flush snapshot directory",
+                      "Flush the current snapshot directory 'shot'? This can't be undone!",
+                      "flush 'shot'", "45,0,0")]
+    assert (snapshots_in(snap_dir) == ["keep"]) == flushed
+    assert (browser.table_thumbs.rowCount() == 0) == flushed
+    QtCore.QCoreApplication.sendPostedEvents(None, QtCore.QEvent.DeferredDelete)
+
+
+def test_comment_editor_saves_keeps_the_flag_and_replaces_an_open_editor(rig, helper, snap_dir):
+    src = write_snapshot(snap_dir, 2000, flag="10,20,30")
+    bare = write_snapshot(snap_dir, 1000)
+    browser = rig.show_snapshot_browser()
+    thumb = browser.get_thumbnails_list()[0]
+    thumb.show_right_click_menu()
+    thumb.action_comment.trigger()
+    first = rig.commentwindow
+    assert first.text_comment.toPlainText() == "" and first.isVisible()
+
+    second = rig.show_comment_window(src, browser)
+    assert not first.isVisible() and rig.commentwindow is second
+    second.text_comment.setPlainText("fix the edge\n<b>not bold</b>")
+    second.push_save.click()
+
+    assert not second.isVisible()
+    assert helper.load_metadata(src) == {"comment": "fix the edge\n<b>not bold</b>",
+                                         "flag": "10,20,30"}
+    thumb = browser.get_thumbnails_list()[0]
+    assert not thumb.label_comment.isHidden()
+    assert thumb.label_comment.pos().toTuple() == (20, 0)
+
+    # A snapshot without metadata gets its document at the first save; cancel writes nothing.
+    bare_xml = os.path.splitext(bare)[0] + ".xml"
+    rig.show_comment_window(bare, browser).push_cancel.click()
+    assert not os.path.exists(bare_xml)
+    rig.show_comment_window(bare, browser).push_save.click()
+    assert helper.load_metadata(bare) == {"comment": "", "flag": ""}
+    assert os.path.isfile(bare_xml)
+
+
+def test_the_preview_menu_offers_the_comment_editor(rig, snap_dir):
+    src = write_snapshot(snap_dir, 1000)
+    browser = rig.show_snapshot_browser()
+    browser.preview_image.show_right_click_menu()
+    assert browser.preview_image.action_comment.isEnabled()
+    browser.preview_image.action_comment.trigger()
+    assert rig.commentwindow.metaxml == os.path.splitext(src)[0] + ".xml"
+
+
+@pytest.mark.parametrize("remembered", [True, False])
+def test_a_resize_stores_the_size_only_with_a_remembered_preview(rig, helper, snap_dir,
+                                                                 remembered):
+    write_snapshot(snap_dir, 1000, size=(400, 200))
+    browser = rig.show_snapshot_browser()
+    if not remembered:
+        helper.update_xml("current_snapshot_preview", None)
+    before = helper.load_settings()["snapshotbrowser_size_current"]
+
+    for width in (1000, 1040):
+        browser.widget.resize(width, 640)
+        QtWidgets.QApplication.processEvents()
+
+    stored = helper.load_settings()["snapshotbrowser_size_current"]
+    assert stored == ("1040,640" if remembered else before)
+    if remembered:
+        # The rows follow the column, which now stretches with the table.
+        thumb = browser.get_thumbnails_list()[0]
+        width = browser.table_thumbs.columnWidth(0)
+        assert browser.table_thumbs.rowHeight(0) == 200 * width // 400
+        assert thumb.widget.pixmap().width() == width
