@@ -95,3 +95,11 @@ def answer_modal(click_text, seen=None):
 
 def image_size(path):
     return QtGui.QImageReader(str(path)).size().toTuple()
+
+
+def write_jpg(path, width=40, height=30, color="#4080c0"):
+    """A real jpg of that size; gives its path as text."""
+    image = QtGui.QImage(width, height, QtGui.QImage.Format_RGB32)
+    image.fill(QtGui.QColor(color))
+    assert image.save(str(path), "JPG")
+    return str(path)

@@ -5,6 +5,8 @@ import os
 import pytest
 from PySide2 import QtCore, QtWidgets
 
+from conftest import write_jpg
+
 pytestmark = pytest.mark.usefixtures("browser_slot")
 
 TITLE, NEW, DELETE, DIVIDER = ("snapshot directory", "new snapshot directory",
@@ -17,9 +19,7 @@ def entries(browser):
 
 
 def jpg(directory, stem):
-    path = directory / (stem + ".jpg")
-    path.write_bytes(b"")
-    return str(path)
+    return write_jpg(directory / (stem + ".jpg"))
 
 
 @pytest.fixture
@@ -99,7 +99,8 @@ def test_opening_selects_the_current_directory_and_switching_fills_the_table(
     assert browser.current_snapshot_dir == str(other)
     assert helper.load_settings()["current_snapshot_dir"] == str(other)
     assert browser.row_sources() == [newer, older]
-    assert browser.slider_versions.value() == 0
+    # Back to the first row: the slider starts at 1 once its range is set up.
+    assert browser.slider_versions.value() == 1
     # The title and the divider do nothing.
     for text in (DIVIDER, TITLE):
         choose(browser, text)

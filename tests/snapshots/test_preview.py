@@ -6,14 +6,7 @@ import os
 import pytest
 from PySide2 import QtCore, QtGui, QtWidgets
 
-from conftest import answer_modal
-
-
-def write_jpg(path, width, height, color="#4080c0"):
-    image = QtGui.QImage(width, height, QtGui.QImage.Format_RGB32)
-    image.fill(QtGui.QColor(color))
-    assert image.save(str(path), "JPG")
-    return str(path)
+from conftest import answer_modal, write_jpg
 
 
 @pytest.fixture
