@@ -7,6 +7,7 @@
 #include "frame/siblings.h"
 #include "frame/window_slots.h"
 #include "pools/atomic_write.h"
+#include "pools/preset_file.h"
 
 #include <QLabel>
 #include <QLineEdit>
@@ -50,6 +51,10 @@ void bind_testing(py::module_& m) {
                                        QByteArray(bytes.data(), static_cast<int>(bytes.size())));
         },
         py::arg("path"), py::arg("data"), "The module's file writer, for tests that kill it.");
+    testing.def(
+        "write_preset_through_host",
+        [](const std::string& path) { pools::writePresetThroughHost(QString::fromStdString(path)); },
+        py::arg("path"), "The preset writer, for tests that kill it.");
     testing.def("throw_in_guard", [] {
         guarded("_testing.throw_in_guard",
                 [] { throw std::runtime_error("C++ failure in a slot"); });

@@ -340,6 +340,8 @@ void ImportWindow::insert_in_dag(const QString& path) {
         return;
     }
     try {
+        // One step of the host's undo however many nodes the preset holds.
+        host::UndoGroup step("Insert preset " + QFileInfo(path).completeBaseName().toStdString());
         std::optional<host::GroupContext> context;
         if (paste_group && !paste_group.is_none())
             context.emplace(host::Node(paste_group));

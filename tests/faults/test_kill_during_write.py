@@ -1,5 +1,5 @@
-"""kill -9 in the middle of settings rewrites, by both writers: the file is always one whole version,
-and the next write leaves no temporary behind."""
+"""kill -9 in the middle of settings rewrites, by both writers, and of preset overwrites through the
+host's copy: the file is always one whole version, and the next write leaves no temporary behind."""
 
 import os
 import random
@@ -80,4 +80,54 @@ def test_kills_during_rewrites_leave_a_whole_file_and_no_temporary(rig, settings
 
     assert aimed_hits > ROUNDS // 4, "the aimed kills rarely met a temporary"
     if "ASAN_OPTIONS" not in os.environ:  # the budget is the normal suite's; sanitizers are slower
+        assert time.monotonic() - started < 60
+
+
+PRESET = re.compile(r'^ label "?v(\d+):x{%d}"?$' % PAYLOAD, re.M)
+
+
+def overwrite_forever(rig, node, path, first):
+    """The child: gives the node a new label and writes it over the preset, endlessly."""
+    version = first
+    while True:
+        version += 1
+        node["label"].setValue("v{}:{}".format(version, "x" * PAYLOAD))
+        rig._testing.write_preset_through_host(path)
+
+
+def test_kills_during_preset_overwrites_leave_a_whole_preset_and_no_temporary(rig, nuke, tmp_path):
+    folder = tmp_path / "pool" / "nodes" / "Blur"
+    folder.mkdir(parents=True)
+    path = str(folder / "soft.nk")
+    node = nuke.nodes.Blur(name="soft")
+    node["label"].setValue("v0:" + "x" * PAYLOAD)
+    node.selectOnly()
+    rig._testing.write_preset_through_host(path)
+    chance = random.Random(21)
+    started = time.monotonic()
+    for round_ in range(ROUNDS):
+        pid = os.fork()
+        if pid == 0:
+            try:
+                overwrite_forever(rig, node, path, round_ * 1000)
+            finally:
+                os._exit(0)
+        if round_ % 2:
+            time.sleep(chance.uniform(0.0, 0.03))
+        else:
+            deadline = time.monotonic() + 2
+            while not temporaries(str(folder)) and time.monotonic() < deadline:
+                time.sleep(0.0005)
+        os.kill(pid, signal.SIGKILL)
+        os.waitpid(pid, 0)
+
+        with open(path) as handle:
+            text = handle.read()
+        assert len(PRESET.findall(text)) == 1 and text.rstrip().endswith("}"), (
+            "round {}: not a whole preset".format(round_))
+
+        rig._testing.write_preset_through_host(path)
+        assert temporaries(str(folder)) == [], "round {}".format(round_)
+
+    if "ASAN_OPTIONS" not in os.environ:
         assert time.monotonic() - started < 60

@@ -60,6 +60,28 @@ def test_inserting_a_preset(rig, nuke, library, user, messages, how, inserted, m
     assert window.isVisible()
 
 
+def test_inserting_a_preset_is_one_step_of_the_hosts_undo(rig, nuke, host, library, user):
+    # a two-node preset over a graph of its own, so that one undo has more than one node to take
+    blur = nuke.nodes.Blur(label="a")
+    blur.selectOnly()
+    nuke.createNode("Grade", inpanel=False)
+    blur.setSelected(True)
+    nuke.nodeCopy(str(library / "nodes" / "Grade" / "pair.nk"))
+    nuke.nodes.CheckerBoard().selectOnly()
+    before = host.script_text()
+    window = rig.import_preset()
+    user.open_menu(window, library / "nodes" / "Grade" / "pair.nk")
+    window.action_insert.trigger()
+    after = host.script_text()
+    assert after != before
+    assert nuke.Undo.undoDescribe(0) == "Insert preset pair"
+
+    nuke.undo()
+    assert host.script_text() == before
+    nuke.redo()
+    assert host.script_text() == after
+
+
 @pytest.mark.parametrize("typed, remaining, message", [
     ("hot", ["cold.nk", "hot.nk"], None),
     ("a.b", ["a.nk", "cold.nk"], None),
