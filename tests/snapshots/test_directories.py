@@ -3,7 +3,7 @@
 import os
 
 import pytest
-from PySide2 import QtCore, QtWidgets
+from PySide2 import QtCore, QtGui, QtWidgets
 
 pytestmark = pytest.mark.usefixtures("browser_slot")
 
@@ -17,9 +17,12 @@ def entries(browser):
 
 
 def jpg(directory, stem):
-    path = directory / (stem + ".jpg")
-    path.write_bytes(b"")
-    return str(path)
+    # A readable image: the table leaves an unreadable one out of its thumbnails.
+    path = str(directory / (stem + ".jpg"))
+    image = QtGui.QImage(8, 8, QtGui.QImage.Format_RGB32)
+    image.fill(QtGui.QColor(90, 120, 150))
+    assert image.save(path, "JPG")
+    return path
 
 
 @pytest.fixture
@@ -99,7 +102,8 @@ def test_opening_selects_the_current_directory_and_switching_fills_the_table(
     assert browser.current_snapshot_dir == str(other)
     assert helper.load_settings()["current_snapshot_dir"] == str(other)
     assert browser.row_sources() == [newer, older]
-    assert browser.slider_versions.value() == 0
+    # The slider goes back to its first value, the newest snapshot of the new directory.
+    assert browser.slider_versions.value() == 1 and browser.preview_image.image == newer
     # The title and the divider do nothing.
     for text in (DIVIDER, TITLE):
         choose(browser, text)
