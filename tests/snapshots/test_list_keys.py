@@ -32,16 +32,14 @@ def stem(image):
 
 
 @pytest.mark.parametrize("start, key, shown, row_after", [
-    (0, Qt.Key_Down, 1, 1),
-    (1, Qt.Key_Down, 2, 2),
-    (2, Qt.Key_Up, 1, 1),
-    (1, Qt.Key_Up, 0, 0),
+    (0, "Down", 1, 1),
+    (2, "Up", 1, 1),
     # Past either end there is no row to show; the table keeps its own behaviour.
-    (2, Qt.Key_Down, None, 2),
-    (0, Qt.Key_Up, None, 0),
+    (2, "Down", None, 2),
+    (0, "Up", None, 0),
     # With no current row, Down starts at the top and Up finds nothing.
-    (-1, Qt.Key_Down, 0, None),
-    (-1, Qt.Key_Up, None, None),
+    (-1, "Down", 0, None),
+    (-1, "Up", None, None),
 ])
 def test_arrows_in_the_list_step_the_preview_through_the_rows(rig, helper, snap_dir, shots,
                                                               tmp_path, qtbot, start, key, shown,
@@ -53,7 +51,7 @@ def test_arrows_in_the_list_step_the_preview_through_the_rows(rig, helper, snap_
     elsewhere = write_snapshot(tmp_path, 5)
     browser.preview_image.set_image(elsewhere)
 
-    qtbot.keyClick(table, key)
+    qtbot.keyClick(table, getattr(Qt, "Key_" + key))
 
     if shown is None:
         assert browser.preview_image.image == elsewhere == remembered(helper)
