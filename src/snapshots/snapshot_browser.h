@@ -102,7 +102,8 @@ public:
     void resize_look_browser(const QString& mode);
 
     // Input, dragging and fades.
-    /// Drags the window by the settings panel; never swallows an event.
+    /// Drags the window by the settings panel and answers the thumbnail list's keys before the
+    /// table moves its current cell; never swallows an event.
     bool eventFilter(QObject* watched, QEvent* event) override;
     void set_hover_thumbnails(bool has_hover);
     bool has_hover_thumbnail() const { return hover_thumbnails; }

@@ -5,6 +5,7 @@
 
 #include "frame/guarded.h"
 #include "snapshots/snapshot_preview.h"
+#include "snapshots/snapshot_thumbnail.h"
 
 #include <QCursor>
 #include <QEvent>
@@ -25,6 +26,30 @@ constexpr int kScrollStep = 30;
 // How much of the opacity one step of a fade changes.
 constexpr double kFadeStep = 0.1;
 
+// Deletes through the thumbnail the pointer entered last, if its row is still listed. What goes is
+// the table's selection: the thumbnail only says that the key was meant for the list.
+void delete_through_last_entered(SnapshotBrowser& browser) {
+    if (browser.current_thumb_src.isEmpty())
+        return;
+    for (SnapshotThumbnail* thumb : browser.get_thumbnails_list()) {
+        if (thumb && thumb->src == browser.current_thumb_src) {
+            thumb->delete_snapshot();
+            return;
+        }
+    }
+}
+
+// Shows the row `step` away from the table's current one. Runs before the table's own handling
+// of the arrow, which then moves the current cell onto the row shown; past either end, or onto
+// the empty row of an unreadable image, there is nothing to show and the preview stays.
+void preview_row_beside_current(SnapshotBrowser& browser, int step) {
+    const int row = browser.table_thumbs->currentRow() + step;
+    if (row < 0)
+        return;
+    if (auto* thumb = qobject_cast<SnapshotThumbnail*>(browser.table_thumbs->cellWidget(row, 0)))
+        browser.preview_image->set_image(thumb->get_src());
+}
+
 } // namespace
 
 void SnapshotBrowser::drag_to(const QPoint& pointer, const QPoint& offset) {
@@ -37,6 +62,19 @@ bool SnapshotBrowser::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::MouseMove && watched == group_settings && group_settings)
         drag_to(QCursor::pos(),
                 QPoint(static_cast<int>(width() * -0.5), static_cast<int>(height() * -0.5)));
+    if (event->type() == QEvent::KeyPress && watched == table_thumbs && built()) {
+        guarded("thumbnail list key", [&] {
+            const auto* key = static_cast<QKeyEvent*>(event);
+            // The pointer may have left the list since: the key still means the thumbnail
+            // entered last, as the table has the focus.
+            if (key->text() == QLatin1String("d"))
+                delete_through_last_entered(*this);
+            if (key->key() == Qt::Key_Down)
+                preview_row_beside_current(*this, 1);
+            else if (key->key() == Qt::Key_Up)
+                preview_row_beside_current(*this, -1);
+        });
+    }
     // Never swallowed: the table and the panel handle their own events as usual.
     return QWidget::eventFilter(watched, event);
 }
@@ -48,7 +86,12 @@ void SnapshotBrowser::keyPressEvent(QKeyEvent* event) {
             fade_method = QStringLiteral("out");
             fade();
         }
-        if (!hover_preview || !built())
+        if (!built())
+            return;
+        // With the focus elsewhere in the window, "d" reaches the list only under the pointer.
+        if (event->text() == QLatin1String("d") && hover_thumbnails)
+            delete_through_last_entered(*this);
+        if (!hover_preview)
             return;
         QScrollBar* vertical = preview_image->scroll_area->verticalScrollBar();
         QScrollBar* horizontal = preview_image->scroll_area->horizontalScrollBar();

@@ -99,8 +99,8 @@ def test_opening_selects_the_current_directory_and_switching_fills_the_table(
     assert browser.current_snapshot_dir == str(other)
     assert helper.load_settings()["current_snapshot_dir"] == str(other)
     assert browser.row_sources() == [newer, older]
-    # Back to the first row: the slider starts at 1 once its range is set up.
-    assert browser.slider_versions.value() == 1
+    # The slider goes back to its first value, the newest snapshot of the new directory.
+    assert browser.slider_versions.value() == 1 and browser.preview_image.image == newer
     # The title and the divider do nothing.
     for text in (DIVIDER, TITLE):
         choose(browser, text)
