@@ -10,6 +10,8 @@ import textwrap
 import pytest
 from cobaltRig import helper
 
+import fault_scenarios as scenarios
+
 
 @pytest.fixture
 def pool(tmp_path):
@@ -112,14 +114,10 @@ def test_a_read_only_settings_folder_works_read_only():
         print("ALIVE")
     """)
 
-    def drop():
-        if os.geteuid() == 0:
-            os.setgid(65534)
-            os.setuid(65534)
-
     try:
         result = subprocess.run([sys.executable, "-c", code, home], capture_output=True,
-                                text=True, timeout=120, preexec_fn=drop)
+                                env=dict(os.environ, PYTHONPATH=scenarios.readable_path()),
+                                text=True, timeout=120, preexec_fn=scenarios.drop_privileges)
         assert result.returncode == 0, result.stderr
         assert "ALIVE" in result.stdout
         refused = [line for line in result.stdout.splitlines() if line.startswith("REFUSED")]
