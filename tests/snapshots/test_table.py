@@ -296,6 +296,22 @@ def test_comment_editor_saves_keeps_the_flag_and_replaces_an_open_editor(rig, he
     assert os.path.isfile(bare_xml)
 
 
+def test_a_comment_editor_deleted_elsewhere_is_refused_and_replaced(rig, helper, snap_dir):
+    src = write_snapshot(snap_dir, 1000)
+    browser = rig.show_snapshot_browser()
+    old = rig.show_comment_window(src, browser)
+    old.widget.deleteLater()
+    QtCore.QCoreApplication.sendPostedEvents(None, QtCore.QEvent.DeferredDelete)
+
+    with pytest.raises(RuntimeError, match="the comment window was closed"):
+        old.set_comment()
+    new = rig.show_comment_window(src, browser)
+    assert new is not old and new.isVisible()
+    new.text_comment.setPlainText("kept")
+    new.push_save.click()
+    assert helper.load_metadata(src)["comment"] == "kept"
+
+
 def test_the_preview_menu_offers_the_comment_editor(rig, snap_dir):
     src = write_snapshot(snap_dir, 1000)
     browser = rig.show_snapshot_browser()
