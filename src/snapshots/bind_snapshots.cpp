@@ -338,10 +338,21 @@ void bind_thumbnail(ThumbnailClass& cls) {
         .def_property_readonly("icons", [](SnapshotThumbnail& t) { return t.icons; })
         .def_property_readonly("snapshotbrowser",
                                [](SnapshotThumbnail& t) { return borrowed(t.snapshotbrowser); })
+        // A script sees the marks (and, through `widget`, the tool tip) of any row, in view or not.
         .def_property_readonly("label_comment",
-                               [](SnapshotThumbnail& t) { return bridge::wrap(t.comment_mark()); })
+                               [](SnapshotThumbnail& t) {
+                                   t.ensure_meta_ui_elements();
+                                   return bridge::wrap(t.comment_mark());
+                               })
         .def_property_readonly("label_flag",
-                               [](SnapshotThumbnail& t) { return bridge::wrap(t.flag_mark()); });
+                               [](SnapshotThumbnail& t) {
+                                   t.ensure_meta_ui_elements();
+                                   return bridge::wrap(t.flag_mark());
+                               })
+        .def_property_readonly("widget", [](SnapshotThumbnail& t) {
+            t.ensure_meta_ui_elements();
+            return bridge::wrap(&t);
+        });
 #define COBALTRIG_WIDGET(name) bridge::def_widget(cls, #name, &SnapshotThumbnail::name)
     COBALTRIG_WIDGET(menu_main);
     COBALTRIG_WIDGET(menu_flags);

@@ -8,6 +8,7 @@
 // panel and size modes, the keys, dragging and fades).
 
 #include "frame/siblings.h"
+#include "snapshots/snapshot_files.h"
 
 #include <QPoint>
 #include <QString>
@@ -190,6 +191,28 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
 
 private:
+    /// Within one refresh (the box filled, a directory chosen) the table and the slider share one
+    /// listing of the directory; outside one, each lists it afresh.
+    struct ListingScope {
+        SnapshotBrowser& browser;
+        explicit ListingScope(SnapshotBrowser& browser) : browser(browser) {
+            ++browser.listing_scopes_;
+        }
+        ~ListingScope() {
+            if (--browser.listing_scopes_ == 0)
+                browser.shared_listing_.reset();
+        }
+        ListingScope(const ListingScope&) = delete;
+        ListingScope& operator=(const ListingScope&) = delete;
+    };
+    struct SharedListing {
+        QString directory;
+        snapshot_files::Listing listing;
+    };
+    std::optional<SharedListing> shared_listing_;
+    int listing_scopes_ = 0;
+    snapshot_files::Listing listing(const QString& directory);
+
     int fade_connections_ = 0;
     /// The window's own Python object while it fades out, so that a holder dropped from the slot
     /// meanwhile cannot delete it before the last step.

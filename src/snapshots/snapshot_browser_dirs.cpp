@@ -49,6 +49,7 @@ void SnapshotBrowser::create_dir_signals() {
 void SnapshotBrowser::populate_combo_pool() {
     // The box stays connected throughout: clearing it and selecting the current directory both
     // run `switch_snapshot_dir`, and the selection is what fills the table.
+    const ListingScope one_listing(*this);
     combo_snapshot_dir->clear();
 
     const py::object advanced = siblings::parse_advanced_settings();
@@ -95,6 +96,7 @@ void SnapshotBrowser::switch_snapshot_dir() {
         ask_delete_snapshot_dir();
         return;
     }
+    const ListingScope one_listing(*this);
     const QString root = qs(siblings::load_settings().text("snapshotbrowser_root"));
     current_snapshot_dir = joined(root, text);
     siblings::update_xml("current_snapshot_dir", current_snapshot_dir->toStdString());

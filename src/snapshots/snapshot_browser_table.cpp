@@ -13,7 +13,6 @@
 #include <QFileInfo>
 #include <QHeaderView>
 #include <QLabel>
-#include <QRegularExpression>
 #include <QResizeEvent>
 #include <QScrollArea>
 #include <QScrollBar>
@@ -40,6 +39,16 @@ int scaled(int value, int numerator, int denominator, const char* what) {
 
 } // namespace
 
+snapshot_files::Listing SnapshotBrowser::listing(const QString& directory) {
+    const QString key = QDir::cleanPath(QFileInfo(directory).absoluteFilePath());
+    if (shared_listing_ && shared_listing_->directory == key)
+        return shared_listing_->listing;
+    snapshot_files::Listing fresh = snapshot_files::list_directory(directory);
+    if (listing_scopes_ > 0)
+        shared_listing_ = SharedListing{key, fresh};
+    return fresh;
+}
+
 void SnapshotBrowser::create_table_signals() {
     connect_guarded(splitter, &QSplitter::splitterMoved, this, "splitter moved",
                     [this] { adjust_splitter_sizes(); });
@@ -52,36 +61,42 @@ void SnapshotBrowser::create_table_signals() {
 void SnapshotBrowser::populate_table_thumbs() {
     if (!built())
         throw std::runtime_error("the snapshot browser has no table: it stopped while building");
-    // The old thumbnails leave the window before the style is applied, and the new ones arrive
-    // after: each widget is polished once, when it is shown, instead of the whole list again.
-    // They move under one holder inside the window, which then leaves it in a single step
-    // (moving each out of the window on its own walks the window's focus chain every time).
-    // Deleted later, not at once: the refresh may come from one of these thumbnails' own menus.
-    auto* retired = new QWidget(this);
-    retired->hide();
+    // The old thumbnails go before the style is set again, or each would be restyled on its way
+    // out. Most are deleted at once; one whose menu was opened may be running that menu's action
+    // (a flag can refresh the table), so those few wait for the event loop, outside the window.
+    QWidget* retired = nullptr;
     for (SnapshotThumbnail* thumb : get_thumbnails_list()) {
         if (!thumb)
             continue;
+        if (!thumb->menu_main) {
+            delete thumb;
+            continue;
+        }
+        if (!retired) {
+            retired = new QWidget;
+            retired->hide();
+        }
         thumb->hide();
         thumb->setParent(retired);
     }
-    retired->setParent(nullptr);
-    retired->deleteLater();
+    if (retired)
+        retired->deleteLater();
     table_thumbs->clear();
     siblings::set_style_sheet(this);
     if (!current_snapshot_dir)
         return;
     // An absolute directory replaces the root in the join.
     const QString look_dir = QDir(snapshotbrowser_root).filePath(*current_snapshot_dir);
-    const QStringList thumbs_list = snapshot_files::list_images(look_dir);
+    const QStringList thumbs_list = listing(look_dir).images;
     table_thumbs->setRowCount(thumbs_list.size());
+    const std::vector<QSize> sizes = snapshot_files::ImageSizes().all(thumbs_list);
 
     QHeaderView* header = table_thumbs->verticalHeader();
     header->setUpdatesEnabled(false);
     table_thumbs->setColumnWidth(0, 200);
     int row = 0;
-    for (const QString& path : thumbs_list) {
-        auto* thumb = new SnapshotThumbnail(path, this);
+    for (int i = 0; i < thumbs_list.size(); ++i) {
+        auto* thumb = new SnapshotThumbnail(thumbs_list[i], this, sizes[i]);
         if (thumb->w == 1 && thumb->h == 1) {
             // No usable image: the row stays for a later image; the empty rows end the table.
             delete thumb;
@@ -180,12 +195,8 @@ void SnapshotBrowser::setup_version_slider() {
         slider_versions->setVisible(false);
         return;
     }
-    const QStringList snapshots =
-        QDir(qs(*directory))
-            .entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System)
-            .filter(QRegularExpression(QStringLiteral("\\.jpg$")));
     slider_versions->setMinimum(1);
-    slider_versions->setMaximum(snapshots.size());
+    slider_versions->setMaximum(listing(qs(*directory)).jpg_entries);
     int row = 0;
     for (SnapshotThumbnail* thumb : get_thumbnails_list()) {
         if (thumb && preview && thumb->get_src() == qs(*preview))

@@ -10,10 +10,16 @@
 #include <QFileInfo>
 #include <QImageReader>
 #include <QSaveFile>
+#include <QThread>
 #include <QXmlStreamReader>
 
 #include <algorithm>
+#include <atomic>
+#include <exception>
 #include <functional>
+#include <optional>
+#include <system_error>
+#include <thread>
 #include <vector>
 
 namespace cobaltrig::snapshot_files {
@@ -68,33 +74,98 @@ QStringList triad(const QString& src) {
             sibling(src, QStringLiteral(".xml"))};
 }
 
-QStringList list_images(const QString& directory) {
+Listing list_directory(const QString& directory) {
     const QDir dir(directory);
     if (!dir.exists())
         throw FileError(QStringLiteral("Cannot list the snapshot directory '%1'")
                             .arg(plain(directory))
                             .toStdString());
-    // The name filter is case-insensitive; the images are exactly ".jpg".
-    QStringList images;
-    const QStringList names =
-        dir.entryList({QStringLiteral("*.jpg")}, QDir::Files | QDir::Hidden | QDir::System);
-    images.reserve(names.size());
-    for (const QString& name : names)
-        if (name.endsWith(QLatin1String(".jpg")) && name != QLatin1String(".DS_Store"))
-            images << dir.filePath(name);
+    // The name filter is case-insensitive; the names counted end exactly in ".jpg".
+    Listing listing;
+    const QFileInfoList entries =
+        dir.entryInfoList({QStringLiteral("*.jpg")},
+                          QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System,
+                          QDir::Unsorted);
+    listing.images.reserve(entries.size());
+    for (const QFileInfo& entry : entries) {
+        if (!entry.fileName().endsWith(QLatin1String(".jpg")))
+            continue;
+        ++listing.jpg_entries;
+        if (!entry.isDir())
+            listing.images << entry.filePath();
+    }
     // Stems start with the epoch seconds: the paths in descending order put the newest first.
-    std::sort(images.begin(), images.end(), std::greater<QString>());
-    return images;
+    std::sort(listing.images.begin(), listing.images.end(), std::greater<QString>());
+    return listing;
+}
+
+QStringList list_images(const QString& directory) {
+    return list_directory(directory).images;
 }
 
 QSize image_size(const QString& src) {
+    return ImageSizes()(src);
+}
+
+ImageSizes::ImageSizes() : native_(siblings::is_original("get_image_size")) {}
+
+std::vector<QSize> ImageSizes::all(const QStringList& srcs) const {
+    std::vector<QSize> sizes(srcs.size());
+    if (!native_) {
+        for (int i = 0; i < srcs.size(); ++i)
+            sizes[i] = (*this)(srcs[i]);
+        return sizes;
+    }
+    // Reading a header is mostly opening the file and setting up the decoder: the list is shared
+    // out among threads, each taking the next entry until none is left and writing only the
+    // entries it took. Small lists stay on this thread.
+    const int count = srcs.size();
+    const int per_thread = 256;
+    const int threads = std::clamp((count + per_thread - 1) / per_thread, 1,
+                                   std::clamp(QThread::idealThreadCount(), 1, 8));
+    std::atomic<int> next{0};
+    std::vector<std::exception_ptr> failures(threads);
+    auto work = [&](int slot) {
+        try {
+            for (int i = next++; i < count; i = next++)
+                sizes[i] = (*this)(srcs[i]);
+        } catch (...) {
+            failures[slot] = std::current_exception();
+        }
+    };
+    // A reader may report a damaged file through Qt's message handler, which the host can hand
+    // to Python: the interpreter is let go while the threads read, so they never wait on it.
+    std::optional<py::gil_scoped_release> python_free;
+    if (Py_IsInitialized() && PyGILState_Check())
+        python_free.emplace();
+    std::vector<std::thread> workers;
+    try {
+        for (int slot = 1; slot < threads; ++slot)
+            workers.emplace_back(work, slot);
+    } catch (const std::system_error&) {
+        // No more threads to be had: those started and this one share the list.
+    }
+    work(0);
+    for (std::thread& worker : workers)
+        worker.join();
+    for (const std::exception_ptr& failure : failures)
+        if (failure)
+            std::rethrow_exception(failure);
+    return sizes;
+}
+
+QSize ImageSizes::operator()(const QString& src) const {
     // The sibling is the replaceable way in; while it is the package's own, the header is read
     // here, which spares a crossing into Python for every row of a large directory.
-    if (!siblings::is_original("get_image_size")) {
+    if (!native_) {
         const auto [width, height] = siblings::get_image_size(src.toStdString());
         return QSize(width, height);
     }
-    const QSize size = QImageReader(src).size();
+    // Told the format, the reader goes straight to the jpeg decoder, a good part faster over a
+    // long list; a file of another kind under that name is then read the general way.
+    QSize size = QImageReader(src, QByteArrayLiteral("jpg")).size();
+    if (!size.isValid())
+        size = QImageReader(src).size();
     if (!size.isValid() || size.width() <= 0 || size.height() <= 0)
         return QSize(1, 1);
     return size;

@@ -8,6 +8,7 @@
 #include <QStringList>
 
 #include <stdexcept>
+#include <vector>
 
 namespace cobaltrig::snapshot_files {
 
@@ -22,11 +23,33 @@ QString sibling(const QString& src, const QString& extension);
 /// The script, the image and the metadata path of the snapshot `src`, in this order.
 QStringList triad(const QString& src);
 
-/// The images of `directory` (regular files ending exactly in ".jpg"), full paths, newest first.
+/// One listing of a snapshot directory: its images (entries other than folders whose names end
+/// exactly in ".jpg"), full paths, newest first; and how many entries of any kind, folders too,
+/// have such a name, which is what the version slider counts.
+struct Listing {
+    QStringList images;
+    int jpg_entries = 0;
+};
+Listing list_directory(const QString& directory);
+/// The images of `directory` as `list_directory` gives them.
 QStringList list_images(const QString& directory);
 
 /// The image's size from its header; 1 by 1 when it cannot be read.
 QSize image_size(const QString& src);
+
+/// `image_size` for a whole listing: whether the package's own reader is in place is asked once,
+/// when made, so that a long list pays no crossing into Python per image.
+class ImageSizes {
+public:
+    ImageSizes();
+    QSize operator()(const QString& src) const;
+    /// The sizes of all of `srcs`, in their order. The package's own reader reads the headers on
+    /// several threads; a replaced reader is called for each, one after the other, on this one.
+    std::vector<QSize> all(const QStringList& srcs) const;
+
+private:
+    bool native_;
+};
 
 struct Metadata {
     QString comment;

@@ -13,6 +13,7 @@
 #include <QAction>
 #include <QColor>
 #include <QComboBox>
+#include <QCoreApplication>
 #include <QCursor>
 #include <QDir>
 #include <QFileInfo>
@@ -89,17 +90,19 @@ void clearPreviewIfGone(SnapshotBrowser* browser) {
 } // namespace
 
 SnapshotThumbnail::SnapshotThumbnail(const QString& src, SnapshotBrowser* snapshotbrowser)
-    : QLabel(), src(src), snapshotbrowser(snapshotbrowser) {
-    if (!src.isEmpty() && QFileInfo(src).isFile()) {
-        const QSize size = snapshot_files::image_size(src);
-        w = size.width();
-        h = size.height();
-    }
+    : SnapshotThumbnail(src, snapshotbrowser,
+                        !src.isEmpty() && QFileInfo(src).isFile() ? snapshot_files::image_size(src)
+                                                                  : QSize(1, 1)) {}
+
+SnapshotThumbnail::SnapshotThumbnail(const QString& src, SnapshotBrowser* snapshotbrowser,
+                                     QSize size)
+    : QLabel(), src(src), snapshotbrowser(snapshotbrowser), w(size.width()), h(size.height()) {
+    // Every new widget asks to be styled at the next turn of the event loop; a thumbnail is
+    // styled when first shown instead, so that the rows never in view cost no styling.
+    QCoreApplication::removePostedEvents(this, QEvent::PolishRequest);
     setContextMenuPolicy(Qt::CustomContextMenu);
     connect_guarded(this, &QLabel::customContextMenuRequested, this, "thumbnail menu",
                     [this] { show_right_click_menu(); });
-
-    set_meta_ui_elements();
 }
 
 QLabel* SnapshotThumbnail::comment_mark() {
@@ -120,10 +123,16 @@ QLabel* SnapshotThumbnail::flag_mark() {
     return label_flag;
 }
 
+void SnapshotThumbnail::ensure_meta_ui_elements() {
+    if (!meta_read_)
+        set_meta_ui_elements();
+}
+
 void SnapshotThumbnail::set_meta_ui_elements() {
     // Most snapshots carry no mark: a mark is made when first shown, so that a long list holds
     // one widget per row, and the window's style has that much less to apply.
     const snapshot_files::Metadata metadata = snapshot_files::load_metadata(src);
+    meta_read_ = true;
     if (!metadata.comment.isEmpty()) {
         comment_mark()->setText(QStringLiteral("c"));
         label_comment->show();
@@ -253,7 +262,12 @@ void SnapshotThumbnail::load_thumbnail() {
     setScaledContents(true);
     if (!seen_) {
         seen_ = true;
+        if (style_changed_) {
+            QEvent change(QEvent::StyleChange);
+            QLabel::event(&change);
+        }
         show();
+        ensure_meta_ui_elements();
     }
 }
 
@@ -261,6 +275,17 @@ void SnapshotThumbnail::setVisible(bool visible) {
     // Showing a widget styles it, which is most of what a row costs: until its row comes into
     // view the thumbnail stays explicitly hidden, so neither the table nor the window brings it up.
     QLabel::setVisible(visible && seen_);
+}
+
+bool SnapshotThumbnail::event(QEvent* event) {
+    // Joining the table gives the thumbnail the window's style, and a label works out its margins
+    // and frame from it at once, a good part of what adding a row costs. An unseen row has no use
+    // for them: it takes up the change when it is first shown.
+    if (event->type() == QEvent::StyleChange && !seen_) {
+        style_changed_ = true;
+        return true;
+    }
+    return QLabel::event(event);
 }
 
 void SnapshotThumbnail::delete_snapshot() {

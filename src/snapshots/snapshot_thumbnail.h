@@ -21,10 +21,16 @@ class SnapshotThumbnail : public QLabel {
     Q_OBJECT
 public:
     SnapshotThumbnail(const QString& src, SnapshotBrowser* snapshotbrowser);
+    /// For a listing that read the image's size already (see snapshot_files::ImageSizes).
+    SnapshotThumbnail(const QString& src, SnapshotBrowser* snapshotbrowser, QSize size);
 
     QString get_src() const { return src; }
-    /// Shows the comment mark (with the comment as tool tip) and the flag mark in its colour.
+    /// Reads the metadata and shows the comment mark (with the comment as tool tip) and the flag
+    /// mark in its colour.
     void set_meta_ui_elements();
+    /// The marks as the metadata last read gives them; the first call reads it. A row shows its
+    /// marks only once in view, so a long list reads the metadata of the rows seen.
+    void ensure_meta_ui_elements();
     void show_right_click_menu();
     void set_to_preview();
     /// Reads the image and shows it at the width of the table's column.
@@ -66,12 +72,15 @@ public:
     void setVisible(bool visible) override;
 
 protected:
+    bool event(QEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     void enterEvent(QEvent* event) override;
     void leaveEvent(QEvent* event) override;
 
 private:
     bool seen_ = false;
+    bool meta_read_ = false;
+    bool style_changed_ = false;
     void show_flag(const QString& flag);
     QIcon icon(const char* key) const;
 };

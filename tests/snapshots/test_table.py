@@ -3,6 +3,8 @@ version slider at start-up, the thumbnails' marks and context menus, and the fil
 table's selection (delete, move, flush, comment)."""
 
 import os
+import shutil
+import threading
 
 import pytest
 from PySide2 import QtCore, QtGui, QtWidgets
@@ -71,6 +73,73 @@ def test_images_are_read_only_for_rows_in_view_and_on_scrolling(rig, snap_dir, h
     browser.table_thumbs.scrollToBottom()
     last = browser.get_thumbnails_list()[-1]
     assert not last.pixmap.isNull() and last.pixmap.size().toTuple() == (400, 400)
+
+
+def test_replaced_readers_run_on_this_thread_and_metadata_is_read_for_rows_seen(
+        rig, snap_dir, helper, monkeypatch):
+    helper.update_xml("snapshotbrowser_size_current", "900,400")
+    for i in range(40):
+        write_snapshot(snap_dir, 1000 + i, size=(400, 400), comment="take {}".format(i))
+    size_threads, metadata_read = [], []
+    read_size, read_metadata = helper.get_image_size, helper.load_metadata
+    monkeypatch.setattr(helper, "get_image_size", lambda path: size_threads.append(
+        threading.get_ident()) or read_size(path))
+    monkeypatch.setattr(helper, "load_metadata", lambda src: metadata_read.append(src)
+                        or read_metadata(src))
+
+    browser = rig.show_snapshot_browser()
+
+    thumbs = browser.get_thumbnails_list()
+    assert len(size_threads) >= 40 and set(size_threads) == {threading.get_ident()}
+    assert sorted(set(metadata_read)) == sorted(t.get_src() for t in thumbs
+                                                if not t.pixmap.isNull())
+    assert thumbs[-1].get_src() not in metadata_read
+    browser.table_thumbs.scrollToBottom()
+    assert thumbs[-1].get_src() in metadata_read
+    # A script sees the marks of any row, in view or not.
+    assert thumbs[20].widget.toolTip() == "take 19"
+
+
+def test_sizes_read_side_by_side_keep_each_row_its_own(rig, snap_dir, tmp_path):
+    shapes = {0: (200, 100), 1: (200, 50), 2: None}
+    wide, tall = write_snapshot(tmp_path, 1), write_snapshot(tmp_path, 2, size=(200, 50))
+    for i in range(600):
+        stem = snap_dir / "{}_comp".format(1000 + i)
+        if shapes[i % 3] is None:
+            (stem.parent / (stem.name + ".jpg")).write_bytes(b"not an image")
+        else:
+            shutil.copy(wide if i % 3 == 0 else tall, str(stem) + ".jpg")
+
+    browser = rig.show_snapshot_browser()
+
+    table = browser.table_thumbs
+    newest_first = [i for i in reversed(range(600)) if shapes[i % 3]]
+    assert browser.row_sources() == [str(snap_dir / "{}_comp.jpg".format(1000 + i))
+                                     for i in newest_first]
+    heights = [table.rowHeight(row) for row in range(len(newest_first))]
+    assert heights == [shapes[i % 3][1] for i in newest_first]
+    assert table.rowCount() == 600 and table.cellWidget(len(newest_first), 0) is None
+
+
+def test_a_refresh_from_a_thumbnails_own_menu_lets_it_finish(rig, helper, snap_dir,
+                                                              monkeypatch):
+    write_snapshot(snap_dir, 1000)
+    write_snapshot(snap_dir, 2000)
+    browser = rig.show_snapshot_browser()
+    monkeypatch.setattr(helper, "set_flag",
+                        lambda window, src, colour: window.populate_table_thumbs())
+    used, other = browser.get_thumbnails_list()
+    used.show_right_click_menu()
+
+    used.action_unflag.trigger()
+
+    assert used.get_src() == browser.row_sources()[0]
+    with pytest.raises(RuntimeError, match="window was closed"):
+        other.get_src()
+    QtCore.QCoreApplication.sendPostedEvents(None, QtCore.QEvent.DeferredDelete)
+    with pytest.raises(RuntimeError, match="window was closed"):
+        used.get_src()
+    assert len(browser.get_thumbnails_list()) == 2
 
 
 @pytest.mark.parametrize("remembered, shown_row", [(1, 1), (None, 0)])
