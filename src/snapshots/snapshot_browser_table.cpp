@@ -89,14 +89,14 @@ void SnapshotBrowser::populate_table_thumbs() {
     const QString look_dir = QDir(snapshotbrowser_root).filePath(*current_snapshot_dir);
     const QStringList thumbs_list = listing(look_dir).images;
     table_thumbs->setRowCount(thumbs_list.size());
-    const std::vector<QSize> sizes = snapshot_files::ImageSizes().all(thumbs_list);
+    snapshot_files::SizesAhead sizes(thumbs_list);
 
     QHeaderView* header = table_thumbs->verticalHeader();
     header->setUpdatesEnabled(false);
     table_thumbs->setColumnWidth(0, 200);
     int row = 0;
     for (int i = 0; i < thumbs_list.size(); ++i) {
-        auto* thumb = new SnapshotThumbnail(thumbs_list[i], this, sizes[i]);
+        auto* thumb = new SnapshotThumbnail(thumbs_list[i], this, sizes.at(i));
         if (thumb->w == 1 && thumb->h == 1) {
             // No usable image: the row stays for a later image; the empty rows end the table.
             delete thumb;
@@ -144,10 +144,18 @@ void SnapshotBrowser::load_visible_thumbs(bool only_unseen) {
     if (lowest < 0)
         lowest = table_thumbs->rowCount() - 1;
     const int visible_bottom = lowest + extra_items_to_load;
+    std::vector<SnapshotThumbnail*> thumbs;
+    QStringList sources;
     for (int row = visible_top; row <= visible_bottom; ++row)
         if (auto* thumb = qobject_cast<SnapshotThumbnail*>(table_thumbs->cellWidget(row, 0)))
-            if (!only_unseen || thumb->pixmap.isNull())
-                thumb->load_thumbnail();
+            if (!only_unseen || thumb->pixmap.isNull()) {
+                thumbs.push_back(thumb);
+                sources << thumb->get_src();
+            }
+    // A screenful of pictures is decoded side by side; only showing them needs this thread.
+    std::vector<QImage> images = snapshot_files::read_images(sources);
+    for (std::size_t i = 0; i < thumbs.size(); ++i)
+        thumbs[i]->load_thumbnail(std::move(images[i]));
 }
 
 void SnapshotBrowser::adjust_splitter_sizes() {

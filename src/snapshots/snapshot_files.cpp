@@ -8,6 +8,7 @@
 #include <QDomDocument>
 #include <QFile>
 #include <QFileInfo>
+#include <QImage>
 #include <QImageReader>
 #include <QSaveFile>
 #include <QThread>
@@ -109,49 +110,110 @@ QSize image_size(const QString& src) {
 
 ImageSizes::ImageSizes() : native_(siblings::is_original("get_image_size")) {}
 
-std::vector<QSize> ImageSizes::all(const QStringList& srcs) const {
-    std::vector<QSize> sizes(srcs.size());
-    if (!native_) {
-        for (int i = 0; i < srcs.size(); ++i)
-            sizes[i] = (*this)(srcs[i]);
-        return sizes;
-    }
-    // Reading a header is mostly opening the file and setting up the decoder: the list is shared
-    // out among threads, each taking the next entry until none is left and writing only the
-    // entries it took. Small lists stay on this thread.
-    const int count = srcs.size();
-    const int per_thread = 256;
-    const int threads = std::clamp((count + per_thread - 1) / per_thread, 1,
+void in_parallel(int count, int per_thread, const std::function<void(int)>& work) {
+    const int threads = std::clamp((count + per_thread - 1) / std::max(per_thread, 1), 1,
                                    std::clamp(QThread::idealThreadCount(), 1, 8));
     std::atomic<int> next{0};
     std::vector<std::exception_ptr> failures(threads);
-    auto work = [&](int slot) {
+    auto share = [&](int slot) {
         try {
             for (int i = next++; i < count; i = next++)
-                sizes[i] = (*this)(srcs[i]);
+                work(i);
         } catch (...) {
             failures[slot] = std::current_exception();
         }
     };
     // A reader may report a damaged file through Qt's message handler, which the host can hand
-    // to Python: the interpreter is let go while the threads read, so they never wait on it.
+    // to Python: the interpreter is let go meanwhile, so that no thread ever waits on it.
     std::optional<py::gil_scoped_release> python_free;
     if (Py_IsInitialized() && PyGILState_Check())
         python_free.emplace();
     std::vector<std::thread> workers;
     try {
         for (int slot = 1; slot < threads; ++slot)
-            workers.emplace_back(work, slot);
+            workers.emplace_back(share, slot);
     } catch (const std::system_error&) {
-        // No more threads to be had: those started and this one share the list.
+        // No more threads to be had: those started and this one share the work.
     }
-    work(0);
+    share(0);
     for (std::thread& worker : workers)
         worker.join();
     for (const std::exception_ptr& failure : failures)
         if (failure)
             std::rethrow_exception(failure);
-    return sizes;
+}
+
+SizesAhead::SizesAhead(const QStringList& srcs)
+    : srcs_(srcs), sizes_(srcs.size()), failures_(srcs.size()),
+      ready_(new std::atomic<bool>[srcs.size()]) {
+    for (int i = 0; i < srcs_.size(); ++i)
+        ready_[i] = false;
+    // A replaced reader is Python: it runs here, when asked. Short lists aren't worth a thread;
+    // this thread is busy with the sizes it takes, so it counts as one of the machine's.
+    if (!reader_.native() || srcs_.size() < 64)
+        return;
+    const int threads = std::clamp(QThread::idealThreadCount() - 1, 1, 7);
+    try {
+        for (int t = 0; t < threads; ++t)
+            workers_.emplace_back([this] {
+                for (int i = next_++; i < srcs_.size(); i = next_++)
+                    read(i);
+            });
+    } catch (const std::system_error&) {
+        // No more threads to be had: those started and this one share the list.
+    }
+}
+
+SizesAhead::~SizesAhead() {
+    stop();
+}
+
+void SizesAhead::stop() {
+    next_ = srcs_.size();
+    if (workers_.empty())
+        return;
+    // A reader may be reporting a damaged file through Qt's message handler, which the host can
+    // hand to Python: the interpreter is let go while waiting, so the reader is never stuck on it.
+    std::optional<py::gil_scoped_release> python_free;
+    if (Py_IsInitialized() && PyGILState_Check())
+        python_free.emplace();
+    for (std::thread& worker : workers_)
+        worker.join();
+    workers_.clear();
+}
+
+void SizesAhead::read(int i) {
+    try {
+        sizes_[i] = reader_(srcs_[i]);
+    } catch (...) {
+        failures_[i] = std::current_exception();
+    }
+    ready_[i].store(true, std::memory_order_release);
+}
+
+QSize SizesAhead::at(int i) {
+    while (!ready_[i].load(std::memory_order_acquire)) {
+        const int unread = next_++;
+        if (unread < srcs_.size()) {
+            read(unread);
+            continue;
+        }
+        // All taken, this one still being read elsewhere: wait without holding Python (see stop).
+        std::optional<py::gil_scoped_release> python_free;
+        if (Py_IsInitialized() && PyGILState_Check())
+            python_free.emplace();
+        while (!ready_[i].load(std::memory_order_acquire))
+            std::this_thread::yield();
+    }
+    if (failures_[i])
+        std::rethrow_exception(failures_[i]);
+    return sizes_[i];
+}
+
+std::vector<QImage> read_images(const QStringList& srcs) {
+    std::vector<QImage> images(srcs.size());
+    in_parallel(srcs.size(), 1, [&](int i) { images[i] = QImage(srcs[i]); });
+    return images;
 }
 
 QSize ImageSizes::operator()(const QString& src) const {

@@ -3,11 +3,17 @@
 // stem. The image alone makes a snapshot; the script and the metadata may be missing at any time.
 // Nothing here knows a window: the thumbnail and the browser call in and show what comes back.
 
+#include <QImage>
 #include <QSize>
 #include <QString>
 #include <QStringList>
 
+#include <atomic>
+#include <exception>
+#include <functional>
+#include <memory>
 #include <stdexcept>
+#include <thread>
 #include <vector>
 
 namespace cobaltrig::snapshot_files {
@@ -37,18 +43,51 @@ QStringList list_images(const QString& directory);
 /// The image's size from its header; 1 by 1 when it cannot be read.
 QSize image_size(const QString& src);
 
+/// Runs `work` for each of 0 to `count` - 1, shared out among up to as many threads as the
+/// machine runs at once, each taking at least `per_thread` items; Python is let go meanwhile, so
+/// `work` must not touch it. The first failure is raised once all have stopped.
+void in_parallel(int count, int per_thread, const std::function<void(int)>& work);
+
+/// The pixels of each of `srcs`, decoded side by side; a null image where one can't be read.
+std::vector<QImage> read_images(const QStringList& srcs);
+
 /// `image_size` for a whole listing: whether the package's own reader is in place is asked once,
 /// when made, so that a long list pays no crossing into Python per image.
 class ImageSizes {
 public:
     ImageSizes();
     QSize operator()(const QString& src) const;
-    /// The sizes of all of `srcs`, in their order. The package's own reader reads the headers on
-    /// several threads; a replaced reader is called for each, one after the other, on this one.
-    std::vector<QSize> all(const QStringList& srcs) const;
+    bool native() const { return native_; }
 
 private:
     bool native_;
+};
+
+/// The sizes of a listing's images, taken in order with `at` while other threads read ahead, so
+/// that reading the headers overlaps what the caller does with each size. This thread reads too
+/// whenever the next size isn't there yet. A replaced reader is called for each on this thread.
+class SizesAhead {
+public:
+    explicit SizesAhead(const QStringList& srcs);
+    /// Stops the readers and waits for them.
+    ~SizesAhead();
+    SizesAhead(const SizesAhead&) = delete;
+    SizesAhead& operator=(const SizesAhead&) = delete;
+
+    /// The size of `srcs[i]`; a failure to read it is raised here.
+    QSize at(int i);
+
+private:
+    void read(int i);
+    void stop();
+
+    const ImageSizes reader_;
+    const QStringList srcs_;
+    std::vector<QSize> sizes_;
+    std::vector<std::exception_ptr> failures_;
+    std::unique_ptr<std::atomic<bool>[]> ready_;
+    std::atomic<int> next_{0};
+    std::vector<std::thread> workers_;
 };
 
 struct Metadata {

@@ -253,7 +253,11 @@ void SnapshotThumbnail::set_to_preview() {
 }
 
 void SnapshotThumbnail::load_thumbnail() {
-    pixmap = QPixmap::fromImage(QImage(src));
+    load_thumbnail(QImage(src));
+}
+
+void SnapshotThumbnail::load_thumbnail(QImage image) {
+    pixmap = QPixmap::fromImage(std::move(image));
     const int width = snapshotbrowser->table_thumbs->columnWidth(0);
     if (w == 0)
         throw std::runtime_error("the snapshot '" + src.toStdString() + "' has no width");

@@ -3,6 +3,7 @@
 // marks, and the actions on it in a context menu. Cheap to make: the constructor reads the image's
 // size and the metadata only; the pixels come with `load_thumbnail`, when the row is in view.
 
+#include <QImage>
 #include <QLabel>
 #include <QPixmap>
 #include <QString>
@@ -21,7 +22,7 @@ class SnapshotThumbnail : public QLabel {
     Q_OBJECT
 public:
     SnapshotThumbnail(const QString& src, SnapshotBrowser* snapshotbrowser);
-    /// For a listing that read the image's size already (see snapshot_files::ImageSizes).
+    /// For a listing that read the image's size already (see snapshot_files::SizesAhead).
     SnapshotThumbnail(const QString& src, SnapshotBrowser* snapshotbrowser, QSize size);
 
     QString get_src() const { return src; }
@@ -35,6 +36,8 @@ public:
     void set_to_preview();
     /// Reads the image and shows it at the width of the table's column.
     void load_thumbnail();
+    /// Shows `image`, the pixels of this snapshot read already, as `load_thumbnail` does.
+    void load_thumbnail(QImage image);
     /// The comment and the flag mark, made hidden on first use.
     QLabel* comment_mark();
     QLabel* flag_mark();
