@@ -5,12 +5,13 @@
 For each count, generates that many snapshots (image, script, metadata with a comment and a flag)
 in a temporary root and prints, median of the runs: browser construction to the first painted
 rows, `populate_table_thumbs` alone, a scroll to the end with the rows in view loaded, and the peak
-RSS of the process. The floor, listing the directory and reading each image's header, is measured
+RSS of the process (with, in brackets, its peak before the first browser). The floor, listing the directory and reading each image's header, is measured
 in the same run by the project's `snapshot_floor` executable; each figure is also printed as a
 multiple of it. The figures are for reading, not for passing or failing.
 """
 
 import argparse
+import gc
 import json
 import os
 import resource
@@ -61,7 +62,7 @@ def child(directory, repeat):
     """One process per count, so that the peak RSS is this count's."""
     os.environ["COBALTRIG_HOME"] = os.path.join(os.path.dirname(directory), "home")
     import nuke  # noqa: F401  the host owns the QApplication
-    from PySide2 import QtWidgets
+    from PySide2 import QtCore, QtWidgets
 
     from cobaltRig import cobaltRig_w as rig
     from cobaltRig import helper
@@ -70,6 +71,25 @@ def child(directory, repeat):
                             "current_snapshot_dir": directory,
                             "snapshotbrowser_size_current": "1200,800"})
     app = QtWidgets.QApplication.instance()
+    baseline_mb = resource.getrusage(resource.RUSAGE_SELF).ru_maxrss / 1024.0
+
+    def closed(browser):
+        """Closes the browser and waits until it is deleted, so that no run measures beside the
+        browser of the one before. Closing fades the window out first; the window goes when its
+        last holder does."""
+        browser.close()
+        deadline = time.monotonic() + 5
+        while browser.timer_fade.isActive():
+            if time.monotonic() > deadline:
+                raise SystemExit("the snapshot browser was still fading 5 s after closing")
+            app.processEvents()
+            time.sleep(0.005)
+
+    def dropped():
+        rig.__dict__.pop("snapshotbrowser", None)
+        gc.collect()
+        QtCore.QCoreApplication.sendPostedEvents(None, QtCore.QEvent.DeferredDelete)
+        app.processEvents()
 
     def painted(browser):
         app.processEvents()
@@ -93,12 +113,13 @@ def child(directory, repeat):
         scroll.append(time.perf_counter() - start)
         loaded = sum(1 for t in browser.get_thumbnails_list() if t is not None
                      and not t.pixmap.isNull())
-        browser.close()
-        app.processEvents()
+        closed(browser)
+        del browser
+        dropped()
     peak_mb = resource.getrusage(resource.RUSAGE_SELF).ru_maxrss / 1024.0
     print(json.dumps({"first": statistics.median(first), "populate": statistics.median(populate),
                       "scroll": statistics.median(scroll), "peak_mb": peak_mb,
-                      "loaded": loaded}))
+                      "baseline_mb": baseline_mb, "loaded": loaded}))
 
 
 def main():
@@ -112,7 +133,7 @@ def main():
         return
 
     print("snapshots  floor     first rows        populate          scroll to end     peak RSS"
-          "  images loaded")
+          " (before)  images loaded")
     for count in args.counts:
         with tempfile.TemporaryDirectory(prefix="cobaltrig_snapbench_") as scratch:
             directory = os.path.join(scratch, "root", "shot")
@@ -127,9 +148,9 @@ def main():
         def cell(key):
             return "{:7.1f} ms {:4.1f}x".format(figures[key] * 1000, figures[key] / floor)
 
-        print("{:9d}  {:6.1f} ms  {}  {}  {}  {:6.0f} MB  {}".format(
+        print("{:9d}  {:6.1f} ms  {}  {}  {}  {:6.0f} MB ({:4.0f})  {}".format(
             count, floor * 1000, cell("first"), cell("populate"), cell("scroll"),
-            figures["peak_mb"], figures["loaded"]))
+            figures["peak_mb"], figures["baseline_mb"], figures["loaded"]))
 
 
 if __name__ == "__main__":
