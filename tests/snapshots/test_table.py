@@ -101,6 +101,8 @@ def test_replaced_readers_run_on_this_thread_and_metadata_is_read_for_rows_seen(
 
 
 def test_sizes_read_side_by_side_keep_each_row_its_own(rig, snap_dir, tmp_path):
+    # The broken images make the readers warn through Qt's message handler, which the test
+    # runner hands to Python: readers on other threads must not wait on the interpreter forever.
     shapes = {0: (200, 100), 1: (200, 50), 2: None}
     wide, tall = write_snapshot(tmp_path, 1), write_snapshot(tmp_path, 2, size=(200, 50))
     for i in range(600):
