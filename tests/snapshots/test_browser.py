@@ -27,7 +27,6 @@ def test_it_opens_frameless_on_top_centred_at_the_stored_size(rig, helper, snap_
     screen = QtGui.QGuiApplication.primaryScreen().availableGeometry()
     assert abs(window.frameGeometry().center().x() - screen.center().x()) <= 1
     assert not browser.group_settings.isVisible()
-    assert browser.current_snapshot_dir == str(snap_dir)
 
 
 def test_a_second_opening_replaces_the_first_and_nothing_keeps_it_alive(rig, snap_dir):

@@ -78,15 +78,10 @@ def test_a_window_replaced_while_fading_out_lives_until_its_last_step(rig, helpe
 
 
 @pytest.mark.parametrize("key, text, change", [
-    (Qt.Key_Plus, "+", "zoom in"),
-    (Qt.Key_Equal, "=", "zoom in"),
-    (Qt.Key_Minus, "-", "zoom out"),
-    (Qt.Key_H, "h", "fit"),
-    (Qt.Key_H, "H", None),
-    (Qt.Key_Up, "", (0, 30)),
-    (Qt.Key_Down, "", (0, -30)),
-    (Qt.Key_Left, "", (-30, 0)),
-    (Qt.Key_Right, "", (30, 0)),
+    (Qt.Key_Plus, "+", "zoom in"), (Qt.Key_Equal, "=", "zoom in"), (Qt.Key_Minus, "-", "zoom out"),
+    (Qt.Key_H, "h", "fit"), (Qt.Key_H, "H", None),
+    (Qt.Key_Up, "", (0, 30)), (Qt.Key_Down, "", (0, -30)),
+    (Qt.Key_Left, "", (-30, 0)), (Qt.Key_Right, "", (30, 0)),
 ])
 def test_keys_over_the_preview_zoom_fit_and_scroll(rig, helper, snap_dir, qtbot, monkeypatch,
                                                    key, text, change):
