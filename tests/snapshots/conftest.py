@@ -50,6 +50,22 @@ def messages(helper, monkeypatch):
 
 
 @pytest.fixture
+def asked(helper, monkeypatch):
+    """The questions asked, answered with `asked.answer`."""
+    class Asked(list):
+        answer = True
+
+    questions = Asked()
+
+    def ask(title, message, process_label="ok", color_process=None):
+        questions.append((title, message, process_label, color_process))
+        return questions.answer
+
+    monkeypatch.setattr(helper, "ask_dialog", ask)
+    return questions
+
+
+@pytest.fixture
 def graph(nuke):
     """What a user sees of the graph: names, classes and the selection of the top level."""
     def state():

@@ -6,7 +6,7 @@ import os
 import weakref
 
 import pytest
-from PySide2 import QtCore, QtGui, QtWidgets
+from PySide2 import QtCore, QtGui
 
 from conftest import snapshots_in
 
@@ -26,9 +26,7 @@ def test_it_opens_frameless_on_top_centred_at_the_stored_size(rig, helper, snap_
     assert window.size().toTuple() == (900, 600)
     screen = QtGui.QGuiApplication.primaryScreen().availableGeometry()
     assert abs(window.frameGeometry().center().x() - screen.center().x()) <= 1
-    assert browser.splitter.sizes()[0] < browser.splitter.sizes()[1]
     assert not browser.group_settings.isVisible()
-    assert browser.current_snapshot_dir == str(snap_dir)
 
 
 def test_a_second_opening_replaces_the_first_and_nothing_keeps_it_alive(rig, snap_dir):
@@ -45,9 +43,6 @@ def test_a_second_opening_replaces_the_first_and_nothing_keeps_it_alive(rig, sna
     gc.collect()
     QtCore.QCoreApplication.sendPostedEvents(None, QtCore.QEvent.DeferredDelete)
     assert first_widget() is None and destroyed == [True]
-    top = [w for w in QtWidgets.QApplication.topLevelWidgets()
-           if w.objectName() == "snapshotbrowser" and w.isVisible()]
-    assert len(top) == 1
 
 
 def test_missing_directories_are_made_and_an_empty_root_becomes_the_default(rig, helper,
@@ -92,21 +87,15 @@ def test_a_directory_that_cannot_be_made_stops_the_window_after_its_message(
 
 
 @pytest.mark.parametrize("tooltips", ["True", "False", "true"])
-def test_tool_tips_only_when_switched_on(rig, helper, snap_dir, monkeypatch, tooltips):
+def test_tool_tips_only_when_switched_on(rig, helper, snap_dir, tooltips):
     helper.update_xml("tooltips", tooltips)
-    loaded = []
-    real = helper.load_tooltips
-    monkeypatch.setattr(helper, "load_tooltips",
-                        lambda widget, section: (loaded.append(section), real(widget, section)))
 
     browser = rig.show_snapshot_browser()
 
     on = tooltips == "True"
-    assert loaded == (["snapshot_browser"] if on else [])
-    assert (browser.push_snapshot.property("tt") == "snapshot") is on
-    assert (browser.input_custom_height.property("tt") == "custom_size") is on
     assert bool(browser.push_snapshot.toolTip()) is on
-    assert browser.push_help.property("tt") is None
+    assert bool(browser.input_custom_height.toolTip()) is on
+    assert not browser.push_help.toolTip()
 
 
 class UrlCatcher(QtCore.QObject):

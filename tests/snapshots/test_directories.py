@@ -22,22 +22,6 @@ def jpg(directory, stem):
     return write_jpg(directory / (stem + ".jpg"))
 
 
-@pytest.fixture
-def asked(helper, monkeypatch):
-    """The questions asked, answered with `asked.answer`."""
-    class Asked(list):
-        answer = True
-
-    questions = Asked()
-
-    def ask(title, message, process_label="ok", color_process=None):
-        questions.append((title, message, process_label, color_process))
-        return questions.answer
-
-    monkeypatch.setattr(helper, "ask_dialog", ask)
-    return questions
-
-
 def answer_name(name, suggested=None):
     """Types `name` into the next name dialog (None cancels it); records the suggestion."""
     def answer():
@@ -161,30 +145,28 @@ def test_a_cancelled_or_empty_name_changes_nothing(rig, helper, snap_dir, messag
     assert browser.row_sources() == [shown]
 
 
-def test_a_new_directory_that_exists_or_cannot_be_made_says_so(rig, helper, snap_dir,
-                                                               messages):
+@pytest.mark.parametrize("typed, text", [
+    ("shot", "The snapshot directory 'shot' already exists. Please choose another name."),
+    ("blocker/sub", "Cannot create snapshot directory. "),
+    (None, "Please set your snapshot browser root first."),
+], ids=["exists", "cannot be made", "no root"])
+def test_a_new_directory_that_cannot_be_made_says_why(rig, helper, snap_dir, messages, typed,
+                                                      text):
     (snap_dir.parent / "blocker").write_text("")
     browser = rig.show_snapshot_browser()
+    if typed is None:
+        helper.update_xml("snapshotbrowser_root", "")
+    else:
+        answer_name(typed)
 
-    answer_name("shot")
-    choose(browser, NEW)
-    browser.combo_snapshot_dir.setCurrentIndex(0)
-    answer_name("blocker/sub")
     choose(browser, NEW)
 
-    assert messages[0] == "The snapshot directory 'shot' already exists. Please choose another name."
-    assert messages[1].startswith("Cannot create snapshot directory. ")
-    assert "blocker/sub" in messages[1]
+    [message] = messages
+    if typed == "blocker/sub":
+        assert message.startswith(text) and typed in message
+    else:
+        assert message == text
     assert helper.load_settings()["current_snapshot_dir"] == str(snap_dir)
-
-
-def test_a_new_directory_needs_a_root(rig, helper, snap_dir, messages):
-    browser = rig.show_snapshot_browser()
-    helper.update_xml("snapshotbrowser_root", "")
-
-    choose(browser, NEW)
-
-    assert messages == ["Please set your snapshot browser root first."]
 
 
 def test_deleting_the_current_directory_asks_removes_it_and_leaves_none_current(

@@ -76,24 +76,29 @@ def test_down_onto_the_empty_row_of_an_unreadable_image_keeps_the_preview(rig, s
     assert browser.preview_image.image == shots[2]
 
 
-@pytest.mark.parametrize("entered, left, gone", [
-    # The key means the list; what goes is the selection, not the thumbnail under the pointer.
-    (1, False, [0, 2]),
-    # The pointer has moved on since: the thumbnail entered last still counts.
-    (1, True, [0, 2]),
-    (None, False, []),
-])
-def test_d_in_the_list_deletes_the_selected_snapshots(rig, snap_dir, shots, qtbot, entered, left,
-                                                      gone):
+@pytest.mark.parametrize("target, key, pointer, selected, gone", [
+    # In the list the key means the list: the selection goes, not the thumbnail under the pointer,
+    # even once the pointer has left the thumbnail entered last; with none entered, nothing goes.
+    ("list", "d", "over", [(0, 0), (2, 2)], [0, 2]),
+    ("list", "d", "left", [(0, 0), (2, 2)], [0, 2]),
+    ("list", "d", "never", [(0, 0), (2, 2)], []),
+    # Elsewhere in the window it deletes only with the pointer over the list.
+    ("window", "d", "over", [(1, 1)], [1]),
+    ("window", "d", "left", [(1, 1)], []),
+    ("window", "D", "over", [(1, 1)], []),
+], ids=["list", "list after leaving", "list never entered", "window", "window after leaving",
+        "window shift"])
+def test_d_deletes_the_selected_snapshots(rig, snap_dir, shots, qtbot, target, key, pointer,
+                                          selected, gone):
     browser = rig.show_snapshot_browser()
-    if entered is not None:
-        thumb = browser.get_thumbnails_list()[entered].widget
+    thumb = browser.get_thumbnails_list()[1].widget
+    if pointer != "never":
         send(thumb, QtCore.QEvent.Enter)
-        if left:
-            send(thumb, QtCore.QEvent.Leave)
-    select_rows(browser, (0, 0), (2, 2))
+    if pointer == "left":
+        send(thumb, QtCore.QEvent.Leave)
+    select_rows(browser, *selected)
 
-    qtbot.keyClick(browser.table_thumbs, "d")
+    qtbot.keyClick(browser.table_thumbs if target == "list" else browser.widget, key)
 
     kept = [image for row, image in enumerate(shots) if row not in gone]
     assert stems(snap_dir) == sorted(stem(image) for image in kept)
@@ -113,25 +118,3 @@ def test_d_in_the_list_does_nothing_once_the_entered_thumbnail_is_gone(rig, snap
 
     assert browser.row_sources() == shots[1:]
     assert stems(snap_dir) == sorted(stem(image) for image in shots[1:])
-
-
-@pytest.mark.parametrize("key, pointer_over_list, deleted", [
-    ("d", True, True),
-    ("d", False, False),
-    ("D", True, False),
-])
-def test_d_elsewhere_in_the_window_deletes_only_under_the_pointer(rig, snap_dir, shots, qtbot,
-                                                                  key, pointer_over_list,
-                                                                  deleted):
-    browser = rig.show_snapshot_browser()
-    thumb = browser.get_thumbnails_list()[1].widget
-    send(thumb, QtCore.QEvent.Enter)
-    if not pointer_over_list:
-        send(thumb, QtCore.QEvent.Leave)
-    select_rows(browser, (1, 1))
-
-    qtbot.keyClick(browser.widget, key)
-
-    kept = [shots[0], shots[2]] if deleted else shots
-    assert browser.row_sources() == kept
-    assert stems(snap_dir) == sorted(stem(image) for image in kept)

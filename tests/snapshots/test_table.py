@@ -38,6 +38,12 @@ def select_rows(browser, *rows):
         table.setRangeSelected(QtWidgets.QTableWidgetSelectionRange(top, 0, bottom, 0), True)
 
 
+def move_action(thumb, name):
+    thumb.show_right_click_menu()
+    [action] = [a for a in thumb.menu_move.actions() if a.text() == name]
+    return action
+
+
 def stems(directory):
     return sorted({os.path.splitext(name)[0] for name in snapshots_in(directory)})
 
@@ -54,7 +60,6 @@ def test_rows_are_newest_first_and_failed_images_leave_empty_rows_at_the_end(rig
     assert [t.get_src() if t else None for t in thumbs] == images[::-1] + [None]
     assert isinstance(browser.table_thumbs.cellWidget(2, 0), QtWidgets.QLabel)
     assert browser.table_thumbs.cellWidget(3, 0) is None
-    assert browser.table_thumbs.rowHeight(0) == 100
     # The slider counts every name ending in ".jpg": the broken image and the folder too.
     assert browser.slider_versions.maximum() == 5 and browser.slider_versions.isVisible()
 
@@ -185,15 +190,6 @@ def test_marks_show_comment_and_flag(rig, snap_dir, comment, flag, comment_at):
         assert picture.pixelColor(5, 5) == colour
 
 
-def test_the_picture_fits_the_column(rig, snap_dir):
-    write_snapshot(snap_dir, 1000, size=(1000, 500))
-    browser = rig.show_snapshot_browser()
-    thumb = browser.get_thumbnails_list()[0]
-    browser.table_thumbs.setColumnWidth(0, 200)
-    thumb.load_thumbnail()
-    assert thumb.widget.pixmap().size().toTuple() == (200, 100)
-
-
 def test_the_flag_menu_flags_and_unflags(rig, helper, snap_dir):
     src = write_snapshot(snap_dir, 1000)
     browser = rig.show_snapshot_browser()
@@ -236,10 +232,12 @@ def test_preview_by_menu_and_double_click_and_not_by_right_click(rig, snap_dir, 
     ([(0, 0), (2, 2)], [0, 2]),
     ([(1, 3)], [1]),
     ([], []),
-])
-def test_delete_takes_the_top_row_of_each_selected_range(rig, snap_dir, ranges, gone):
-    images = [write_snapshot(snap_dir, 1000 + i, nk=i % 2 == 0) for i in range(5)][::-1]
+], ids=["two ranges with the preview", "one range", "none"])
+def test_delete_takes_the_top_row_of_each_selected_range(rig, helper, snap_dir, ranges, gone):
+    images = [write_snapshot(snap_dir, 1000 + i, nk=i % 2 == 0, comment="x")
+              for i in range(5)][::-1]
     browser = rig.show_snapshot_browser()
+    assert browser.preview_image.image == images[0]
     select_rows(browser, *ranges)
 
     # Whichever thumbnail's menu is used, the table's selection is what goes.
@@ -248,20 +246,8 @@ def test_delete_takes_the_top_row_of_each_selected_range(rig, snap_dir, ranges, 
     kept = [src for row, src in enumerate(images) if row not in gone]
     assert browser.row_sources() == kept
     assert stems(snap_dir) == sorted(os.path.basename(src)[:-4] for src in kept)
-
-
-@pytest.mark.parametrize("delete_row, preview_stays", [(0, False), (1, True)])
-def test_deleting_the_snapshot_in_the_preview_empties_it(rig, helper, snap_dir, delete_row,
-                                                         preview_stays):
-    images = [write_snapshot(snap_dir, 1000 + i, comment="x") for i in range(2)][::-1]
-    browser = rig.show_snapshot_browser()
-    assert browser.preview_image.image == images[0]
-    select_rows(browser, (delete_row, delete_row))
-
-    browser.get_thumbnails_list()[0].delete_snapshot()
-
-    assert not os.path.exists(os.path.splitext(images[delete_row])[0] + ".xml")
-    assert browser.preview_image.isVisible() == preview_stays
+    # Deleting the snapshot in the preview empties the pane, not the remembered path.
+    assert browser.preview_image.isVisible() == (0 not in gone)
     assert helper.load_settings()["current_snapshot_preview"] == images[0]
 
 
@@ -273,14 +259,11 @@ def test_move_skips_the_own_directory_and_moves_whole_triads(rig, helper, snap_d
     select_rows(browser, (0, 0), (1, 1))
     thumb = browser.get_thumbnails_list()[2]
 
-    thumb.show_right_click_menu()
+    move_action(thumb, "shot").trigger()
     assert sorted(a.text() for a in thumb.menu_move.actions()) == ["other", "shot"]
-    [same] = [a for a in thumb.menu_move.actions() if a.text() == "shot"]
-    same.trigger()
     assert browser.row_sources() == images and len(snapshots_in(snap_dir)) == 8
 
-    [move] = [a for a in thumb.menu_move.actions() if a.text() == "other"]
-    move.trigger()
+    move_action(thumb, "other").trigger()
 
     assert browser.row_sources() == [images[2]]
     assert snapshots_in(other) == ["1001_comp.jpg", "1001_comp.xml",
@@ -294,11 +277,8 @@ def test_a_move_failing_half_way_puts_the_triad_back_and_says_where(rig, snap_di
     before = snapshots_in(snap_dir)
     browser = rig.show_snapshot_browser()
     select_rows(browser, (0, 0), (1, 1))
-    thumb = browser.get_thumbnails_list()[0]
-    thumb.show_right_click_menu()
-    [move] = [a for a in thumb.menu_move.actions() if a.text() == "other"]
 
-    move.trigger()
+    move_action(browser.get_thumbnails_list()[0], "other").trigger()
 
     # The first snapshot got there whole; the second stayed whole; the rows all stay.
     err = capsys.readouterr().err
@@ -309,18 +289,13 @@ def test_a_move_failing_half_way_puts_the_triad_back_and_says_where(rig, snap_di
     assert browser.row_sources() == images
 
 
-@pytest.mark.parametrize("answer, flushed", [("flush 'shot'", True), ("cancel", False)])
-def test_flush_asks_then_empties_the_directory_but_keeps_folders(rig, snap_dir, answer, flushed,
-                                                                 monkeypatch, helper):
+@pytest.mark.parametrize("flushed", [True, False], ids=["flush", "cancel"])
+def test_flush_asks_then_empties_the_directory_but_keeps_folders(rig, snap_dir, asked, flushed):
     for i in range(3):
         write_snapshot(snap_dir, 1000 + i)
     (snap_dir / "notes.txt").write_text("x")
     (snap_dir / "keep").mkdir()
-    asked = []
-    monkeypatch.setattr(helper, "ask_dialog",
-                        lambda title, message, process_label="ok", color_process=None:
-                        asked.append((title, message, process_label, color_process))
-                        or process_label == answer)
+    asked.answer = flushed
     browser = rig.show_snapshot_browser()
     browser.combo_snapshot_dir.addItem("shot")
 
@@ -354,9 +329,7 @@ def test_comment_editor_saves_keeps_the_flag_and_replaces_an_open_editor(rig, he
     assert not second.isVisible()
     assert helper.load_metadata(src) == {"comment": "fix the edge\n<b>not bold</b>",
                                          "flag": "10,20,30"}
-    thumb = browser.get_thumbnails_list()[0]
-    assert not thumb.label_comment.isHidden()
-    assert thumb.label_comment.pos().toTuple() == (20, 0)
+    assert not browser.get_thumbnails_list()[0].label_comment.isHidden()
 
     # A snapshot without metadata gets its document at the first save; cancel writes nothing.
     bare_xml = os.path.splitext(bare)[0] + ".xml"

@@ -53,30 +53,23 @@ def test_the_image_and_the_graph_its_mode_asks_for_are_written(
         assert pasted_classes(nuke, nk) == expected
 
 
-def test_the_temporary_nodes_are_built_as_the_render_needs_them(rig, nuke, comp, snap_dir,
-                                                                monkeypatch):
-    seen = {}
+def test_the_render_is_of_the_viewed_node_at_this_frame_at_full_size(rig, nuke, comp, snap_dir,
+                                                                      monkeypatch):
+    seen = []
     real_execute = nuke.execute
+    monkeypatch.setattr(nuke, "execute", lambda node, first, last: (
+        seen.append((node["file"].value(), first, last, nuke.thisGroup().input(0).name(),
+                     nuke.root()["proxy"].value())),
+        real_execute(node, first, last))[1])
+    nuke.frame(7)
+    nuke.root()["proxy"].setValue(True)
 
-    def execute(node, first, last):
-        group = nuke.thisGroup()
-        seen.update(file=node["file"].value(), frames=(first, last), frame=nuke.frame(),
-                    group=(group.name(), int(group["tile_color"].value()), group.xpos(),
-                           group.ypos(), group.input(0).name()),
-                    width=nuke.allNodes("Reformat")[0]["box_width"].value())
-        return real_execute(node, first, last)
-
-    monkeypatch.setattr(nuke, "execute", execute)
-    comp["grade"].setXYpos(10, 60)
     rig.snapshot()
 
     [image] = taken(snap_dir, ".jpg")
-    assert seen["file"] == image.replace(os.sep, "/")
-    assert seen["frames"] == (seen["frame"], seen["frame"])
-    name, tile_color, x, y, source = seen["group"]
-    assert re.match(r"^snapshot_\d+$", name) and tile_color == 0x089AFDFF
-    assert (x, y, source) == (10, 140, "Grade1")
-    assert int(seen["width"]) == 240
+    assert seen == [(image, 7, 7, "Grade1", False)]
+    # Proxy mode is back on afterwards; during the render it would have halved the image.
+    assert nuke.root()["proxy"].value() is True and image_size(image)[0] == 240
 
 
 def fake_viewer(nuke, monkeypatch, active_input, node):
@@ -155,19 +148,6 @@ def test_a_failed_render_says_so_once_and_leaves_no_trace(
     assert nuke.root()["proxy"].value() is proxy
     assert snapshots_in(snap_dir) == []
     assert helper.load_settings()["current_snapshot_preview"] == "/earlier/snapshot.jpg"
-
-
-def test_proxy_mode_is_off_for_the_render_and_back_afterwards(rig, nuke, comp, snap_dir,
-                                                              monkeypatch):
-    during = []
-    real_execute = nuke.execute
-    monkeypatch.setattr(nuke, "execute", lambda *a: (during.append(nuke.root()["proxy"].value()),
-                                                     real_execute(*a)))
-    nuke.root()["proxy"].setValue(True)
-    rig.snapshot()
-    assert during == [False] and nuke.root()["proxy"].value() is True
-    # Full size: proxy mode would have halved the image.
-    assert image_size(taken(snap_dir, ".jpg")[0])[0] == 240
 
 
 def test_a_host_failure_after_the_group_is_made_still_cleans_up(rig, nuke, comp, snap_dir, graph,
