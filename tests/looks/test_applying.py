@@ -78,27 +78,24 @@ def test_inputs_are_taken_from_the_dependencies(rig, nuke, wired, expected):
     assert [new.input(i) for i in expected] == [feeds[i] for i in wired]
 
 
-def test_a_missing_copy_is_reported_and_the_node_stays(rig, nuke, chain, host):
+@pytest.mark.parametrize("gone, messages", [("copy", ["cannot find preset node"]),
+                                           ("container", [])])
+def test_a_missing_copy_or_container_leaves_the_node(rig, nuke, chain, host, gone, messages):
     _, blur, grade = chain
     store(blur)
-    for copy in stored_copies(nuke).values():
-        with nuke.allNodes("Group")[0]:
-            nuke.delete(copy)
+    container = nuke.allNodes("Group")[0]
+    if gone == "copy":
+        with container:
+            for copy in container.nodes():
+                nuke.delete(copy)
+    else:
+        nuke.delete(container)
+    grade.selectOnly()
 
     assert rig.apply_preset(blur, blur["look_preset_1"].tooltip(), "1") is None
-    assert host.messages == ["cannot find preset node"]
+    assert host.messages == messages and nuke.selectedNodes() == [blur]
     assert nuke.toNode("Blur1") is blur and grade.input(0) is blur
     assert nuke.allNodes("Dot") == []
-
-
-def test_without_container_nothing_happens_but_the_selection(rig, nuke, chain, host):
-    _, blur, grade = chain
-    store(blur)
-    nuke.delete(nuke.allNodes("Group")[0])
-    grade.selectOnly()
-    assert rig.apply_preset(blur, blur["look_preset_1"].tooltip(), 1) is None
-    assert host.messages == [] and nuke.selectedNodes() == [blur]
-    assert nuke.toNode("Blur1") is blur
 
 
 def test_a_node_without_look_tab_takes_its_look_all_the_same(rig, nuke, chain, host):
