@@ -57,11 +57,9 @@ def test_refused_classes_are_compared_as_exact_text(rig, blur, monkeypatch, node
 
 def test_an_existing_looks_tab_is_left_as_it_is(rig, nuke, blur, host):
     blur.addKnob(nuke.Tab_Knob("looks", "my own looks"))
-    rig.create_looks_widgets(blur)
-    assert look_part(blur) == ["looks"]
-
-    rig.create_looks_widgets(blur)
-    assert host.messages == []
+    for _ in range(2):
+        rig.create_looks_widgets(blur)
+    assert look_part(blur) == ["looks"] and host.messages == []
 
 
 def test_a_tab_that_lost_its_buttons_does_not_get_them_back(rig, blur):
