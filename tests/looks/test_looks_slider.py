@@ -36,7 +36,7 @@ def test_the_window_opens_left_of_the_cursor_at_the_remembered_look(rig, nuke, c
 
     assert rig.slider is window and window.isVisible()
     widget = window.widget
-    assert widget.objectName() == "SliderPanel" and widget.size() == QtCore.QSize(400, 40)
+    assert widget.size() == QtCore.QSize(400, 40)
     assert widget.windowFlags() & QtCore.Qt.FramelessWindowHint
     assert widget.pos() == CURSOR + QtCore.QPoint(-left, -15)
     assert (window.slider.minimum(), window.slider.maximum()) == (1, 3)
@@ -101,8 +101,6 @@ def test_escape_always_closes_and_e_only_when_set(rig, nuke, chain, open_slider,
     helper.update_xml("release_hotkey_closes_slider", setting)
     blur.selectOnly()
     window = open_slider()
-    assert window.auto_release == closes_on_e
-    assert window.settings["release_hotkey_closes_slider"] == setting
 
     press(qtbot, window, QtCore.Qt.Key_E)
     assert window.isVisible() != closes_on_e

@@ -18,8 +18,6 @@ def test_first_and_second_store_make_knobs_copies_and_one_container(rig, nuke, c
     first, second = blur["look_preset_1"], blur["look_preset_2"]
     assert (first.label(), second.label()) == ("1", "2")
     assert first.tooltip() != second.tooltip()
-    assert first.command() == ("import cobaltRig.osl as lk;lk.apply_preset(nuke.thisNode(), "
-                               "'{}', '1')".format(first.tooltip()))
     assert blur["label"].value() == "artist's label" and blur["looks"].tooltip() == ""
 
     [container] = [n for n in nuke.allNodes("Group")]
@@ -61,13 +59,6 @@ def test_ignore_list_is_split_at_commas_only(rig, nuke, chain, ignore, stored):
     if not stored:  # nothing at all happened, the selection included
         assert nuke.selectedNodes() == [grade] and blur.knob("looks") is None
         assert nuke.allNodes("Group") == []
-
-
-def test_a_class_without_look_tab_is_stored_all_the_same(rig, nuke):
-    helper.update_xml("presetnodes_ignore", "Dot")
-    viewer = nuke.createNode("Viewer", inpanel=False)
-    rig.set_look(viewer)
-    assert look_knobs(viewer) == ["look_preset_1"] and viewer.knob("looks") is None
 
 
 def test_all_inputs_of_a_multi_input_node_are_cut_in_the_copy(rig, nuke, chain):

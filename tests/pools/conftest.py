@@ -60,19 +60,14 @@ def messages(helper, monkeypatch):
     return shown
 
 
-class AskDialog:
-    def __init__(self):
-        self.calls = []
-        self.reply = False
-
-    def __call__(self, title, message, process_label="ok", color_process=None):
-        self.calls.append((title, message, process_label, color_process))
-        return self.reply
-
-
 @pytest.fixture
 def ask(helper, monkeypatch):
-    fake = AskDialog()
+    """Stands in for the question dialog: records each call in `ask.calls`, answers `ask.reply`."""
+    def fake(title, message, process_label="ok", color_process=None):
+        fake.calls.append((title, message, process_label, color_process))
+        return fake.reply
+
+    fake.calls, fake.reply = [], False
     monkeypatch.setattr(helper, "ask_dialog", fake)
     return fake
 

@@ -38,19 +38,17 @@ def test_the_look_tab_buttons_open_the_windows_for_that_node_alone(rig, nuke, po
     assert rig.i.isVisible() and rig.i.combo_pool.currentText() == "main"
 
 
-@pytest.mark.parametrize("open_window, button", [
-    (lambda rig, nuke: rig.export_preset(nuke.nodes.Blur(), "signal value"), "push_cancel"),
-    (lambda rig, nuke: rig.import_preset("signal value"), "push_close"),
-])
-def test_escape_and_the_button_close_the_window(rig, nuke, pool, qtbot, open_window, button):
-    open_window(rig, nuke)
-    window = rig.exportwindow if button == "push_cancel" else rig.i
-    qtbot.keyClick(window.input_name, QtCore.Qt.Key_Escape)
-    assert not window.isVisible()
-    open_window(rig, nuke)
-    window = rig.exportwindow if button == "push_cancel" else rig.i
-    qtbot.mouseClick(getattr(window, button), QtCore.Qt.LeftButton)
-    assert not window.isVisible()
+@pytest.mark.parametrize("open_window, slot, button", [
+    (lambda rig, nuke: rig.export_preset(nuke.nodes.Blur(), "signal value"), "exportwindow",
+     "push_cancel"),
+    (lambda rig, nuke: rig.import_preset("signal value"), "i", "push_close"),
+], ids=["export", "import"])
+def test_escape_and_the_button_close_the_window(rig, nuke, pool, qtbot, open_window, slot, button):
+    for close in (lambda w: qtbot.keyClick(w.input_name, QtCore.Qt.Key_Escape),
+                  lambda w: qtbot.mouseClick(getattr(w, button), QtCore.Qt.LeftButton)):
+        open_window(rig, nuke)
+        close(getattr(rig, slot))
+        assert not getattr(rig, slot).isVisible()
 
 
 def test_opening_twice_leaves_the_second_window_which_read_pool_and_settings_anew(

@@ -186,36 +186,3 @@ def test_a_preset_imported_from_a_look_tab_inside_a_group_lands_in_that_group(ri
 
     assert [n.Class() for n in nuke.allNodes()] == ["Group"]
     assert sorted(n.Class() for n in group.nodes()) == ["Blur", "Grade"]
-
-
-@pytest.mark.parametrize("layout, words", [
-    ("missing", "doesn't exist"),
-    ("file", "is not a folder"),
-    ("unknown", "No folder is known for this pool"),
-])
-@pytest.mark.parametrize("open_window", [
-    lambda rig, nuke: rig.import_preset(),
-    lambda rig, nuke: rig.show_export_window(nuke.nodes.Blur()),
-])
-def test_an_unusable_pool_says_so_in_the_window(rig, nuke, make_pool, helper, layout, words, open_window):
-    from PySide2 import QtWidgets
-
-    pool = make_pool("gone", "nodes/")
-    if layout == "unknown":
-        helper.update_xml("current_pool", "no such pool")
-    else:
-        for child in pool.iterdir():
-            child.rmdir()
-        pool.rmdir()
-        if layout == "file":
-            pool.write_text("not a folder")
-    window = open_window(rig, nuke)
-    notice = window.tree.viewport().findChild(QtWidgets.QLabel, "label_pool_problem")
-    assert window.tree.topLevelItemCount() == 0
-    assert notice.isVisible() and words in notice.text()
-
-    if layout != "unknown":  # the drive comes back: the notice goes with the next refresh
-        pool.unlink(missing_ok=True)
-        (pool / "nodes").mkdir(parents=True)
-        window.populate_tree()
-        assert window.tree.topLevelItemCount() == 1 and not notice.isVisible()

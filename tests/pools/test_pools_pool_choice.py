@@ -4,7 +4,7 @@ behind both."""
 import xml.etree.ElementTree as ET
 
 import pytest
-from PySide2 import QtCore
+from PySide2 import QtCore, QtWidgets
 
 SETTINGS = """<?xml version='1.0' encoding='utf-8'?>
 <cobaltRig>
@@ -84,20 +84,38 @@ def test_new_pool_opens_the_panel_and_changes_nothing_else(rig, helper, two_pool
     assert settings_bytes(helper) == before
 
 
-@pytest.mark.parametrize("damage", ["unknown pool name", "pool folder gone"])
-def test_an_unusable_pool_gives_an_empty_tree_and_makes_no_folder(rig, nuke, helper, make_pool,
-                                                                   damage):
-    pool = make_pool("main", "nodes/")
-    if damage == "unknown pool name":
-        helper.update_xml("current_pool", "gone")
+@pytest.mark.parametrize("layout, words", [
+    ("missing", "doesn't exist"),
+    ("file", "is not a folder"),
+    ("unknown", "No folder is known for this pool"),
+])
+@pytest.mark.parametrize("open_window", [
+    lambda rig, nuke: rig.import_preset(),
+    lambda rig, nuke: rig.show_export_window(nuke.nodes.Blur()),
+], ids=["import", "export"])
+def test_an_unusable_pool_says_so_in_the_window_and_makes_no_folder(
+        rig, nuke, make_pool, helper, layout, words, open_window):
+    pool = make_pool("gone", "nodes/")
+    if layout == "unknown":
+        helper.update_xml("current_pool", "no such pool")
     else:
-        pool.joinpath("nodes").rmdir()
+        (pool / "nodes").rmdir()
         pool.rmdir()
-    window = rig.show_export_window(nuke.nodes.Blur())
-    assert window.combo_pool.currentIndex() == 0
-    assert window.combo_pool.toolTip() == ("" if damage == "unknown pool name" else str(pool))
+        if layout == "file":
+            pool.write_text("not a folder")
+    window = open_window(rig, nuke)
+    notice = window.tree.viewport().findChild(QtWidgets.QLabel, "label_pool_problem")
     assert window.tree.topLevelItemCount() == 0
+    assert notice.isVisible() and words in notice.text()
+    assert window.combo_pool.currentIndex() == 0
+    assert window.combo_pool.toolTip() == ("" if layout == "unknown" else str(pool))
     assert not (pool / "nodes" / "Blur").exists()
+
+    if layout != "unknown":  # the drive comes back: the notice goes with the next refresh
+        pool.unlink(missing_ok=True)
+        (pool / "nodes").mkdir(parents=True)
+        window.populate_tree()
+        assert window.tree.topLevelItemCount() == 1 and not notice.isVisible()
 
 
 def test_the_size_slider_stores_the_size_and_resizes_only_its_own_tree(rig, nuke, helper,

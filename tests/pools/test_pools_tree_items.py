@@ -3,14 +3,12 @@ package's own, through a studio's replacement when there is one, and never leavi
 an item object that points at freed memory."""
 
 import pytest
-from PySide2 import QtCore
+from PySide2 import QtCore, QtWidgets
 
 
 def states(window, user):
     """What a user sees of every item: label, icon image, enabled, selected, expanded, and where
     its row is on screen."""
-    from PySide2 import QtWidgets
-
     window.widget.show()
     QtWidgets.QApplication.processEvents()
     return {path: (item.text(0), item.icon(0).pixmap(16, 16).toImage(), item.isDisabled(),
@@ -70,8 +68,6 @@ def test_an_item_held_by_a_script_across_a_rebuild_fails_cleanly(rig, pool, user
 
 
 def test_the_helper_still_makes_items_for_any_tree(qtbot, helper):
-    from PySide2 import QtWidgets
-
     tree = QtWidgets.QTreeWidget()
     qtbot.addWidget(tree)
     top = helper.build_tree_widget_item(tree, "pool", "/p", False, False, is_dir=True)
