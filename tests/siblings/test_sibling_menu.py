@@ -57,31 +57,21 @@ def test_start_up_registers_without_opening_anything(started_host):
     assert os.path.isfile(os.path.join(started_host.plugin_paths[0], "look_star.png"))
 
 
-@pytest.mark.parametrize(
-    "operation, hotkey",
-    [
-        ("batch_set_look", "store_look"),
-        ("delete_selected_nodes_looks", "delete_looks"),
-        ("show_looks_slider", "looks_slider"),
-        ("showRezSlider", "resolution_slider"),
-        ("export_nodes", "export_nodes"),
-        ("import_preset", "import_preset"),
-        ("snapshot", "snapshot"),
-        ("show_snapshot_browser", "snapshot_browser"),
-        ("show_settings", "settings"),
-    ],
-)
+@pytest.mark.parametrize("operation, hotkey", [
+    ("batch_set_look", "store_look"), ("delete_selected_nodes_looks", "delete_looks"),
+    ("show_looks_slider", "looks_slider"), ("showRezSlider", "resolution_slider"),
+    ("export_nodes", "export_nodes"), ("import_preset", "import_preset"), ("snapshot", "snapshot"),
+    ("show_snapshot_browser", "snapshot_browser"), ("show_settings", "settings"),
+])
 def test_each_entry_calls_its_operation_with_its_hotkey(started_host, monkeypatch, operation, hotkey):
     calls = []
     module = types.ModuleType("cobaltRig.cobaltRig_w")
     setattr(module, operation, lambda: calls.append(operation))
     monkeypatch.setitem(sys.modules, "cobaltRig.cobaltRig_w", module)
-
     entries = [(cmd, key) for cmd, key, icon in commands(started_host).values() if named(cmd, operation)]
     assert len(entries) == 1
     command, shortcut = entries[0]
     assert shortcut == helper.load_hotkeys()[hotkey]
-
     command()
     assert calls == [operation]
 
@@ -89,6 +79,5 @@ def test_each_entry_calls_its_operation_with_its_hotkey(started_host, monkeypatc
 def test_an_operation_missing_from_the_build_is_reported_not_raised(started_host, monkeypatch):
     monkeypatch.setitem(sys.modules, "cobaltRig.cobaltRig_w", types.ModuleType("cobaltRig.cobaltRig_w"))
     command = [cmd for cmd, key, icon in commands(started_host).values() if named(cmd, "snapshot")][0]
-
     assert command() is None
     assert len(started_host.messages) == 1 and "snapshot" in started_host.messages[0]
