@@ -142,22 +142,7 @@ def drag(widget, start, end):
     send(QtCore.QEvent.MouseButtonRelease, end, QtCore.Qt.NoButton)
 
 
-def test_a_rubber_band_selects_what_it_touches_and_a_drag_moves_the_node(demo):
-    demo.graph.frame_all()
-    view, blur, merge = demo.graph, nuke.toNode("Blur1"), nuke.toNode("Merge1")
-    corner = view.mapFromScene(QtCore.QPointF(-30, blur.ypos() - 8))
-    far = view.mapFromScene(QtCore.QPointF(blur.xpos() + 40, merge.ypos() + 8))
-    drag(view.viewport(), QtCore.QPointF(corner), QtCore.QPointF(far))
-    assert [n.name() for n in nuke.selectedNodes()] == ["Blur1", "Merge1"]
-    start = view.mapFromScene(QtCore.QPointF(blur.xpos() + 10, blur.ypos() + 9))
-    end = view.mapFromScene(QtCore.QPointF(blur.xpos() + 10, blur.ypos() + 9 + 50))
-    y_blur, y_merge = blur.ypos(), merge.ypos()
-    drag(view.viewport(), QtCore.QPointF(start), QtCore.QPointF(end))
-    # Both selected nodes move together, by about the distance dragged.
-    assert abs(blur.ypos() - (y_blur + 50)) <= 2 and blur.ypos() - y_blur == merge.ypos() - y_merge
-
-
-def test_undo_and_redo_in_the_edit_menu_take_a_drag_and_a_delete_as_one_step_each(demo):
+def test_a_rubber_band_selects_a_drag_moves_and_undo_takes_back_each_step(demo):
     edit = {a.text(): a for a in demo.menuBar().actions()}["&Edit"].menu()
     edit.aboutToShow.emit()
     actions = {a.text().split()[0]: a for a in edit.actions() if a.text()}
@@ -166,14 +151,18 @@ def test_undo_and_redo_in_the_edit_menu_take_a_drag_and_a_delete_as_one_step_eac
     assert not actions["&Redo"].isEnabled()
     demo.graph.frame_all()
     view, blur, merge = demo.graph, nuke.toNode("Blur1"), nuke.toNode("Merge1")
-    blur.selectOnly()
-    merge.setSelected(True)
-    demo.sync()
+    corner = view.mapFromScene(QtCore.QPointF(-30, blur.ypos() - 8))
+    far = view.mapFromScene(QtCore.QPointF(blur.xpos() + 40, merge.ypos() + 8))
+    drag(view.viewport(), QtCore.QPointF(corner), QtCore.QPointF(far))
+    assert [n.name() for n in nuke.selectedNodes()] == ["Blur1", "Merge1"]
     placed = [(n.xpos(), n.ypos()) for n in (blur, merge)]
     start = view.mapFromScene(QtCore.QPointF(blur.xpos() + 10, blur.ypos() + 9))
     end = view.mapFromScene(QtCore.QPointF(blur.xpos() + 10, blur.ypos() + 9 + 50))
     drag(view.viewport(), QtCore.QPointF(start), QtCore.QPointF(end))
     moved = [(n.xpos(), n.ypos()) for n in (blur, merge)]
+    # Both selected nodes move together, by about the distance dragged.
+    assert abs(moved[0][1] - (placed[0][1] + 50)) <= 2
+    assert moved[0][1] - placed[0][1] == moved[1][1] - placed[1][1]
     actions["&Delete"].trigger()
     assert nuke.toNode("Blur1") is None and nuke.toNode("Merge1") is None
     actions["&Undo"].trigger()
@@ -288,23 +277,17 @@ def test_a_kept_sample_it_cannot_read_is_named_and_left_as_it_is(tmp_path):
     assert (data / "sample.nk").read_text() == '{"nodes": []}'
 
 
-def test_headless_dialogs_are_answered_at_once_and_shown_in_the_console(tmp_path):
-    scenario = tmp_path / "dialogs.py"
-    scenario.write_text(
+def test_headless_dialogs_are_answered_at_once_and_a_failing_scenario_ends_the_run(tmp_path):
+    dialogs, broken = tmp_path / "dialogs.py", tmp_path / "broken.py"
+    dialogs.write_text(
         "from cobaltRig import helper\n"
         "helper.show_message_box(None, 'Please set a viewer input.')\n"
         "nuke.message('recorded only')\n"
         "open(folder + '/done.txt', 'w').write(repr(hostctl.messages))\n")
+    broken.write_text("nuke.toNode('NoSuchNode').name()\n")
     data = tmp_path / "data"
-    result = run_demo(tmp_path, "--offscreen", "--data", str(data), "--scenario", str(scenario))
-    assert result.returncode == 0, result.stderr
+    result = run_demo(tmp_path, "--offscreen", "--data", str(data), "--scenario", str(dialogs),
+                      "--scenario", str(broken))
+    assert result.returncode == 1 and "AttributeError" in result.stderr
     assert "[dialog] cobaltRig: Please set a viewer input." in result.stderr
     assert (data / "done.txt").read_text() == "['recorded only']"
-
-
-def test_a_failing_scenario_ends_the_headless_run_with_an_error(tmp_path):
-    scenario = tmp_path / "broken.py"
-    scenario.write_text("nuke.toNode('NoSuchNode').name()\n")
-    result = run_demo(tmp_path, "--offscreen", "--data", str(tmp_path / "data"), "--scenario",
-                      str(scenario))
-    assert result.returncode == 1 and "AttributeError" in result.stderr

@@ -8,29 +8,21 @@ import shiboken2
 from PySide2 import QtCore
 
 
-def open_import(rig, nuke, pool_home):
-    return rig.import_preset()
-
-
-def open_export(rig, nuke, pool_home):
-    return rig.show_export_window(nuke.nodes.Blur())
-
-
-def open_look_slider(rig, nuke, pool_home):
-    blur = nuke.nodes.Blur()
-    blur.setSelected(True)
+def open_look_slider(rig, nuke):
+    nuke.nodes.Blur().setSelected(True)
     return rig.show_looks_slider()
 
 
-def open_rez_slider(rig, nuke, pool_home):
+def open_rez_slider(rig, nuke):
     nuke.createNode("Viewer", inpanel=False)["downrez"].setValue("2.0")
     return rig.showRezSlider()
 
 
 # (slot, opener, the name in the message, a method call that reaches the window's own code)
 WINDOWS = [
-    ("i", open_import, "import", lambda w: w.populate_tree()),
-    ("exportwindow", open_export, "export", lambda w: w.get_mode()),
+    ("i", lambda rig, nuke: rig.import_preset(), "import", lambda w: w.populate_tree()),
+    ("exportwindow", lambda rig, nuke: rig.show_export_window(nuke.nodes.Blur()), "export",
+     lambda w: w.get_mode()),
     ("slider", open_look_slider, "look slider", lambda w: w.set_slider_index(1)),
     ("rezslider", open_rez_slider, "resolution slider", lambda w: w.update_widgets("slider")),
 ]
@@ -57,7 +49,6 @@ KILLS = [pytest.param(delete_later, id="deleteLater"),
 @pytest.fixture
 def pool_home(tmp_path, settings_home):
     from cobaltRig import helper
-
     pool = tmp_path / "pool"
     (pool / "nodes").mkdir(parents=True)
     helper.save_pools({"main": str(pool)})
@@ -69,16 +60,15 @@ def pool_home(tmp_path, settings_home):
 @pytest.mark.parametrize("slot, opener, what, call", WINDOWS, ids=[w[2] for w in WINDOWS])
 def test_a_window_deleted_elsewhere_raises_and_reopens(rig, nuke, pool_home, kill, slot, opener,
                                                        what, call):
-    dead = opener(rig, nuke, pool_home)
+    dead = opener(rig, nuke)
     assert dead is not None and dead.isVisible()
     kill(dead)
-
     message = f"the {what} window was closed"
     for use in (call, lambda w: w.isVisible(), lambda w: w.widget, lambda w: w.close()):
         with pytest.raises(RuntimeError, match=message):
             use(dead)
 
-    fresh = opener(rig, nuke, pool_home)
+    fresh = opener(rig, nuke)
     try:
         assert fresh is not dead
         assert getattr(rig, slot) is fresh

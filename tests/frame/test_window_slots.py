@@ -7,10 +7,8 @@ import pytest
 
 def test_show_settings_replaces_the_open_window(rig, qtbot):
     rig.__dict__.pop("settingswindow", None)
-
     first = rig.show_settings()
     assert rig.settingswindow is first and first.isVisible()
-
     second = rig.show_settings("extra signal value")
     assert rig.settingswindow is second
     assert second is not first
@@ -37,7 +35,6 @@ def test_failures_of_the_old_window_are_swallowed(rig, monkeypatch, capsys, old)
 
 def test_failed_construction_propagates_and_leaves_the_slot_unset(rig, monkeypatch):
     from cobaltRig import settings
-
     rig.show_settings().close()
 
     def refuse():

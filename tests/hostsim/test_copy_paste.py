@@ -38,8 +38,7 @@ def test_copy_and_paste_round_trip_every_knob_under_a_fresh_name(target, tmp_pat
     node.selectOnly()
     assert nuke.nodeCopy(where) is True
     pasted = nuke.nodePaste(where)
-    assert pasted is not node and pasted.Class() == "Blur"
-    assert pasted.name() == "Blur2"
+    assert pasted is not node and (pasted.Class(), pasted.name()) == ("Blur", "Blur2")
     assert knob_facts(pasted) == knob_facts(node)
     assert pasted["look_preset_1"].command() == "print('apply abc123')"
     assert nuke.selectedNodes() == [pasted] and not node.isSelected()
@@ -54,25 +53,6 @@ def test_copy_without_selection_writes_nothing(tmp_path):
     nuke.nodes.Blur().selectOnly()
     hostctl.set_copy_writes_nothing()
     assert nuke.nodeCopy(str(path)) is True and not path.exists()
-    hostctl.reset()
-    nuke.nodes.Blur().selectOnly()
-    assert nuke.nodeCopy(str(path)) is True and path.read_text().startswith("set cut_paste_input")
-
-
-def test_paste_hooks_the_first_chain_start_onto_the_selected_node():
-    source = nuke.nodes.Blur()
-    top = nuke.nodes.Grade(inputs=[source])
-    bottom = nuke.nodes.Dot(inputs=[top])
-    top.selectOnly()
-    bottom.setSelected(True)
-    nuke.nodeCopy(CLIP)
-    target = nuke.nodes.Constant()
-    target.selectOnly()
-    last = nuke.nodePaste(CLIP)
-    new_top = last.input(0)
-    assert last.Class() == "Dot" and new_top.Class() == "Grade"
-    assert new_top.input(0) is target
-    assert set(nuke.selectedNodes()) == {new_top, last}
 
 
 def test_paste_after_clearing_the_selection_connects_nothing():
@@ -98,30 +78,6 @@ def test_paste_lands_in_the_group_context_and_selects_only_there():
     assert container.nodes() == [stored] and stored.name() == "Blur1"
     assert stored.input(0) is None and stored.isSelected()
     assert nuke.selectedNodes() == [blur]
-
-
-def test_groups_copy_with_their_contents_and_wiring():
-    group = nuke.nodes.Group()
-    with group:
-        feed = nuke.nodes.Input()
-        blur = nuke.nodes.Blur(inputs=[feed], size=2.0)
-        nuke.nodes.Output(inputs=[blur])
-    group.selectOnly()
-    nuke.nodeCopy(CLIP)
-    copy = nuke.nodePaste(CLIP)
-    names = [n.name() for n in copy.nodes()]
-    assert names == ["Input1", "Blur1", "Output1"] and copy.maxInputs() == 1
-    assert copy.output().input(0) is copy.node("Blur1")
-    assert copy.node("Blur1")["size"].value() == 2.0
-
-
-def test_paste_of_something_else_fails_with_a_text(tmp_path):
-    path = tmp_path / "not_a_script.nk"
-    path.write_text("hello")
-    with pytest.raises(RuntimeError, match="not_a_script"):
-        nuke.nodePaste(str(path))
-    with pytest.raises(RuntimeError):
-        nuke.nodePaste(str(tmp_path / "missing.nk"))
 
 
 def test_make_group_holds_copies_wired_as_before():
@@ -155,20 +111,6 @@ def test_root_name_follows_save_as_but_not_save_to_another_file(tmp_path):
     nuke.scriptSaveAs(shot)
     assert nuke.root().name() == shot and nuke.scriptName() == shot
     assert " name {}\n".format(shot) in open(shot).read()
-
-
-def test_saved_script_opens_again_with_root_settings_and_connections(tmp_path):
-    path = str(tmp_path / "comp.nk")
-    read = nuke.nodes.Read(file="/plates/a.exr")
-    viewer = nuke.nodes.Viewer(inputs=[read])
-    nuke.root()["proxy"].setValue(True)
-    nuke.scriptSaveAs(path)
-    nuke.scriptClear()
-    nuke.scriptOpen(path)
-    read, viewer = nuke.toNode("Read1"), nuke.toNode("Viewer1")
-    assert viewer.input(0) is read and read["file"].value() == "/plates/a.exr"
-    assert nuke.root()["proxy"].value() is True and nuke.root().name() == path
-    assert nuke.activeViewer().activeInput() == 0
 
 
 def test_script_clear_resets_graph_selection_clipboard_and_root(tmp_path):

@@ -28,55 +28,6 @@ def small_graph():
     return read, grade, blur, group
 
 
-def create_below_selection(nodes):
-    nuke.createNode("Transform", inpanel=False)
-
-
-def make_unconnected(nodes):
-    nuke.nodes.Constant(color=0.5)
-
-
-def delete_in_the_middle(nodes):
-    nuke.delete(nodes[1])
-
-
-def paste_onto_selection(nodes):
-    nuke.nodeCopy(CLIP)
-    nuke.nodePaste(CLIP)
-
-
-def rewire(nodes):
-    nodes[2].setInput(0, nodes[0])
-
-
-def set_array_knob_at_one_index(nodes):
-    nodes[1]["white"].setValue(2.0, 1)
-
-
-def rename(nodes):
-    nodes[1].setName("warm")
-
-
-def move(nodes):
-    nodes[2].setXYpos(500, 700)
-
-
-def add_user_knobs(nodes):
-    nodes[1].addKnob(nuke.Tab_Knob("looks", "looks"))
-
-
-def remove_a_knob(nodes):
-    nodes[1].removeKnob(nodes[1]["note"])
-
-
-def hide_a_knob(nodes):
-    nodes[1]["note"].setVisible(False)
-
-
-def make_group_of_selection(nodes):
-    nuke.makeGroup(show=False)
-
-
 def work_inside_a_group(nodes):
     with nodes[3]:
         nuke.createNode("Blur", inpanel=False)
@@ -91,15 +42,31 @@ def several_commands_in_a_with_block(nodes):
         node.selectOnly()
 
 
-@pytest.mark.parametrize("command", [
-    create_below_selection, make_unconnected, delete_in_the_middle, paste_onto_selection, rewire,
-    set_array_knob_at_one_index, rename, move, add_user_knobs, remove_a_knob, hide_a_knob,
-    make_group_of_selection, work_inside_a_group, several_commands_in_a_with_block])
+# Each command gets nodes = (read, grade, blur, group) of small_graph().
+COMMANDS = {
+    "create below selection": lambda nodes: nuke.createNode("Transform", inpanel=False),
+    "make unconnected": lambda nodes: nuke.nodes.Constant(color=0.5),
+    "delete in the middle": lambda nodes: nuke.delete(nodes[1]),
+    "paste onto selection": lambda nodes: (nuke.nodeCopy(CLIP), nuke.nodePaste(CLIP)),
+    "rewire": lambda nodes: nodes[2].setInput(0, nodes[0]),
+    "set array knob at one index": lambda nodes: nodes[1]["white"].setValue(2.0, 1),
+    "rename": lambda nodes: nodes[1].setName("warm"),
+    "move": lambda nodes: nodes[2].setXYpos(500, 700),
+    "add user knob": lambda nodes: nodes[1].addKnob(nuke.Tab_Knob("looks", "looks")),
+    "remove a knob": lambda nodes: nodes[1].removeKnob(nodes[1]["note"]),
+    "hide a knob": lambda nodes: nodes[1]["note"].setVisible(False),
+    "make group of selection": lambda nodes: nuke.makeGroup(show=False),
+    "work inside a group": work_inside_a_group,
+    "several commands in a with block": several_commands_in_a_with_block,
+}
+
+
+@pytest.mark.parametrize("command", COMMANDS)
 def test_one_undo_restores_the_script_before_and_one_redo_the_script_after(command):
     nodes = small_graph()
     nuke.Undo.undoTruncate()
     before = script_text()
-    command(nodes)
+    COMMANDS[command](nodes)
     after = script_text()
     assert after != before and nuke.Undo.undoSize() == 1
     nuke.undo()

@@ -1,7 +1,4 @@
-"""Fixtures of the sibling-module tests: answering modal dialogs the way a user would.
-
-Each test already has a settings home of its own (COBALTRIG_HOME), from the suite's shared
-fixtures."""
+"""Fixtures of the sibling-module tests: answering modal dialogs the way a user would."""
 
 import pytest
 from PySide2 import QtCore, QtWidgets
@@ -9,11 +6,8 @@ from PySide2 import QtCore, QtWidgets
 
 @pytest.fixture
 def answer_modal(qapp):
-    """answer_modal(action) runs action(dialog) on the next modal dialog that opens.
-
-    Call it before the code that opens the dialog; a timer keeps looking for the dialog until it
-    is there. An answer that fails closes the dialog, so the test fails instead of hanging.
-    """
+    """answer_modal(action), called before the code that opens the dialog, runs action(dialog) on the
+    next modal dialog. An answer that fails closes the dialog, so the test fails instead of hanging."""
     errors = []
 
     def arm(action, tries=300):

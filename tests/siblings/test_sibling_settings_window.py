@@ -68,9 +68,7 @@ def fill_panel(name, path, button="add pool"):
 
 def test_new_pool_appears_in_the_export_window_and_is_selected(answer_modal, export_window, pool_dir):
     answer_modal(fill_panel("studio", pool_dir))
-
     assert settings.show_panel_new_pool(None, exportwindow=export_window) == "studio"
-
     combo = export_window.combo_pool
     assert [combo.itemText(i) for i in range(combo.count())] == ["default", "studio", settings.NEW_POOL_ENTRY]
     assert combo.currentText() == "studio"
@@ -89,7 +87,6 @@ def test_refused_name_keeps_the_panel_open_with_a_message(answer_modal, export_w
 
     monkeypatch.setattr(helper, "show_message_box", refuse_then_cancel)
     answer_modal(fill_panel("default", pool_dir))
-
     assert settings.show_panel_new_pool(None, exportwindow=export_window) is None
     assert messages == ["A pool named 'default' already exists. Please choose a different name."]
     assert list(helper.load_settings()["pools"]) == ["default"]
@@ -97,9 +94,7 @@ def test_refused_name_keeps_the_panel_open_with_a_message(answer_modal, export_w
 
 def test_cancel_goes_back_to_the_pool_on_show(answer_modal, export_window, pool_dir):
     answer_modal(fill_panel("studio", pool_dir, button="cancel"))
-
     assert settings.show_panel_new_pool(None, exportwindow=export_window) is None
-
     assert export_window.combo_pool.currentText() == "default"
     assert export_window.combo_pool.count() == 2
     assert not os.path.exists(pool_dir)
@@ -111,16 +106,13 @@ def test_settings_window_lists_pools_and_saves_switches(qtbot, pool_dir):
     qtbot.addWidget(window)
     window.show()
     window.raise_()
-
     tree = window.tree_pools
     assert [tree.topLevelItem(i).text(0) for i in range(tree.topLevelItemCount())] == ["default", "studio"]
     assert window.checks["look_icons"].isChecked()
-
     window.checks["look_icons"].setChecked(False)
     window.input_presetnodes_ignore.setText("Viewer, Dot")
     window.spin_icon_size.setValue(31)
     window.push_save.click()
-
     stored = helper.load_settings()
     assert stored["look_icons"] == "False"
     assert (stored["presetnodes_ignore"], stored["icon_size"]) == ("Viewer, Dot", "31")
