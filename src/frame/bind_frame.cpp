@@ -31,7 +31,7 @@ void bind_testing(py::module_& m) {
 
     testing.def(
         "unwrap_roundtrip", [](py::object widget) { return bridge::wrap(bridge::unwrap(widget)); },
-        "The PySide2 object that the C++ side finds behind `widget`.");
+        "The PySide object that the C++ side finds behind `widget`.");
     testing.def(
         "run_guarded",
         [](py::object reaction) {

@@ -1,6 +1,6 @@
 #pragma once
 // A tiny C++ window that exists only for the module's own tests (`cobaltRig_w._testing`): it proves
-// that widgets made in C++ reach Python as PySide2 objects and that a failing reaction is reported
+// that widgets made in C++ reach Python as PySide objects and that a failing reaction is reported
 // without taking the host down.
 
 #include "frame/py_owned.h"

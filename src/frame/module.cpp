@@ -3,6 +3,7 @@
 
 #include "frame/bindings.h"
 #include "frame/host.h"
+#include "frame/qt_compat.h"
 #include "frame/siblings.h"
 #include "frame/window_slots.h"
 
@@ -25,14 +26,22 @@ PYBIND11_MODULE(cobaltRig_w, m) {
     m.doc() = "cobaltRig: looks, preset pools, snapshots and viewer resolution for the host.";
 
     // The host's scripting modules and the widget toolkit come first: nothing below works without
-    // them. This build is written against Qt 5, which the host carries from version 11 on.
+    // them. A build serves the hosts that carry its Qt: Qt 5.15 from version 14 to 15, Qt 6 from 16
+    // on. Saying so here beats the binding's bare import error in the wrong host.
     py::module_::import("nuke");
     py::module_::import("nukescripts");
     const int major = cobaltrig::host::versionMajor();
-    if (major < 11)
-        throw py::import_error("cobaltRig_w needs a host of version 11 or later (Qt 5); this host is "
-                               "version " + std::to_string(major) + ".");
-    py::module_::import("PySide2.QtWidgets");
+#if QT_VERSION_MAJOR >= 6
+    const bool fits = major >= 16;
+    const char* serves = "version 16 or later (Qt 6, PySide6)";
+#else
+    const bool fits = major >= 14 && major < 16;
+    const char* serves = "version 14 or 15 (Qt 5.15, PySide2)";
+#endif
+    if (!fits)
+        throw py::import_error(std::string("this cobaltRig_w was built for a host of ") + serves +
+                               "; this host is version " + std::to_string(major) + ".");
+    py::module_::import(cobaltrig::kPySideWidgets);
 
     // Then the sibling modules of the package.
     cobaltrig::siblings::import_modules(packageOf(m));

@@ -1,6 +1,7 @@
 #include "frame/qt_bridge.h"
 
 #include "frame/py_owned.h"
+#include "frame/qt_compat.h"
 
 #include <QMetaObject>
 #include <QObject>
@@ -12,12 +13,14 @@
 
 namespace cobaltrig::bridge {
 
-namespace {
+py::module_ shiboken() {
+    return py::module_::import(kShiboken);
+}
 
-// The PySide2 class for a C++ class name: Qt's own classes live in one of these modules; our own
-// subclasses are not known to PySide2, so the caller walks up to the nearest Qt base.
-py::object pysideClass(const char* class_name) {
-    for (const char* module : {"PySide2.QtWidgets", "PySide2.QtGui", "PySide2.QtCore"}) {
+// Qt's own classes live in one of these modules; our own subclasses are not known to the binding,
+// so `wrap` walks up to the nearest Qt base.
+py::object pyside_class(const char* class_name) {
+    for (const char* module : {kPySideWidgets, kPySideGui, kPySideCore}) {
         py::module_ qt = py::module_::import(module);
         if (py::hasattr(qt, class_name))
             return qt.attr(class_name);
@@ -25,9 +28,16 @@ py::object pysideClass(const char* class_name) {
     return py::none();
 }
 
-// One PySide2 wrapper per Qt object, alive as long as the object. PySide2 invalidates the wrappers
+std::uintptr_t cpp_pointer(const py::handle& pyside_object) {
+    py::tuple pointers = shiboken().attr("getCppPointer")(pyside_object);
+    return pointers[0].cast<std::uintptr_t>();
+}
+
+namespace {
+
+// One PySide wrapper per Qt object, alive as long as the object. PySide invalidates the wrappers
 // of a wrapper's children when that wrapper dies, so `window.tree.viewport()` would give a dead
-// object if the tree's wrapper were a temporary; a window written in PySide2 keeps its attributes'
+// object if the tree's wrapper were a temporary; a window written in PySide keeps its attributes'
 // wrappers for its whole life, and so does this cache. Never destroyed: Qt objects may outlive
 // static destruction.
 std::unordered_map<QObject*, std::unique_ptr<PyOwned>>& wrappers() {
@@ -47,7 +57,7 @@ void forget(QObject* object) {
     // dangling pointer.
     py::gil_scoped_acquire gil;
     try {
-        py::module_::import("shiboken2").attr("invalidate")(wrapper->get());
+        shiboken().attr("invalidate")(wrapper->get());
     } catch (py::error_already_set&) {
     }
 }
@@ -59,13 +69,12 @@ py::object wrap(QObject* object) {
         return py::none();
     if (auto it = wrappers().find(object); it != wrappers().end())
         return it->second->get();
-    py::module_ shiboken = py::module_::import("shiboken2");
     for (const QMetaObject* meta = object->metaObject(); meta; meta = meta->superClass()) {
-        py::object cls = pysideClass(meta->className());
+        py::object cls = pyside_class(meta->className());
         if (cls.is_none())
             continue;
         py::object wrapper =
-            shiboken.attr("wrapInstance")(reinterpret_cast<std::uintptr_t>(object), cls);
+            shiboken().attr("wrapInstance")(reinterpret_cast<std::uintptr_t>(object), cls);
         wrappers().emplace(object, std::make_unique<PyOwned>(wrapper));
         QObject::connect(object, &QObject::destroyed, [object] { forget(object); });
         return wrapper;
@@ -76,9 +85,7 @@ py::object wrap(QObject* object) {
 QObject* unwrap(const py::handle& pyside_object) {
     if (pyside_object.is_none())
         return nullptr;
-    py::module_ shiboken = py::module_::import("shiboken2");
-    py::tuple pointers = shiboken.attr("getCppPointer")(pyside_object);
-    return reinterpret_cast<QObject*>(pointers[0].cast<std::uintptr_t>());
+    return reinterpret_cast<QObject*>(cpp_pointer(pyside_object));
 }
 
 QWidget* unwrapWidget(const py::handle& pyside_object) {
@@ -89,8 +96,7 @@ QWidget* unwrapWidget(const py::handle& pyside_object) {
 QTreeWidgetItem* unwrapTreeItem(const py::handle& pyside_item) {
     if (pyside_item.is_none())
         return nullptr;
-    py::tuple pointers = py::module_::import("shiboken2").attr("getCppPointer")(pyside_item);
-    return reinterpret_cast<QTreeWidgetItem*>(pointers[0].cast<std::uintptr_t>());
+    return reinterpret_cast<QTreeWidgetItem*>(cpp_pointer(pyside_item));
 }
 
 } // namespace cobaltrig::bridge

@@ -3,7 +3,7 @@
 //
 // Like the host facade, every operation is looked up on its module when it is called, so a user, a
 // test or a newer sibling module can replace it. Windows handed to a sibling as a Qt parent go over
-// as their PySide2 objects. Windows handed over with their own operations go as pybind11 objects,
+// as their PySide objects. Windows handed over with their own operations go as pybind11 objects,
 // through the checking converter that window_slots.h declares for every window source file.
 
 #include "frame/window_slots.h"
@@ -74,7 +74,7 @@ void show_message_box(QWidget* parent, const std::string& text);
 bool ask_dialog(const std::string& title, const std::string& message,
                 const std::string& process_label, const std::string& color_process);
 
-/// A tree item under `parent` (a PySide2 tree or item); returns the PySide2 item.
+/// A tree item under `parent` (a PySide tree or item); returns the PySide item.
 py::object build_tree_widget_item(const py::object& parent, const std::string& label,
                                   const std::string& path, bool disabled, bool selected,
                                   bool expanded, bool is_dir, const py::object& icon = py::none());
@@ -117,7 +117,7 @@ std::string advanced_text(const py::object& mapping, const std::string& key,
                           const std::string& fallback);
 
 /// `helper.build_tree_widget_item` passing only the keywords that are given, so the helper's own
-/// defaults hold for the rest. Returns the PySide2 item, already attached to `parent`.
+/// defaults hold for the rest. Returns the PySide item, already attached to `parent`.
 py::object build_tree_item(const py::object& parent, const std::string& label,
                            const std::string& path, bool disabled, bool selected,
                            std::optional<bool> expanded, std::optional<bool> is_dir,

@@ -89,7 +89,7 @@ namespace pybind11::detail {
 // Every conversion of a Python object to a C++ QObject subclass checks first that the object is
 // still there. The window classes are bound with `self` as a plain reference into memory that Qt
 // may already have freed (a "close all floating windows" script calling deleteLater, or
-// shiboken2.delete on the window's widget); checking here covers every bound method, property and
+// shiboken.delete on the window's widget); checking here covers every bound method, property and
 // cast at once, so no path from Python reaches a deleted window.
 template <class T>
 class type_caster<T, std::enable_if_t<std::is_base_of_v<QObject, T>>> : public type_caster_base<T> {

@@ -124,19 +124,15 @@ void bind_import_window(py::module_& m) {
     bridge::def_widget(cls, "action_delete", &ImportWindow::action_delete);
 }
 
-// The body of `helper.build_tree_widget_item`: the item is made in Python, so that PySide2 owns it
+// The body of `helper.build_tree_widget_item`: the item is made in Python, so that the binding owns it
 // as it owns any item a script makes, and dressed here as the windows dress theirs.
 void dress_tree_widget_item(const py::object& item, const py::object& path, bool disabled,
                             bool selected, bool expanded, const py::object& icon) {
-    py::module_ qt_widgets = py::module_::import("PySide2.QtWidgets");
-    py::module_ qt_gui = py::module_::import("PySide2.QtGui");
-    if (!py::isinstance(item, qt_widgets.attr("QTreeWidgetItem")))
+    if (!py::isinstance(item, bridge::pyside_class("QTreeWidgetItem")))
         throw py::type_error("item must be a QTreeWidgetItem");
-    if (!py::isinstance(icon, qt_gui.attr("QIcon")))
+    if (!py::isinstance(icon, bridge::pyside_class("QIcon")))
         throw py::type_error("icon must be a QIcon");
-    py::module_ shiboken = py::module_::import("shiboken2");
-    auto* icon_ptr = reinterpret_cast<const QIcon*>(
-        py::tuple(shiboken.attr("getCppPointer")(icon))[0].cast<std::uintptr_t>());
+    auto* icon_ptr = reinterpret_cast<const QIcon*>(bridge::cpp_pointer(icon));
     pools::dress_tree_item(bridge::unwrapTreeItem(item), qs(py::str(path).cast<std::string>()),
                            disabled, selected, expanded, *icon_ptr);
 }

@@ -60,7 +60,7 @@ QString failureText() {
 // The file name of an item's path (its last piece), which the search looks in.
 QString fileName(const QTreeWidgetItem* item) {
     const QString path = item->data(0, Qt::UserRole).toString();
-    int slash = path.lastIndexOf(QLatin1Char('/'));
+    auto slash = path.lastIndexOf(QLatin1Char('/'));
     if (separator() != QLatin1Char('/'))
         slash = std::max(slash, path.lastIndexOf(separator()));
     return path.mid(slash + 1);

@@ -151,7 +151,7 @@ public:
             parent ? wrap_item(parent) : bridge::wrap(tree_), label.toStdString(),
             path.toStdString(), disabled, selected, expanded, is_dir, std::move(icon));
         QTreeWidgetItem* item = nullptr;
-        if (py::isinstance(made, py::module_::import("PySide2.QtWidgets").attr("QTreeWidgetItem")))
+        if (py::isinstance(made, bridge::pyside_class("QTreeWidgetItem")))
             item = bridge::unwrapTreeItem(made);
         if (!item)
             throw py::type_error("helper.build_tree_widget_item returned " +
@@ -307,23 +307,21 @@ void clear_pool_tree(QTreeWidget* tree) {
     if (tree->topLevelItemCount() == 0)
         return;
     if (Py_IsInitialized()) {
-        // PySide2 tells its own items' objects when they die; items made here need telling. One
+        // The binding tells its own items' objects when they die; items made here need telling. One
         // look at every live Python object of the process is cheaper than one per item.
         py::gil_scoped_acquire gil;
         try {
             QSet<const QTreeWidgetItem*> mine;
             for (QTreeWidgetItemIterator it(tree); *it; ++it)
                 mine.insert(*it);
-            py::module_ shiboken = py::module_::import("shiboken2");
-            py::object item_class =
-                py::module_::import("PySide2.QtWidgets").attr("QTreeWidgetItem");
+            py::module_ shiboken = bridge::shiboken();
+            py::object item_class = bridge::pyside_class("QTreeWidgetItem");
             for (py::handle wrapper : shiboken.attr("getAllValidWrappers")()) {
                 if (!py::isinstance(wrapper, item_class) ||
                     shiboken.attr("createdByPython")(wrapper).cast<bool>())
                     continue;
-                py::tuple pointers = shiboken.attr("getCppPointer")(wrapper);
                 const auto* item =
-                    reinterpret_cast<const QTreeWidgetItem*>(pointers[0].cast<std::uintptr_t>());
+                    reinterpret_cast<const QTreeWidgetItem*>(bridge::cpp_pointer(wrapper));
                 if (mine.contains(item))
                     shiboken.attr("invalidate")(wrapper);
             }
@@ -338,9 +336,8 @@ py::object wrap_item(QTreeWidgetItem* item) {
     if (!item)
         return py::none();
     // For an item that already has a Python object, shiboken gives that same object back.
-    return py::module_::import("shiboken2")
-        .attr("wrapInstance")(reinterpret_cast<std::uintptr_t>(item),
-                              py::module_::import("PySide2.QtWidgets").attr("QTreeWidgetItem"));
+    return bridge::shiboken().attr("wrapInstance")(reinterpret_cast<std::uintptr_t>(item),
+                                                   bridge::pyside_class("QTreeWidgetItem"));
 }
 
 py::dict dir_items_to_python(const DirItems& dirlist) {

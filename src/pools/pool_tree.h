@@ -73,7 +73,7 @@ int fill_pool_tree(QTreeWidget* tree, QWidget* window, DirItems& dirlist, const 
 /// that a script holding one gets Python's "already deleted" error instead of freed memory.
 void clear_pool_tree(QTreeWidget* tree);
 
-/// The PySide2 object of an item (the same object each time while the item lives).
+/// The PySide object of an item (the same object each time while the item lives).
 pybind11::object wrap_item(QTreeWidgetItem* item);
 
 /// Python's view of the directory items.

@@ -247,7 +247,7 @@ void bind_browser(BrowserClass& cls) {
         .def_property_readonly(
             "xy",
             [](SnapshotBrowser& b) {
-                return py::module_::import("PySide2.QtCore").attr("QPoint")(b.xy.x(), b.xy.y());
+                return bridge::pyside_class("QPoint")(b.xy.x(), b.xy.y());
             })
         // End of input and fades.
         .def("show_help_menu", [](SnapshotBrowser& b, py::args) { b.show_help_menu(); })
@@ -298,10 +298,10 @@ void bind_browser(BrowserClass& cls) {
 #undef COBALTRIG_WIDGET
 }
 
-// A copy of a pixmap as a PySide2 QPixmap (a null pixmap stays null), for scripts that inspect a
+// A copy of a pixmap as a PySide QPixmap (a null pixmap stays null), for scripts that inspect a
 // thumbnail; the table itself never goes this way.
 py::object pixmapObject(const QPixmap& pixmap) {
-    py::object result = py::module_::import("PySide2.QtGui").attr("QPixmap")();
+    py::object result = bridge::pyside_class("QPixmap")();
     if (pixmap.isNull())
         return result;
     QByteArray bytes;

@@ -261,7 +261,7 @@ Metadata load_metadata(const QString& src) {
                 metadata_depth = depth;
             } else if (metadata_depth > 0 && depth == metadata_depth + 1 &&
                        xml.name() == QLatin1String("meta")) {
-                const QStringRef name = xml.attributes().value(QLatin1String("name"));
+                const auto name = xml.attributes().value(QLatin1String("name"));
                 const bool comment = name == QLatin1String("comment") && !comment_found;
                 const bool flag = name == QLatin1String("flag") && !flag_found;
                 const QString text = xml.readElementText(QXmlStreamReader::IncludeChildElements);

@@ -299,7 +299,7 @@ void SnapshotPreviewImage::keyReleaseEvent(QKeyEvent* event) {
         alt_hold = false;
 }
 
-void SnapshotPreviewImage::enterEvent(QEvent* event) {
+void SnapshotPreviewImage::enterEvent(EnterEvent* event) {
     QWidget::enterEvent(event);
     snapshotbrowser->hover_preview = true;
 }

@@ -2,6 +2,8 @@
 // The browser's large view of one snapshot, and the logo label that stands in for it while there is
 // nothing to show. Only one of the two is visible at a time; `set_image` decides which.
 
+#include "frame/qt_compat.h"
+
 #include <QLabel>
 #include <QPixmap>
 #include <QPoint>
@@ -73,7 +75,7 @@ protected:
     void mouseMoveEvent(QMouseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void keyReleaseEvent(QKeyEvent* event) override;
-    void enterEvent(QEvent* event) override;
+    void enterEvent(EnterEvent* event) override;
     void leaveEvent(QEvent* event) override;
 
 private:

@@ -350,7 +350,7 @@ void SnapshotThumbnail::mouseDoubleClickEvent(QMouseEvent* event) {
     guarded("thumbnail double click", [this] { set_to_preview(); });
 }
 
-void SnapshotThumbnail::enterEvent(QEvent* event) {
+void SnapshotThumbnail::enterEvent(EnterEvent* event) {
     QLabel::enterEvent(event);
     snapshotbrowser->current_thumb_src = src;
     snapshotbrowser->hover_thumbnails = true;

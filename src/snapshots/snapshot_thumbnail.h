@@ -3,6 +3,8 @@
 // marks, and the actions on it in a context menu. Cheap to make: the constructor reads the image's
 // size and the metadata only; the pixels come with `load_thumbnail`, when the row is in view.
 
+#include "frame/qt_compat.h"
+
 #include <QImage>
 #include <QLabel>
 #include <QPixmap>
@@ -77,7 +79,7 @@ public:
 protected:
     bool event(QEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
-    void enterEvent(QEvent* event) override;
+    void enterEvent(EnterEvent* event) override;
     void leaveEvent(QEvent* event) override;
 
 private:
