@@ -50,7 +50,7 @@ def main():
         os.environ["COBALTRIG_HOME"] = os.path.join(scratch, "home")
 
         import nuke  # the host owns the QApplication
-        from PySide2 import QtCore, QtWidgets
+        from cobaltRig.qt import QtCore, QtWidgets
 
         from cobaltRig import cobaltRig_w as rig
         from cobaltRig import helper

@@ -17,7 +17,7 @@ told apart. Not a product file: no menus, no actions, no writing.
 
 import os
 
-from PySide2 import QtCore, QtGui, QtWidgets
+from cobaltRig.qt import QtCore, QtGui, QtWidgets
 
 from cobaltRig import helper
 

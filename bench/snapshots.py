@@ -28,7 +28,7 @@ BUILD = os.environ.get("COBALTRIG_BUILD") or os.path.join(os.path.dirname(HERE),
 def make_snapshots(directory, count):
     """count snapshots of one small real jpg, each with a script and a metadata document; one in
     five has a comment, one in seven a flag."""
-    from PySide2 import QtCore, QtGui
+    from cobaltRig.qt import QtCore, QtGui
 
     image = QtGui.QImage(320, 180, QtGui.QImage.Format_RGB32)
     image.fill(QtGui.QColor(70, 110, 160))
@@ -62,7 +62,7 @@ def child(directory, repeat):
     """One process per count, so that the peak RSS is this count's."""
     os.environ["COBALTRIG_HOME"] = os.path.join(os.path.dirname(directory), "home")
     import nuke  # noqa: F401  the host owns the QApplication
-    from PySide2 import QtCore, QtWidgets
+    from cobaltRig.qt import QtCore, QtWidgets
 
     from cobaltRig import cobaltRig_w as rig
     from cobaltRig import helper

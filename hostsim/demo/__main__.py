@@ -69,7 +69,7 @@ def main(argv=None):
 
     import hostctl
     import nuke
-    from PySide2 import QtCore, QtWidgets
+    from cobaltRig.qt import QtCore, QtWidgets
 
     from . import sample
     from .main_window import DemoHost, answer_dialogs_offscreen, apply_dark_style

@@ -6,7 +6,7 @@ to `sys.stdout` and `sys.stderr` here, and still passes it on to the terminal.
 
 import sys
 
-from PySide2 import QtGui, QtWidgets
+from cobaltRig.qt import QtGui, QtWidgets
 
 
 class ConsolePane(QtWidgets.QPlainTextEdit):

@@ -9,7 +9,7 @@ back out.
 """
 
 import nuke
-from PySide2 import QtCore, QtGui, QtWidgets
+from cobaltRig.qt import QtCore, QtGui, QtWidgets
 
 # Colours a node shows while its `tile_color` is 0, by class.
 CLASS_COLORS = {

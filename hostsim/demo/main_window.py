@@ -9,7 +9,7 @@ import sys
 import traceback
 
 import nuke
-from PySide2 import QtCore, QtGui, QtWidgets
+from cobaltRig.qt import QtCore, QtGui, QtWidgets
 
 from .console import ConsolePane
 from .graph_view import GraphView

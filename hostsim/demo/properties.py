@@ -13,7 +13,7 @@ import sys
 import traceback
 
 import nuke
-from PySide2 import QtCore, QtGui, QtWidgets
+from cobaltRig.qt import QtCore, QtGui, QtWidgets
 
 # The host's own knobs of every node, shown on its "Node" tab.
 NODE_TAB_KNOBS = ("label", "note_font", "note_font_size", "tile_color", "hide_input")

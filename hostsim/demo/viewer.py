@@ -7,7 +7,7 @@ selection and label, connections, the root's format and proxy mode), not when a 
 import nuke
 from nuke._render import render, scale_to_width
 from nuke._graph import DOWNREZ_STEPS
-from PySide2 import QtCore, QtGui, QtWidgets
+from cobaltRig.qt import QtCore, QtGui, QtWidgets
 
 # Knobs that change how the graph looks but not what it renders.
 _LAYOUT_KNOBS = ("xpos", "ypos", "selected", "label", "note_font", "note_font_size", "tile_color",

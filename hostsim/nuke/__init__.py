@@ -21,7 +21,7 @@ Where the host's reference leaves a choice open, this host decides so:
 import os
 import sys
 
-from PySide2 import QtWidgets
+from cobaltRig.qt import QtWidgets
 
 NUKE_VERSION_MAJOR = 15
 NUKE_VERSION_MINOR = 1

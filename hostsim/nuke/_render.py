@@ -13,7 +13,7 @@ There is no time: every frame of a render is the same image.
 import os
 import re
 
-from PySide2 import QtCore, QtGui, QtWidgets
+from cobaltRig.qt import QtCore, QtGui, QtWidgets
 
 from . import _graph as G
 from ._state import STATE

@@ -95,7 +95,7 @@ def scriptReadFile(filename):
 def _ask_save_path():
     if not STATE.interactive:
         return None
-    from PySide2 import QtWidgets
+    from cobaltRig.qt import QtWidgets
 
     return QtWidgets.QFileDialog.getSaveFileName(None, "Save script", "", "Scripts (*.nk)")[0] or None
 

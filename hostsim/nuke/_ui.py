@@ -30,7 +30,7 @@ def message(prompt):
     """Shows a message. Every text is recorded in hostctl.messages."""
     STATE.messages.append(str(prompt))
     if STATE.interactive:
-        from PySide2 import QtWidgets
+        from cobaltRig.qt import QtWidgets
 
         QtWidgets.QMessageBox.information(None, "Message", str(prompt))
 
@@ -39,7 +39,7 @@ def ask(prompt):
     queued, answer = _pop_answer("ask", prompt)
     if queued:
         return bool(answer)
-    from PySide2 import QtWidgets
+    from cobaltRig.qt import QtWidgets
 
     buttons = QtWidgets.QMessageBox.Yes | QtWidgets.QMessageBox.No
     return QtWidgets.QMessageBox.question(None, "Question", str(prompt), buttons) \
@@ -51,7 +51,7 @@ def getInput(prompt, default=""):
     queued, answer = _pop_answer("getInput", prompt)
     if queued:
         return None if answer is None else str(answer)
-    from PySide2 import QtWidgets
+    from cobaltRig.qt import QtWidgets
 
     text, ok = QtWidgets.QInputDialog.getText(None, "Input", str(prompt), text=str(default))
     return text if ok else None
@@ -146,7 +146,7 @@ class Panel:
             control[2] = value
 
     def _exec(self):
-        from PySide2 import QtWidgets
+        from cobaltRig.qt import QtWidgets
 
         dialog = QtWidgets.QDialog()
         dialog.setWindowTitle(self._title)

@@ -34,7 +34,7 @@ import time
 import uuid
 import xml.etree.ElementTree as ET
 
-from PySide2 import QtCore, QtGui, QtWidgets
+from .qt import QtCore, QtGui, QtWidgets
 
 VERSION = "1.0.0"
 

@@ -6,7 +6,7 @@ its own panel.
 
 import os
 
-from PySide2 import QtCore, QtGui, QtWidgets
+from .qt import QtCore, QtGui, QtWidgets
 
 from . import helper
 

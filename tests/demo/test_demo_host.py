@@ -7,7 +7,7 @@ import subprocess
 import sys
 
 import pytest
-from PySide2 import QtCore, QtGui, QtWidgets
+from cobaltRig.qt import QtCore, QtGui, QtWidgets
 
 import nuke
 from demo import sample

@@ -2,7 +2,7 @@
 error of a tree without an image."""
 
 import pytest
-from PySide2 import QtGui
+from cobaltRig.qt import QtGui
 
 import nuke
 from nuke._render import frame_path, render

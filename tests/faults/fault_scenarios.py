@@ -41,7 +41,7 @@ def layout(root):
     shots = os.path.join(root, "shots")
     os.makedirs(shots)
     image = os.path.join(shots, "shot_001.jpg")
-    from PySide2 import QtGui
+    from cobaltRig.qt import QtGui
 
     picture = QtGui.QImage(64, 36, QtGui.QImage.Format_RGB32)
     picture.fill(0x336699)

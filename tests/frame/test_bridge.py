@@ -3,7 +3,7 @@
 import gc
 
 import pytest
-from PySide2 import QtCore, QtWidgets
+from cobaltRig.qt import QtCore, QtWidgets
 
 
 @pytest.fixture

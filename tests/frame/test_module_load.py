@@ -11,7 +11,7 @@ SLOTS = ("snapshotbrowser", "i", "exportwindow", "settingswindow", "slider", "re
 def test_import_defines_names_and_leaves_the_host_alone(settings_home, run_python):
     result = run_python(textwrap.dedent("""
         import os, nuke, hostctl
-        from PySide2 import QtWidgets
+        from cobaltRig.qt import QtWidgets
         blur = nuke.createNode('Blur')
         def state():
             return ([(n.name(), sorted(n.knobs())) for n in nuke.allNodes()],

@@ -4,8 +4,8 @@ the next opening instead of a crash."""
 import os
 
 import pytest
-import shiboken2
-from PySide2 import QtCore
+from cobaltRig.qt import shiboken
+from cobaltRig.qt import QtCore
 
 
 def open_look_slider(rig, nuke):
@@ -34,7 +34,7 @@ def delete_later(window):
 
 
 def delete_now(window):
-    shiboken2.delete(window.widget)
+    shiboken.delete(window.widget)
 
 
 # With the sanitizer runtime preloaded, shiboken2.delete does not run Qt's destructor (plain PySide2

@@ -49,7 +49,7 @@ def test_failed_construction_propagates_and_leaves_the_slot_unset(rig, monkeypat
 def test_a_window_deleted_by_qt_before_its_holder_lets_the_host_exit_cleanly(run_python):
     result = run_python(textwrap.dedent("""
         import nuke
-        from PySide2 import QtCore
+        from cobaltRig.qt import QtCore
         from cobaltRig import cobaltRig_w as m
         m.kept_window = m._testing.BridgeProbe()
         m.kept_window.widget.deleteLater()

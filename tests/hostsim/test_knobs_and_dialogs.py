@@ -133,7 +133,7 @@ def test_menus_make_submenus_and_run_their_commands():
 
 
 def test_interactive_panel_is_a_real_modal_dialog(qapp):
-    from PySide2 import QtCore, QtWidgets
+    from cobaltRig.qt import QtCore, QtWidgets
 
     def answer():
         dialog = QtWidgets.QApplication.activeModalWidget()

@@ -2,7 +2,7 @@
 
 import pytest
 from cobaltRig import helper
-from PySide2 import QtCore
+from cobaltRig.qt import QtCore
 
 from looks_testing import look_knobs, press, select, store, with_looks
 

@@ -2,7 +2,7 @@
 exactly as it was, one redo the result."""
 
 import pytest
-from PySide2 import QtCore
+from cobaltRig.qt import QtCore
 
 from looks_testing import press, select, with_looks
 

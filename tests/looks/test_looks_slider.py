@@ -2,7 +2,7 @@
 
 import pytest
 from cobaltRig import helper
-from PySide2 import QtCore, QtGui
+from cobaltRig.qt import QtCore, QtGui
 
 from looks_testing import press, select, store, with_looks
 

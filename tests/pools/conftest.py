@@ -2,7 +2,7 @@
 after each test, recording stand-ins for the sibling dialogs, and a user working a tree."""
 
 import pytest
-from PySide2 import QtCore, QtWidgets
+from cobaltRig.qt import QtCore, QtWidgets
 
 
 @pytest.fixture

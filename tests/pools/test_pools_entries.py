@@ -1,7 +1,7 @@
 """The entries that open the pool windows, and how the windows close."""
 
 import pytest
-from PySide2 import QtCore
+from cobaltRig.qt import QtCore
 
 
 @pytest.mark.parametrize("selected, switch, title, message", [

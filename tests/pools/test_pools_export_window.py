@@ -2,7 +2,7 @@
 makes and the categories a user adds."""
 
 import pytest
-from PySide2 import QtCore
+from cobaltRig.qt import QtCore
 
 
 @pytest.mark.parametrize("hide", [False, True])

@@ -1,7 +1,7 @@
 """What a user does to presets in the import tree: the context menu, insert, rename, delete."""
 
 import pytest
-from PySide2 import QtCore
+from cobaltRig.qt import QtCore
 
 
 @pytest.fixture

@@ -1,7 +1,7 @@
 """The import window: the whole pool in its tree, and the search that filters it."""
 
 import pytest
-from PySide2 import QtCore
+from cobaltRig.qt import QtCore
 
 
 @pytest.fixture

@@ -4,7 +4,7 @@ behind both."""
 import xml.etree.ElementTree as ET
 
 import pytest
-from PySide2 import QtCore, QtWidgets
+from cobaltRig.qt import QtCore, QtWidgets
 
 SETTINGS = """<?xml version='1.0' encoding='utf-8'?>
 <cobaltRig>

@@ -3,7 +3,7 @@ package's own, through a studio's replacement when there is one, and never leavi
 an item object that points at freed memory."""
 
 import pytest
-from PySide2 import QtCore, QtWidgets
+from cobaltRig.qt import QtCore, QtWidgets
 
 
 def states(window, user):

@@ -2,7 +2,7 @@
 question, the keys of the name field, and what lands on disk and in the host."""
 
 import pytest
-from PySide2 import QtCore
+from cobaltRig.qt import QtCore
 
 SUCCESS = ("Successfully exported preset.", False)  # shown after the window has closed
 

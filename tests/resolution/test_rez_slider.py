@@ -1,7 +1,7 @@
 """The resolution slider: the viewer's downrez step from a slider and a two-digit field."""
 
 import pytest
-from PySide2 import QtCore, QtGui, QtWidgets
+from cobaltRig.qt import QtCore, QtGui, QtWidgets
 
 CURSOR = QtCore.QPoint(900, 400)
 

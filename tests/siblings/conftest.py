@@ -1,7 +1,7 @@
 """Fixtures of the sibling-module tests: answering modal dialogs the way a user would."""
 
 import pytest
-from PySide2 import QtCore, QtWidgets
+from cobaltRig.qt import QtCore, QtWidgets
 
 
 @pytest.fixture

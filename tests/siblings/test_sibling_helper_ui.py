@@ -3,7 +3,7 @@
 import os
 
 import pytest
-from PySide2 import QtCore, QtGui, QtWidgets
+from cobaltRig.qt import QtCore, QtGui, QtWidgets
 
 from cobaltRig import helper
 

@@ -6,7 +6,7 @@ import sys
 import types
 
 import pytest
-from PySide2 import QtWidgets
+from cobaltRig.qt import QtWidgets
 
 from cobaltRig import helper
 

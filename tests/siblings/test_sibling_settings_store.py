@@ -4,7 +4,7 @@ import os
 import xml.etree.ElementTree as ET
 
 import pytest
-from PySide2 import QtGui
+from cobaltRig.qt import QtGui
 
 from cobaltRig import helper
 

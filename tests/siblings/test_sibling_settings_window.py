@@ -4,7 +4,7 @@ import os
 import types
 
 import pytest
-from PySide2 import QtWidgets
+from cobaltRig.qt import QtWidgets
 
 from cobaltRig import helper, settings
 

@@ -4,7 +4,7 @@ watched by a viewer, recorded messages, and the browser closed after each test."
 import os
 
 import pytest
-from PySide2 import QtCore, QtGui, QtWidgets
+from cobaltRig.qt import QtCore, QtGui, QtWidgets
 
 
 @pytest.fixture

@@ -6,7 +6,7 @@ import os
 import weakref
 
 import pytest
-from PySide2 import QtCore, QtGui
+from cobaltRig.qt import QtCore, QtGui
 
 from conftest import snapshots_in
 

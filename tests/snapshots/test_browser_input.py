@@ -4,7 +4,7 @@ import gc
 import weakref
 
 import pytest
-from PySide2 import QtCore, QtGui, QtWidgets
+from cobaltRig.qt import QtCore, QtGui, QtWidgets
 
 pytestmark = pytest.mark.usefixtures("browser_slot")
 

@@ -3,7 +3,7 @@
 import os
 
 import pytest
-from PySide2 import QtCore, QtWidgets
+from cobaltRig.qt import QtCore, QtWidgets
 
 from conftest import write_jpg
 

@@ -4,7 +4,7 @@ arrows step the preview through the rows, "d" deletes the selected snapshots."""
 import os
 
 import pytest
-from PySide2 import QtCore, QtWidgets
+from cobaltRig.qt import QtCore, QtWidgets
 
 from test_table import select_rows, stems, write_snapshot
 

@@ -4,7 +4,7 @@ back into the graph."""
 import os
 
 import pytest
-from PySide2 import QtCore, QtGui, QtWidgets
+from cobaltRig.qt import QtCore, QtGui, QtWidgets
 
 from conftest import answer_modal, write_jpg
 

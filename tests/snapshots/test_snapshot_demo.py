@@ -4,7 +4,7 @@ import os
 import subprocess
 import sys
 
-from PySide2 import QtGui
+from cobaltRig.qt import QtGui
 
 import nuke
 from demo import sample

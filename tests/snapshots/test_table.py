@@ -7,7 +7,7 @@ import shutil
 import threading
 
 import pytest
-from PySide2 import QtCore, QtGui, QtWidgets
+from cobaltRig.qt import QtCore, QtGui, QtWidgets
 
 from conftest import answer_modal, snapshots_in
 

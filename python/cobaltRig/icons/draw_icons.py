@@ -1,6 +1,6 @@
 """Draws the icons of cobaltRig into this folder.
 
-Run it once after changing a picture (``QT_QPA_PLATFORM=offscreen python3 draw_icons.py``); the
+Run it once after changing a picture (``QT_QPA_PLATFORM=offscreen scripts/python python/cobaltRig/icons/draw_icons.py``); the
 PNG files it writes are committed, so the host never needs to run it. Every picture is drawn on
 a 64 by 64 grid with plain shapes and no fonts, and scaled to its file size with antialiasing.
 """
@@ -9,7 +9,7 @@ import math
 import os
 import sys
 
-from PySide2 import QtCore, QtGui
+from cobaltRig.qt import QtCore, QtGui
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 
