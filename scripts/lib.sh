@@ -92,4 +92,6 @@ cobaltrig_env() {
   export PYTHONPATH="$COBALTRIG_BUILD/package:$COBALTRIG_ROOT/hostsim${PYTHONPATH:+:$PYTHONPATH}"
   export QT_QPA_PLATFORM=${QT_QPA_PLATFORM:-offscreen}
   export PYTHONDONTWRITEBYTECODE=1
+  # pytest-qt drives the binding of the build under test.
+  if [ "$COBALTRIG_QT" = 6 ]; then export PYTEST_QT_API=pyside6; else export PYTEST_QT_API=pyside2; fi
 }

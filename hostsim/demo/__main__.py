@@ -69,7 +69,7 @@ def main(argv=None):
 
     import hostctl
     import nuke
-    from cobaltRig.qt import QtCore, QtWidgets
+    from cobaltRig.qt import QtCore, QtWidgets, exec_dialog
 
     from . import sample
     from .main_window import DemoHost, answer_dialogs_offscreen, apply_dark_style
@@ -120,7 +120,7 @@ def main(argv=None):
             app.exit(status["code"])
 
     QtCore.QTimer.singleShot(0, after_start)
-    code = app.exec_()
+    code = exec_dialog(app)
     return status["code"] or code
 
 

@@ -21,12 +21,13 @@ Where the host's reference leaves a choice open, this host decides so:
 import os
 import sys
 
-from cobaltRig.qt import QtWidgets
+from cobaltRig.qt import QT_MAJOR, QtWidgets
 
-NUKE_VERSION_MAJOR = 15
+# The simulated host is a version that carries the binding in use: 15 with Qt 5, 16 with Qt 6.
+NUKE_VERSION_MAJOR = 16 if QT_MAJOR == 6 else 15
 NUKE_VERSION_MINOR = 1
 NUKE_VERSION_RELEASE = 2
-NUKE_VERSION_STRING = "15.1v2"
+NUKE_VERSION_STRING = "%d.%dv%d" % (NUKE_VERSION_MAJOR, NUKE_VERSION_MINOR, NUKE_VERSION_RELEASE)
 GUI = True
 env = {"gui": True, "NukeVersionMajor": NUKE_VERSION_MAJOR, "NukeVersionMinor": NUKE_VERSION_MINOR,
        "NukeVersionRelease": NUKE_VERSION_RELEASE, "NukeVersionString": NUKE_VERSION_STRING}

@@ -93,7 +93,8 @@ def _gain(image, gains):
     if gains == [1.0, 1.0, 1.0]:
         return image
     straight = image.convertToFormat(_Image.Format_ARGB32)
-    alpha = straight.alphaChannel()
+    # An 8-bit alpha image: setAlphaChannel takes its values as they are, in Qt 5 and Qt 6 alike.
+    alpha = straight.convertToFormat(_Image.Format_Alpha8)
     opaque = straight.convertToFormat(_Image.Format_RGB32).convertToFormat(_FORMAT)
     result = _Image(opaque.size(), _FORMAT)
     result.fill(QtCore.Qt.black)

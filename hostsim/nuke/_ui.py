@@ -146,7 +146,7 @@ class Panel:
             control[2] = value
 
     def _exec(self):
-        from cobaltRig.qt import QtWidgets
+        from cobaltRig.qt import QtWidgets, exec_dialog
 
         dialog = QtWidgets.QDialog()
         dialog.setWindowTitle(self._title)
@@ -179,7 +179,7 @@ class Panel:
             box.accepted.connect(dialog.accept)
             box.rejected.connect(dialog.reject)
         form.addRow(box)
-        result = dialog.exec_()
+        result = exec_dialog(dialog)
         for control, read in readers:
             control[2] = read()
         return result

@@ -34,7 +34,7 @@ import time
 import uuid
 import xml.etree.ElementTree as ET
 
-from .qt import QtCore, QtGui, QtWidgets
+from .qt import QtCore, QtGui, QtWidgets, exec_dialog
 
 VERSION = "1.0.0"
 
@@ -752,7 +752,7 @@ def show_message_box(parent, text):
     box.setStandardButtons(QtWidgets.QMessageBox.Ok)
     # The windows of the tool stay on top; a message must not open behind them.
     box.setWindowFlags(box.windowFlags() | QtCore.Qt.WindowStaysOnTopHint)
-    box.exec_()
+    exec_dialog(box)
 
 
 def _css_colour(color):
@@ -805,7 +805,7 @@ def ask_dialog(title, message, process_label="ok", color_process=None):
 
     push_process.clicked.connect(dialog.accept)
     push_cancel.clicked.connect(dialog.reject)
-    result = dialog.exec_() == QtWidgets.QDialog.Accepted
+    result = exec_dialog(dialog) == QtWidgets.QDialog.DialogCode.Accepted
     dialog.deleteLater()
     return result
 

@@ -6,7 +6,7 @@ its own panel.
 
 import os
 
-from .qt import QtCore, QtGui, QtWidgets
+from .qt import QtCore, QtGui, QtWidgets, exec_dialog
 
 from . import helper
 
@@ -180,7 +180,7 @@ def show_panel_new_pool(parent=None, exportwindow=None):
     panel = NewPoolPanel(parent)
     _panels.append(panel)
     try:
-        accepted = panel.exec_() == QtWidgets.QDialog.Accepted
+        accepted = exec_dialog(panel) == QtWidgets.QDialog.DialogCode.Accepted
     finally:
         _panels.remove(panel)
     if not accepted or panel.pool is None:

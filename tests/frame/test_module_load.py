@@ -30,17 +30,47 @@ def test_import_defines_names_and_leaves_the_host_alone(settings_home, run_pytho
     assert "clean import" in result.stdout
 
 
-def test_import_refuses_a_host_with_the_older_toolkit(run_python):
+@pytest.mark.parametrize("major", [10, 13, 15, 16])
+def test_import_refuses_a_host_that_carries_another_qt(run_python, major):
     result = run_python(textwrap.dedent("""
         import nuke
-        nuke.NUKE_VERSION_MAJOR = 10
+        from cobaltRig.qt import QT_MAJOR
+        nuke.NUKE_VERSION_MAJOR = %d
         try:
             import cobaltRig.cobaltRig_w
+            print('loaded in', QT_MAJOR)
         except ImportError as e:
-            print('refused:', e)
+            print('refused in', QT_MAJOR, e)
+    """ % major))
+    assert result.returncode == 0, result.stderr
+    qt = int(result.stdout.split()[2])
+    serves = major >= 16 if qt == 6 else 14 <= major <= 15
+    if serves:
+        assert result.stdout.startswith("loaded"), result.stdout
+    else:
+        assert result.stdout.startswith("refused") and "version %d." % major in result.stdout
+
+
+def test_the_process_holds_one_qt_and_it_is_the_bindings(run_python):
+    # The module is linked against the system's Qt; in a host the binding's Qt is loaded first and
+    # must be the only one, or widgets made on one side are foreign objects on the other.
+    result = run_python(textwrap.dedent(r"""
+        import os, re
+        import cobaltRig.cobaltRig_w
+        from cobaltRig.qt import BINDING, QtCore
+        cores = set()
+        with open('/proc/self/maps') as maps:
+            for line in maps:
+                if re.search(r'libQt[56]Core\.so', line):
+                    cores.add(line.split()[-1])
+        print(len(cores), BINDING, os.path.dirname(QtCore.__file__), *sorted(cores))
     """))
     assert result.returncode == 0, result.stderr
-    assert "refused:" in result.stdout and "version 10" in result.stdout
+    count, binding, binding_dir, *cores = result.stdout.split()
+    assert count == "1", result.stdout
+    if binding == "PySide6":
+        # The wheel's own Qt, not the system's older one the module was compiled against.
+        assert cores[0].startswith(binding_dir), result.stdout
 
 
 @pytest.mark.parametrize("call", [

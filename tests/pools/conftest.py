@@ -107,14 +107,19 @@ def windows(rig):
 class TreeUser:
     def __init__(self, qtbot):
         self.qtbot = qtbot
+        self.seen = {}
 
-    @staticmethod
-    def items(window):
-        """Every item of the window's tree as {path: item}."""
+    def items(self, window):
+        """Every item of the window's tree as {path: item}.
+
+        The Python objects are kept for the test's life: PySide6 declares an item's object dead when
+        the object of its parent, got through `parent()`, is collected, as a script holding one
+        item of a tree that C++ made would see too."""
         found, it = {}, QtWidgets.QTreeWidgetItemIterator(window.tree)
         while it.value():
-            found[it.value().data(0, QtCore.Qt.UserRole)] = it.value()
+            found[it.value().data(0, QtCore.Qt.ItemDataRole.UserRole)] = it.value()
             it += 1
+        self.seen.update(found)
         return found
 
     def click(self, window, path, double=False):

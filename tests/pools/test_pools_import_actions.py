@@ -1,7 +1,7 @@
 """What a user does to presets in the import tree: the context menu, insert, rename, delete."""
 
 import pytest
-from cobaltRig.qt import QtCore
+from cobaltRig.qt import QtCore, exec_dialog
 
 
 @pytest.fixture
@@ -164,7 +164,7 @@ def test_a_window_replaced_while_its_delete_question_is_open_deletes_nothing(
             QtCore.QTimer.singleShot(20, loop.quit)
 
         QtCore.QTimer.singleShot(0, press_hotkey)
-        loop.exec_()
+        exec_dialog(loop)
         return True
 
     monkeypatch.setattr(helper, "ask_dialog", ask_dialog)

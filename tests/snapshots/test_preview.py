@@ -179,6 +179,7 @@ def test_dragging_the_preview_moves_the_browser_under_the_pointer(browser, previ
     preview.set_image(shot)
     QtGui.QCursor.setPos(QtCore.QPoint(700, 500))
     event = QtGui.QMouseEvent(QtCore.QEvent.MouseMove, QtCore.QPointF(5, 5),
+                              QtCore.QPointF(QtGui.QCursor.pos()),
                               QtCore.Qt.LeftButton, QtCore.Qt.LeftButton, QtCore.Qt.NoModifier)
     QtWidgets.QApplication.sendEvent(preview.widget, event)
     pos = QtGui.QCursor.pos()
