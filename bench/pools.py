@@ -1,17 +1,17 @@
-"""Timings of the preset pool windows against the same windows written in PySide2.
+"""Timings of the preset pool windows against the same windows written in PySide (the build's binding).
 
     scripts/python bench/pools.py [--sizes 5000,50000] [--per-folder 25] [--repeat 5]
 
 For each size, lays out a synthetic pool (that many presets, one folder per `--per-folder` presets,
 half class folders and half categories) in a temporary settings home and measures, in the same
-run, the compiled windows and the two PySide2 references of `pyside_pools.py` (plain, and tuned
+run, the compiled windows and the two PySide references of `pyside_pools.py` (plain, and tuned
 with the compiled module's techniques):
 
 * import window and export window: built, shown and painted (median of `--repeat` windows);
 * one search keystroke in the import window, repaint included: the field set to each of "p",
   "pr", "pre", "pres", "preset_0001", "preset_00012", "", "x", "" in turn (median of all).
 
-Prints the figures side by side with the ratios compiled / PySide2. The figures are for reading,
+Prints the figures side by side with the ratios compiled / PySide. The figures are for reading,
 not for passing or failing. By default they are the CPU time of this process (`--clock cpu`),
 which other processes on a shared machine disturb far less than the wall clock; on an idle
 machine the two agree, since everything measured runs on the one UI thread. `--clock wall`
@@ -133,8 +133,10 @@ def main():
                 ours, plain, tuned = (figures[name][index] for name in ("cobaltRig", "plain", "tuned"))
                 rows.append((presets, folders, what, ours, plain, tuned))
 
+    from cobaltRig.qt import BINDING
+
     print("{:>7} {:>7}  {:<37} {:>11} {:>14} {:>14} {:>7} {:>7}".format(
-        "presets", "folders", "median of", "cobaltRig", "PySide2 plain", "PySide2 tuned",
+        "presets", "folders", "median of", "cobaltRig", BINDING + " plain", BINDING + " tuned",
         "/plain", "/tuned"))
     for presets, folders, what, ours, plain, tuned in rows:
         print("{:>7} {:>7}  {:<37} {:>8.2f} ms {:>11.2f} ms {:>11.2f} ms {:>7.2f} {:>7.2f}".format(

@@ -1,9 +1,10 @@
-"""The two pool windows written in PySide2, as the yardstick for the compiled ones.
+"""The two pool windows written in PySide (PySide2 or PySide6, as the build), as the yardstick for
+the compiled ones.
 
 Same widgets, same settings reads, same walk, marking rules, labels, icons and search results. Two
 ways of writing it:
 
-* plain (`ImportWindow`, `ExportWindow`): the steps as a PySide2 developer writes them down,
+* plain (`ImportWindow`, `ExportWindow`): the steps as a PySide developer writes them down,
   each item made in the visible tree and told its state at once, each search step applied as it
   comes (an item may be hidden and shown again within one keystroke);
 * tuned (`TunedImportWindow`, `TunedExportWindow`): the same techniques as the compiled module, a

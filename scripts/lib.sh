@@ -89,6 +89,7 @@ cobaltrig_build() {
 }
 
 cobaltrig_env() {
+  export COBALTRIG_BUILD
   export PYTHONPATH="$COBALTRIG_BUILD/package:$COBALTRIG_ROOT/hostsim${PYTHONPATH:+:$PYTHONPATH}"
   export QT_QPA_PLATFORM=${QT_QPA_PLATFORM:-offscreen}
   export PYTHONDONTWRITEBYTECODE=1
