@@ -11,7 +11,7 @@ would fail in the host fails here too.
 
 import numbers
 
-from ._undo import recorded
+from ._undo import recorded, setattr_hook
 
 DEAD_HANDLE = "A PythonObject is not attached to a node"
 
@@ -106,6 +106,9 @@ class Knob:
     """Base of all knobs: name, label, tooltip, flags and the owning node."""
 
     _class_name = None  # what Class() answers; the Python class name unless set
+    # Undo sees a knob before it changes; one without a value yet is still being made.
+    __setattr__ = setattr_hook
+    _undo_complete = "_value"
 
     def __init__(self, name, label=None, *args):
         if not isinstance(name, str):

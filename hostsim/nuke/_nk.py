@@ -9,6 +9,12 @@ Copies start with `set cut_paste_input [stack 0]`, which names what a paste hook
 
 Classes this host does not know become opaque nodes keeping their knob lines; knob lines it does not
 know stay with their node, and unknown user knobs keep their declaration: all are written back as read.
+
+Mask inputs are counted apart: `inputs 2+1` is two inputs and a mask, three nodes taken from the stack
+in input order. `clone $C {...}` makes a node like the one `set C [stack 0]` named, with the knob lines
+of its own block (its position, mostly) on top. A `Gizmo` block, like a Group's, is followed by its
+nodes and `end_group`. The host defines `cut_paste_input` itself: a paste sets it to the node it lands
+on, anything else to an empty input.
 """
 
 import re
@@ -369,10 +375,25 @@ def _user_knob_lines(knob):
     return lines
 
 
+# The input that is a class's mask, for the classes this host knows that have one.
+MASK_INPUT = {"Blur": 1, "Grade": 1, "Transform": 1, "Merge2": 2}
+
+
+def inputs_text(node, count):
+    """The count of `inputs`, with the masks apart (`2+1`) as the host writes them."""
+    index = MASK_INPUT.get(node._class)
+    if index is not None:
+        masks = 1 if count > index else 0
+    else:
+        read, masks = getattr(node, "_mask_inputs", (count, 0))
+        masks = max(0, min(masks, count - read))
+    return "{}+{}".format(count - masks, masks) if masks else str(count)
+
+
 def _node_lines(node, inputs):
     lines = []
     if inputs != 1:
-        lines.append("inputs {}".format(inputs))
+        lines.append("inputs " + inputs_text(node, inputs))
     own, user = _own_knobs(node)
     defaults = {} if isinstance(node, G.Root) else _class_defaults(node)
     for knob in own:
@@ -422,6 +443,9 @@ class _Writer:
             if kind == "push" and id(node) not in names:
                 self.variables += 1
                 names[id(node)] = "N{}".format(self.variables)
+        # Clones of a node written here are written as such, after it.
+        cloned = {id(n._clone_of) for n in nodes if getattr(n, "_clone_of", None) is not None}
+        clone_names = {}
         for kind, node in ops:
             if kind == "hook":
                 self.out.append(indent + "push $cut_paste_input")
@@ -430,7 +454,15 @@ class _Writer:
             elif kind == "push":
                 self.out.append("{}push ${}".format(indent, names[id(node)]))
             else:
-                self.node(node, counts[id(node)], indent)
+                original = getattr(node, "_clone_of", None)
+                if id(original) in clone_names and clone_lines(node) == clone_lines(original):
+                    self.clone(node, clone_names[id(original)], counts[id(node)], indent)
+                else:
+                    self.node(node, counts[id(node)], indent)
+                if id(node) in cloned:
+                    self.variables += 1
+                    clone_names[id(node)] = "C{}".format(self.variables)
+                    self.out.append("{}set {} [stack 0]".format(indent, clone_names[id(node)]))
                 if id(node) in names:
                     self.out.append("{}set {} [stack 0]".format(indent, names[id(node)]))
 
@@ -460,6 +492,11 @@ class _Writer:
     def take_hook(self):
         hook, self.hook = self.hook, False
         return hook
+
+    def clone(self, node, variable, inputs, indent):
+        own = [line for line in _node_lines(node, inputs) if line.split(" ", 1)[0] in _CLONE_OWN
+               and not line.startswith("name ")]
+        self.block(indent, "clone $" + variable, own)
 
     def node(self, node, inputs, indent):
         self.block(indent, node._class, _node_lines(node, inputs))
@@ -493,6 +530,7 @@ def write_script(root, name):
     lines = _node_lines(root, 0)
     writer.block("", "Root", ["name " + quote(name) if line.startswith("name ") else line
                               for line in lines])
+    writer.out.extend(getattr(root, "_commands", ()))
     writer.group(root._children, "")
     return "\n".join(writer.out) + "\n"
 
@@ -515,8 +553,9 @@ class Parsed:
     def __init__(self, text):
         self.commands = []  # (words, knob lines of a node's block or None)
         self.root_body = None
+        self.other = []  # commands that make no node (layers, layouts, ...), as written
         known = 0
-        defined = set()
+        defined = set(HOST_VARIABLES)
         for line, words in commands(text):
             head = words[0]
             if head.kind != "bare":
@@ -525,21 +564,23 @@ class Parsed:
             # off in the middle of a name, say) fails before any node is made.
             if head.value == "set" and len(words) >= 3:
                 defined.add(words[1].value)
-            elif (head.value == "push" and len(words) == 2 and words[1].value.startswith("$")
-                  and words[1].value[1:] not in defined):
+            elif head.value in ("push", "clone") and len(words) >= 2 \
+                    and words[1].value.startswith("$") and words[1].value[1:] not in defined:
                 raise ScriptError('line {}: can\'t read "{}": no such variable'.format(
                     line, words[1].value[1:]))
             if _is_node_command(words):
                 known += 1
-                body = _body(words[1].value, line)
+                body = _body(words[-1].value, line)
                 if head.value == "Root":
                     self.root_body = body
                 else:
                     self.commands.append((words, body))
                 continue
-            self.commands.append((words, None))
             if head.value in ("set", "push", "end_group", "version"):
                 known += 1
+                self.commands.append((words, None))
+            else:
+                self.other.append(" ".join(w.raw for w in words))
         # Other commands (window layouts, knob defaults, ...) say nothing about nodes and are passed
         # over; a text with none of the above is no script at all.
         if not known:
@@ -547,6 +588,8 @@ class Parsed:
 
 
 def _is_node_command(words):
+    if len(words) == 3 and words[0].value == "clone":
+        return words[2].kind == "brace"
     return len(words) == 2 and words[1].kind == "brace" and words[0].value[:1].isupper()
 
 
@@ -558,22 +601,48 @@ def _body(text, line):
         for words in lines:
             if words[0].value == "addUserKnob" and len(words) == 2:
                 split_words(words[1].value)
-            elif words[0].value == "inputs" and not re.match(r"^\d+$", _second(words)):
+            elif words[0].value == "inputs" and not _INPUTS.match(_second(words)):
                 raise ScriptError("inputs {} is not a count".format(_second(words)))
     except ScriptError as error:
         raise ScriptError("in the block that starts on line {}: {}".format(line, error))
     return lines
 
 
+_INPUTS = re.compile(r"^(\d+)(?:\+(\d+))?$")
+
+# Classes whose block is followed by the nodes inside them and `end_group`.
+GROUP_CLASSES = ("Group", "Gizmo")
+
+# Variables the host defines before it reads a script.
+HOST_VARIABLES = ("cut_paste_input",)
+
+
 def _second(words):
     return words[1].value if len(words) == 2 else " ".join(w.raw for w in words[1:])
+
+
+def _input_count(lines):
+    """How many inputs a block takes from the stack, and how many of them are masks."""
+    for words in lines:
+        if words[0].value == "inputs" and len(words) == 2:
+            match = _INPUTS.match(words[1].value)
+            return int(match.group(1)), int(match.group(2) or 0)
+    return 1, 0
+
+
+_CLONE_OWN = ("inputs", "name", "xpos", "ypos", "selected")
+
+
+def clone_lines(node):
+    """The knob lines a clone shares with `node`: all but its inputs, name, place and selection."""
+    return [line for line in _node_lines(node, 0) if line.split(" ", 1)[0] not in _CLONE_OWN]
 
 
 class _Reader:
     def __init__(self, group, target, keep_selection):
         self.groups = [group]
         self.stacks = [[target]]
-        self.vars = {}
+        self.vars = {"cut_paste_input": target}
         self.keep_selection = keep_selection
         self.created = []  # the nodes made at the top level, in file order
         self.links = []  # (node, input, source), made once every node exists
@@ -582,7 +651,10 @@ class _Reader:
         for words, body in parsed.commands:
             head = words[0].value
             if body is not None:
-                self.make(head, body)
+                if head == "clone":
+                    self.clone(words[1].value, body)
+                else:
+                    self.make(head, body)
             elif head == "set" and len(words) >= 3:
                 self.vars[words[1].value] = self.stack_top(words[2].value)
             elif head == "push" and len(words) == 2:
@@ -607,21 +679,24 @@ class _Reader:
             return stack[-1 - int(match.group(1))]
         return None
 
-    def make(self, cls, lines):
+    def make(self, cls, lines, info=None):
         group, stack = self.groups[-1], self.stacks[-1]
-        count = 1
-        for words in lines:
-            if words[0].value == "inputs":
-                count = int(words[1].value)
+        count, masks = _input_count(lines)
         sources = []
-        for _ in range(count):
+        for _ in range(count + masks):
             sources.append(stack.pop() if stack else None)
         name = next((w[1].value for w in lines if w[0].value == "name" and len(w) == 2), None)
+        name = name if name and G._NAME_RE.match(name) else None
         if cls in G.CLASSES:
-            node = G.new_node(cls, group, name if name and G._NAME_RE.match(name) else None)
+            node = G.new_node(cls, group, name, info=info)
+        elif cls in GROUP_CLASSES:
+            # A group of a class of its own (a gizmo): a Group that answers its class.
+            node = G.new_node("Group", group, name, info=G.opaque_info(cls))
+            node._class = cls
         else:
-            node = G.new_node(cls, group, name if name and G._NAME_RE.match(name) else None,
-                              info=G.opaque_info(cls))
+            node = G.new_node(cls, group, name, info=info or G.opaque_info(cls))
+        if masks:
+            node._mask_inputs = (count, masks)
         read_body(node, lines)
         if not self.keep_selection:
             node._knob_obj("selected")._value = False
@@ -631,8 +706,29 @@ class _Reader:
         if len(self.groups) == 1:
             self.created.append(node)
         if isinstance(node, G.Group):
-            self.groups.append(node)
-            self.stacks.append([])
+            self.make_group(node)
+        return node
+
+    def clone(self, ref, lines):
+        original = self.vars.get(ref[1:]) if ref.startswith("$") else None
+        if original is None or not original._alive:
+            # `clone node0x...|Class|id {...}`: the first of its clones, with all its knob lines.
+            parts = ref.split("|")
+            cls = parts[1] if len(parts) == 3 and parts[1] else "NoOp"
+            node = self.make(cls, lines)
+        else:
+            shared = [words for _, words in commands("\n".join(clone_lines(original)))]
+            node = self.make(original._class, shared + lines, info=original._info)
+            node._clone_of = original
+        if isinstance(node, G.Group):
+            # A clone of a group is written without its nodes.
+            self.groups.pop()
+            self.stacks.pop()
+        return node
+
+    def make_group(self, node):
+        self.groups.append(node)
+        self.stacks.append([])
 
 
 def read_body(node, lines):
@@ -732,3 +828,5 @@ def load(parsed, group, target=None, keep_selection=False):
 def load_root(parsed, root):
     if parsed.root_body is not None:
         read_body(root, parsed.root_body)
+    # Layers, layouts and the like: written back after the Root block as they were read.
+    root._commands = tuple(parsed.other)
