@@ -218,10 +218,10 @@ def number(value):
 # this host's own: it needs an id for each of its knob classes to read every user knob back as itself.
 KNOB_IDS = {
     1: "String_Knob", 2: "File_Knob", 3: "Int_Knob", 4: "Enumeration_Knob", 6: "Boolean_Knob",
-    7: "Double_Knob", 12: "XY_Knob", 14: "WH_Knob", 17: "Format_Knob", 18: "Color_Knob",
-    19: "AColor_Knob", 20: "Tab_Knob", 22: "PyScript_Knob", 26: "Text_Knob",
-    43: "Multiline_Eval_String_Knob", 44: "EvalString_Knob", 45: "PythonKnob",
-    46: "ColorChip_Knob",
+    7: "Double_Knob", 12: "XY_Knob", 13: "XYZ_Knob", 14: "WH_Knob", 15: "BBox_Knob",
+    17: "Format_Knob", 18: "Color_Knob", 19: "AColor_Knob", 20: "Tab_Knob", 22: "PyScript_Knob",
+    26: "Text_Knob", 30: "UV_Knob", 41: "Link_Knob", 43: "Multiline_Eval_String_Knob",
+    44: "EvalString_Knob", 45: "PythonKnob", 46: "ColorChip_Knob",
 }
 KNOB_CLASS_IDS = {name: ident for ident, name in KNOB_IDS.items()}
 FLAGS = {"INVISIBLE": K.INVISIBLE, "STARTLINE": K.STARTLINE, "ENDLINE": K.ENDLINE,
@@ -357,7 +357,7 @@ def _user_knob_lines(knob):
         words += ["l", quote(knob._label)]
     if knob._tooltip:
         words += ["t", quote(knob._tooltip)]
-    value_in_declaration = isinstance(knob, (K.PyScript_Knob, K.Text_Knob))
+    value_in_declaration = isinstance(knob, (K.PyScript_Knob, K.Text_Knob, K.Link_Knob))
     if value_in_declaration and knob._value:
         words += ["T", quote(knob._value)]
     if isinstance(knob, K.Enumeration_Knob):
@@ -780,7 +780,7 @@ def user_knob(declaration):
         elif key == "t" and value is not None:
             knob._tooltip = value.value
             i += 2
-        elif key == "T" and value is not None and isinstance(knob, K.String_Knob):
+        elif key == "T" and value is not None and isinstance(knob, (K.String_Knob, K.Link_Knob)):
             knob._value = value.value
             i += 2
         elif key == "M" and value is not None and isinstance(knob, K.Enumeration_Knob):
