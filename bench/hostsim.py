@@ -54,7 +54,8 @@ def bench_file(path, repeat):
 
 
 def build_script(count):
-    """`count` nodes: chains of Read -> Grade -> Blur -> Merge, wired to the chain before."""
+    """`count` nodes: chains of Read -> Grade -> Blur -> Merge, wired to the chain before, and Dots
+    for the rest."""
     hostctl.reset()
     nuke.Undo.disable()
     previous = None
@@ -66,6 +67,8 @@ def build_script(count):
         merge = nuke.nodes.Merge2(inputs=[blur] + ([previous] if previous is not None else []))
         previous = merge
         made += [read, grade, blur, merge]
+    for _ in range(count % 4):
+        made.append(nuke.nodes.Dot(inputs=[previous]))
     nuke.Undo.enable()
     nuke.Undo.undoTruncate()
     return made

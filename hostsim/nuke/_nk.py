@@ -587,10 +587,18 @@ class Parsed:
             raise ScriptError("no nodes and no script in it")
 
 
+# A block of knob lines: what tells a node of a class named in lower case (a studio's gizmo, say) from
+# a command such as `add_layer {...}`.
+_KNOB_LINES = re.compile(r"(?:^|\n)[ \t]*(?:name|xpos|inputs) ")
+
+
 def _is_node_command(words):
     if len(words) == 3 and words[0].value == "clone":
         return words[2].kind == "brace"
-    return len(words) == 2 and words[1].kind == "brace" and words[0].value[:1].isupper()
+    if len(words) != 2 or words[1].kind != "brace":
+        return False
+    return words[0].value[:1].isupper() or (
+        G._NAME_RE.match(words[0].value) is not None and _KNOB_LINES.search(words[1].value) is not None)
 
 
 def _body(text, line):

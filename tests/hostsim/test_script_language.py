@@ -121,7 +121,9 @@ def test_a_clipboard_script_pushing_the_hosts_own_variable_first_hooks_onto_the_
     plate = nuke.nodes.Read(name="Plate")
     plate.setSelected(selected)
     last = nuke.nodePaste(script("clipboard.nk"))
-    assert inputs(nuke.toNode("Soft")) == expected and inputs(last) == ["Soft"]
+    assert inputs(nuke.toNode("Soft")) == expected and inputs(nuke.toNode("After")) == ["Soft"]
+    # A class named in lower case is still a node; a command in braces is none.
+    assert last.Class() == "apEdgeTool" and len(nuke.allNodes()) == 4
 
 
 @pytest.mark.parametrize("text, where", [
