@@ -53,30 +53,39 @@ def bench_file(path, repeat):
     return median_ms(opened), median_ms(saved), count, None
 
 
-def build_script(count):
-    """`count` nodes: chains of Read -> Grade -> Blur -> Merge, wired to the chain before, and Dots
-    for the rest."""
+def chain_script(count):
+    """The text of a script of `count` nodes: chains of Read -> Grade -> Blur -> Merge, each Merge
+    taking the chain before as its A input, and Dots for the rest."""
+    lines = []
+    for i in range(count - count % 4):
+        x, y = (i // 4) * 120, (i % 4) * 60
+        if i % 4 == 0:
+            lines += ["Read {", " inputs 0", " file /plates/p{}.exr".format(i)]
+        elif i % 4 == 3 and i > 3:
+            lines += ["push $M{}".format(i - 4), "Merge2 {", " inputs 2"]
+        else:
+            lines += [("Grade {", "Blur {", "Merge2 {")[i % 4 - 1]]
+        lines += [" xpos {}".format(x), " ypos {}".format(y), "}"]
+        if i % 4 == 3:
+            lines.append("set M{} [stack 0]".format(i))
+    lines += ["Dot {", " xpos 0", " ypos -60", "}"] * (count % 4)
+    return "\n".join(lines) + "\n"
+
+
+def build_script(count, folder):
+    """Opens a script of `count` nodes; gives its nodes."""
+    path = os.path.join(folder, "chains_{}.nk".format(count))
+    with open(path, "w") as f:
+        f.write(chain_script(count))
     hostctl.reset()
-    nuke.Undo.disable()
-    previous = None
-    made = []
-    for i in range(0, count - count % 4, 4):
-        read = nuke.nodes.Read(file="/plates/p{}.exr".format(i))
-        grade = nuke.nodes.Grade(inputs=[read])
-        blur = nuke.nodes.Blur(inputs=[grade])
-        merge = nuke.nodes.Merge2(inputs=[blur] + ([previous] if previous is not None else []))
-        previous = merge
-        made += [read, grade, blur, merge]
-    for _ in range(count % 4):
-        made.append(nuke.nodes.Dot(inputs=[previous]))
-    nuke.Undo.enable()
-    nuke.Undo.undoTruncate()
-    return made
+    nuke.scriptOpen(path)
+    return nuke.allNodes()
 
 
 def bench_undo(count, repeat):
     """Median times of one knob change (a step) and of undoing it, in a script of `count` nodes."""
-    nodes = build_script(count)
+    with tempfile.TemporaryDirectory() as folder:
+        nodes = build_script(count, folder)
     knob = nodes[len(nodes) // 8 * 4 + 1]["white"]  # a Grade half-way down
     changes, undos = [], []
     for i in range(repeat):

@@ -46,6 +46,13 @@ class Word:
         return "Word({!r})".format(self.raw)
 
 
+# What the scanners stop at: in braces, the braces and escapes; in quotes, the quote, escapes and a
+# command in brackets; a bare word with none of those ends at a blank or separator.
+_BRACE_MARKS = re.compile(r"[{}\\]")
+_QUOTE_MARKS = re.compile(r'["\\\[]')
+_SIMPLE_BARE = re.compile(r"[^ \t\r\n;\\\[{\"]+(?=[ \t\r\n;]|$)")
+
+
 class _Lexer:
     def __init__(self, text):
         self.text, self.pos, self.line = text, 0, 1
@@ -97,6 +104,10 @@ class _Lexer:
             raw = text[start:end + 1]
             self.line += raw.count("\n")
             return Word(value, raw, "quote")
+        simple = _SIMPLE_BARE.match(text, start)
+        if simple:
+            self.pos = simple.end()
+            return Word(simple.group(), simple.group(), "bare")
         out, i, n = [], start, len(text)
         while i < n and text[i] not in " \t\r\n;":
             if text[i] == "\\" and i + 1 < n:
@@ -113,20 +124,24 @@ class _Lexer:
         return Word("".join(out), text[start:i], "bare")
 
     def _brace_end(self, start):
-        depth, i, n = 0, start, len(self.text)
-        while i < n:
-            c = self.text[i]
+        depth, pos, text = 0, start, self.text
+        find = _BRACE_MARKS.search
+        while True:
+            mark = find(text, pos)
+            if mark is None:
+                self.fail("a { without its }")
+            i = mark.start()
+            c = text[i]
             if c == "\\":
-                i += 2
+                pos = i + 2
                 continue
             if c == "{":
                 depth += 1
-            elif c == "}":
+            else:
                 depth -= 1
                 if depth == 0:
                     return i
-            i += 1
-        self.fail("a { without its }")
+            pos = i + 1
 
     def _bracket_end(self, start):
         """The `]` closing the command substitution at `start`; quotes and braces inside it count."""
@@ -154,21 +169,26 @@ class _Lexer:
         inside is kept as written: quotes in it do not end the word."""
         out, i, n = [], start + 1, len(self.text)
         text = self.text
-        while i < n:
-            c = text[i]
+        find = _QUOTE_MARKS.search
+        while True:
+            mark = find(text, i)
+            if mark is None:
+                self.fail('a " without its closing "')
+            j = mark.start()
+            out.append(text[i:j])
+            c = text[j]
             if c == '"':
-                return "".join(out), i
-            if c == "\\" and i + 1 < n:
-                out.append(_ESCAPES.get(text[i + 1], text[i + 1]))
-                i += 2
+                return "".join(out), j
+            if c == "\\" and j + 1 < n:
+                out.append(_ESCAPES.get(text[j + 1], text[j + 1]))
+                i = j + 2
             elif c == "[":
-                end = self._bracket_end(i)
-                out.append(text[i:end + 1])
+                end = self._bracket_end(j)
+                out.append(text[j:end + 1])
                 i = end + 1
             else:
-                out.append(c)
-                i += 1
-        self.fail('a " without its closing "')
+                # A backslash that ends the text.
+                self.fail('a " without its closing "')
 
 
 def commands(text):
