@@ -48,24 +48,22 @@ class TrackedList(list):
 
     __slots__ = ("owner",)
 
-    def _touch(self):
+
+def _telling(name):
+    change = getattr(list, name)
+
+    def changed(self, *args, **kwargs):
         if _OPEN and not STATE.undo_disabled:
             touch(self.owner)
+        return change(self, *args, **kwargs)
 
-    def _wrap(name):
-        method = getattr(list, name)
+    changed.__name__ = name
+    return changed
 
-        def changed(self, *args):
-            self._touch()
-            return method(self, *args)
 
-        changed.__name__ = name
-        return changed
-
-    for _name in ("append", "extend", "insert", "remove", "pop", "clear", "sort", "reverse",
-                  "__setitem__", "__delitem__", "__iadd__", "__imul__"):
-        locals()[_name] = _wrap(_name)
-    del _name, _wrap
+for _name in ("append", "extend", "insert", "remove", "pop", "clear", "sort", "reverse",
+              "__setitem__", "__delitem__", "__iadd__", "__imul__"):
+    setattr(TrackedList, _name, _telling(_name))
 
 
 def tracked(owner, value):
