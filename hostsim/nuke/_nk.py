@@ -12,7 +12,8 @@ know stay with their node, and unknown user knobs keep their declaration: all ar
 
 Mask inputs are counted apart: `inputs 2+1` is two inputs and a mask, three nodes taken from the stack
 in input order. `clone $C {...}` makes a node like the one `set C [stack 0]` named, with the knob lines
-of its own block (its position, mostly) on top. A `Gizmo` block, like a Group's, is followed by its
+of its own block (its position, mostly) on top; it is written back as a clone while its knobs match
+the original's (a change to one is not passed on to the other here). A `Gizmo` block, like a Group's, is followed by its
 nodes and `end_group`. The host defines `cut_paste_input` itself: a paste sets it to the node it lands
 on, anything else to an empty input.
 """
