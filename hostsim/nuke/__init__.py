@@ -63,6 +63,7 @@ from ._ui import (  # noqa: E402
     Menu, MenuItem, Panel, ask, getInput, menu, message, pluginAddPath, pluginAppendPath,
     pluginPath, toolbar)
 from ._undo import Undo, redo, undo  # noqa: E402
+from ._knobs import BBox_Knob, Link_Knob, UV_Knob, XYZ_Knob  # noqa: E402
 
 
 def formats():

@@ -14,7 +14,7 @@ import re
 
 from . import _knobs as K
 from ._state import STATE
-from ._undo import recorded
+from ._undo import recorded, setattr_hook
 
 # What dependencies()/dependent() follow, with the host's values.
 EXPRESSIONS = 1
@@ -211,6 +211,9 @@ class Node:
 
     # Public names that still answer on a dead handle (Group.end must leave the context).
     _DEAD_OK = frozenset()
+    # Undo sees a node before it changes; one without knobs yet is still being made.
+    __setattr__ = setattr_hook
+    _undo_complete = "_knobs"
 
     def __init__(self, cls, info=None, knobs=None):
         self._alive = True

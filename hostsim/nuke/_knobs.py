@@ -11,7 +11,7 @@ would fail in the host fails here too.
 
 import numbers
 
-from ._undo import recorded
+from ._undo import recorded, setattr_hook
 
 DEAD_HANDLE = "A PythonObject is not attached to a node"
 
@@ -106,6 +106,9 @@ class Knob:
     """Base of all knobs: name, label, tooltip, flags and the owning node."""
 
     _class_name = None  # what Class() answers; the Python class name unless set
+    # Undo sees a knob before it changes; one without a value yet is still being made.
+    __setattr__ = setattr_hook
+    _undo_complete = "_value"
 
     def __init__(self, name, label=None, *args):
         if not isinstance(name, str):
@@ -392,6 +395,39 @@ class AColor_Knob(Array_Knob):
     _dims = 4
 
 
+class XYZ_Knob(Array_Knob):
+    _dims = 3
+
+
+class UV_Knob(Array_Knob):
+    _dims = 2
+
+
+class BBox_Knob(Array_Knob):
+    """x, y, r and t of a box."""
+
+    _dims = 4
+
+
+class Link_Knob(Knob):
+    """Shows a knob of another node of the group; its value names that knob (`Blur1.size`)."""
+
+    def _initial_value(self, link=""):
+        return _check_text(self, link)
+
+    def _coerce(self, value):
+        return _check_text(self, value)
+
+    def getLink(self):
+        return self._value
+
+    def setLink(self, link):
+        self.setValue(link)
+
+    def makeLink(self, node, knob):
+        self.setValue("{}.{}".format(node, knob))
+
+
 class Enumeration_Knob(Knob):
     """A pulldown. `value()` is the current item, `getValue()` its index as a float.
 
@@ -516,4 +552,5 @@ class Format_Knob(Knob):
 KNOB_CLASSES = {cls.__name__: cls for cls in (
     Knob, Tab_Knob, String_Knob, Text_Knob, Multiline_Eval_String_Knob, EvalString_Knob, File_Knob,
     PythonKnob, PyScript_Knob, Boolean_Knob, Int_Knob, ColorChip_Knob, Array_Knob, Double_Knob,
-    WH_Knob, XY_Knob, Color_Knob, AColor_Knob, Enumeration_Knob, Format_Knob)}
+    WH_Knob, XY_Knob, Color_Knob, AColor_Knob, Enumeration_Knob, Format_Knob, XYZ_Knob, UV_Knob,
+    BBox_Knob, Link_Knob)}

@@ -9,6 +9,13 @@ Copies start with `set cut_paste_input [stack 0]`, which names what a paste hook
 
 Classes this host does not know become opaque nodes keeping their knob lines; knob lines it does not
 know stay with their node, and unknown user knobs keep their declaration: all are written back as read.
+
+Mask inputs are counted apart: `inputs 2+1` is two inputs and a mask, three nodes taken from the stack
+in input order. `clone $C {...}` makes a node like the one `set C [stack 0]` named, with the knob lines
+of its own block (its position, mostly) on top; it is written back as a clone while its knobs match
+the original's (a change to one is not passed on to the other here). A `Gizmo` block, like a Group's, is followed by its
+nodes and `end_group`. The host defines `cut_paste_input` itself: a paste sets it to the node it lands
+on, anything else to an empty input.
 """
 
 import re
@@ -38,6 +45,13 @@ class Word:
 
     def __repr__(self):
         return "Word({!r})".format(self.raw)
+
+
+# What the scanners stop at: in braces, the braces and escapes; in quotes, the quote, escapes and a
+# command in brackets; a bare word with none of those ends at a blank or separator.
+_BRACE_MARKS = re.compile(r"[{}\\]")
+_QUOTE_MARKS = re.compile(r'["\\\[]')
+_SIMPLE_BARE = re.compile(r"[^ \t\r\n;\\\[{\"]+(?=[ \t\r\n;]|$)")
 
 
 class _Lexer:
@@ -91,6 +105,10 @@ class _Lexer:
             raw = text[start:end + 1]
             self.line += raw.count("\n")
             return Word(value, raw, "quote")
+        simple = _SIMPLE_BARE.match(text, start)
+        if simple:
+            self.pos = simple.end()
+            return Word(simple.group(), simple.group(), "bare")
         out, i, n = [], start, len(text)
         while i < n and text[i] not in " \t\r\n;":
             if text[i] == "\\" and i + 1 < n:
@@ -107,20 +125,24 @@ class _Lexer:
         return Word("".join(out), text[start:i], "bare")
 
     def _brace_end(self, start):
-        depth, i, n = 0, start, len(self.text)
-        while i < n:
-            c = self.text[i]
+        depth, pos, text = 0, start, self.text
+        find = _BRACE_MARKS.search
+        while True:
+            mark = find(text, pos)
+            if mark is None:
+                self.fail("a { without its }")
+            i = mark.start()
+            c = text[i]
             if c == "\\":
-                i += 2
+                pos = i + 2
                 continue
             if c == "{":
                 depth += 1
-            elif c == "}":
+            else:
                 depth -= 1
                 if depth == 0:
                     return i
-            i += 1
-        self.fail("a { without its }")
+            pos = i + 1
 
     def _bracket_end(self, start):
         """The `]` closing the command substitution at `start`; quotes and braces inside it count."""
@@ -148,21 +170,26 @@ class _Lexer:
         inside is kept as written: quotes in it do not end the word."""
         out, i, n = [], start + 1, len(self.text)
         text = self.text
-        while i < n:
-            c = text[i]
+        find = _QUOTE_MARKS.search
+        while True:
+            mark = find(text, i)
+            if mark is None:
+                self.fail('a " without its closing "')
+            j = mark.start()
+            out.append(text[i:j])
+            c = text[j]
             if c == '"':
-                return "".join(out), i
-            if c == "\\" and i + 1 < n:
-                out.append(_ESCAPES.get(text[i + 1], text[i + 1]))
-                i += 2
+                return "".join(out), j
+            if c == "\\" and j + 1 < n:
+                out.append(_ESCAPES.get(text[j + 1], text[j + 1]))
+                i = j + 2
             elif c == "[":
-                end = self._bracket_end(i)
-                out.append(text[i:end + 1])
+                end = self._bracket_end(j)
+                out.append(text[j:end + 1])
                 i = end + 1
             else:
-                out.append(c)
-                i += 1
-        self.fail('a " without its closing "')
+                # A backslash that ends the text.
+                self.fail('a " without its closing "')
 
 
 def commands(text):
@@ -212,10 +239,10 @@ def number(value):
 # this host's own: it needs an id for each of its knob classes to read every user knob back as itself.
 KNOB_IDS = {
     1: "String_Knob", 2: "File_Knob", 3: "Int_Knob", 4: "Enumeration_Knob", 6: "Boolean_Knob",
-    7: "Double_Knob", 12: "XY_Knob", 14: "WH_Knob", 17: "Format_Knob", 18: "Color_Knob",
-    19: "AColor_Knob", 20: "Tab_Knob", 22: "PyScript_Knob", 26: "Text_Knob",
-    43: "Multiline_Eval_String_Knob", 44: "EvalString_Knob", 45: "PythonKnob",
-    46: "ColorChip_Knob",
+    7: "Double_Knob", 12: "XY_Knob", 13: "XYZ_Knob", 14: "WH_Knob", 15: "BBox_Knob",
+    17: "Format_Knob", 18: "Color_Knob", 19: "AColor_Knob", 20: "Tab_Knob", 22: "PyScript_Knob",
+    26: "Text_Knob", 30: "UV_Knob", 41: "Link_Knob", 43: "Multiline_Eval_String_Knob",
+    44: "EvalString_Knob", 45: "PythonKnob", 46: "ColorChip_Knob",
 }
 KNOB_CLASS_IDS = {name: ident for ident, name in KNOB_IDS.items()}
 FLAGS = {"INVISIBLE": K.INVISIBLE, "STARTLINE": K.STARTLINE, "ENDLINE": K.ENDLINE,
@@ -351,7 +378,7 @@ def _user_knob_lines(knob):
         words += ["l", quote(knob._label)]
     if knob._tooltip:
         words += ["t", quote(knob._tooltip)]
-    value_in_declaration = isinstance(knob, (K.PyScript_Knob, K.Text_Knob))
+    value_in_declaration = isinstance(knob, (K.PyScript_Knob, K.Text_Knob, K.Link_Knob))
     if value_in_declaration and knob._value:
         words += ["T", quote(knob._value)]
     if isinstance(knob, K.Enumeration_Knob):
@@ -369,10 +396,25 @@ def _user_knob_lines(knob):
     return lines
 
 
+# The input that is a class's mask, for the classes this host knows that have one.
+MASK_INPUT = {"Blur": 1, "Grade": 1, "Transform": 1, "Merge2": 2}
+
+
+def inputs_text(node, count):
+    """The count of `inputs`, with the masks apart (`2+1`) as the host writes them."""
+    index = MASK_INPUT.get(node._class)
+    if index is not None:
+        masks = 1 if count > index else 0
+    else:
+        read, masks = getattr(node, "_mask_inputs", (count, 0))
+        masks = max(0, min(masks, count - read))
+    return "{}+{}".format(count - masks, masks) if masks else str(count)
+
+
 def _node_lines(node, inputs):
     lines = []
     if inputs != 1:
-        lines.append("inputs {}".format(inputs))
+        lines.append("inputs " + inputs_text(node, inputs))
     own, user = _own_knobs(node)
     defaults = {} if isinstance(node, G.Root) else _class_defaults(node)
     for knob in own:
@@ -422,6 +464,9 @@ class _Writer:
             if kind == "push" and id(node) not in names:
                 self.variables += 1
                 names[id(node)] = "N{}".format(self.variables)
+        # Clones of a node written here are written as such, after it.
+        cloned = {id(n._clone_of) for n in nodes if getattr(n, "_clone_of", None) is not None}
+        clone_names = {}
         for kind, node in ops:
             if kind == "hook":
                 self.out.append(indent + "push $cut_paste_input")
@@ -430,7 +475,15 @@ class _Writer:
             elif kind == "push":
                 self.out.append("{}push ${}".format(indent, names[id(node)]))
             else:
-                self.node(node, counts[id(node)], indent)
+                original = getattr(node, "_clone_of", None)
+                if id(original) in clone_names and clone_lines(node) == clone_lines(original):
+                    self.clone(node, clone_names[id(original)], counts[id(node)], indent)
+                else:
+                    self.node(node, counts[id(node)], indent)
+                if id(node) in cloned:
+                    self.variables += 1
+                    clone_names[id(node)] = "C{}".format(self.variables)
+                    self.out.append("{}set {} [stack 0]".format(indent, clone_names[id(node)]))
                 if id(node) in names:
                     self.out.append("{}set {} [stack 0]".format(indent, names[id(node)]))
 
@@ -460,6 +513,11 @@ class _Writer:
     def take_hook(self):
         hook, self.hook = self.hook, False
         return hook
+
+    def clone(self, node, variable, inputs, indent):
+        own = [line for line in _node_lines(node, inputs) if line.split(" ", 1)[0] in _CLONE_OWN
+               and not line.startswith("name ")]
+        self.block(indent, "clone $" + variable, own)
 
     def node(self, node, inputs, indent):
         self.block(indent, node._class, _node_lines(node, inputs))
@@ -493,6 +551,7 @@ def write_script(root, name):
     lines = _node_lines(root, 0)
     writer.block("", "Root", ["name " + quote(name) if line.startswith("name ") else line
                               for line in lines])
+    writer.out.extend(getattr(root, "_commands", ()))
     writer.group(root._children, "")
     return "\n".join(writer.out) + "\n"
 
@@ -515,8 +574,9 @@ class Parsed:
     def __init__(self, text):
         self.commands = []  # (words, knob lines of a node's block or None)
         self.root_body = None
+        self.other = []  # commands that make no node (layers, layouts, ...), as written
         known = 0
-        defined = set()
+        defined = set(HOST_VARIABLES)
         for line, words in commands(text):
             head = words[0]
             if head.kind != "bare":
@@ -525,29 +585,41 @@ class Parsed:
             # off in the middle of a name, say) fails before any node is made.
             if head.value == "set" and len(words) >= 3:
                 defined.add(words[1].value)
-            elif (head.value == "push" and len(words) == 2 and words[1].value.startswith("$")
-                  and words[1].value[1:] not in defined):
+            elif head.value in ("push", "clone") and len(words) >= 2 \
+                    and words[1].value.startswith("$") and words[1].value[1:] not in defined:
                 raise ScriptError('line {}: can\'t read "{}": no such variable'.format(
                     line, words[1].value[1:]))
             if _is_node_command(words):
                 known += 1
-                body = _body(words[1].value, line)
+                body = _body(words[-1].value, line)
                 if head.value == "Root":
                     self.root_body = body
                 else:
                     self.commands.append((words, body))
                 continue
-            self.commands.append((words, None))
             if head.value in ("set", "push", "end_group", "version"):
                 known += 1
+                self.commands.append((words, None))
+            else:
+                self.other.append(" ".join(w.raw for w in words))
         # Other commands (window layouts, knob defaults, ...) say nothing about nodes and are passed
         # over; a text with none of the above is no script at all.
         if not known:
             raise ScriptError("no nodes and no script in it")
 
 
+# A block of knob lines: what tells a node of a class named in lower case (a studio's gizmo, say) from
+# a command such as `add_layer {...}`.
+_KNOB_LINES = re.compile(r"(?:^|\n)[ \t]*(?:name|xpos|inputs) ")
+
+
 def _is_node_command(words):
-    return len(words) == 2 and words[1].kind == "brace" and words[0].value[:1].isupper()
+    if len(words) == 3 and words[0].value == "clone":
+        return words[2].kind == "brace"
+    if len(words) != 2 or words[1].kind != "brace":
+        return False
+    return words[0].value[:1].isupper() or (
+        G._NAME_RE.match(words[0].value) is not None and _KNOB_LINES.search(words[1].value) is not None)
 
 
 def _body(text, line):
@@ -558,22 +630,48 @@ def _body(text, line):
         for words in lines:
             if words[0].value == "addUserKnob" and len(words) == 2:
                 split_words(words[1].value)
-            elif words[0].value == "inputs" and not re.match(r"^\d+$", _second(words)):
+            elif words[0].value == "inputs" and not _INPUTS.match(_second(words)):
                 raise ScriptError("inputs {} is not a count".format(_second(words)))
     except ScriptError as error:
         raise ScriptError("in the block that starts on line {}: {}".format(line, error))
     return lines
 
 
+_INPUTS = re.compile(r"^(\d+)(?:\+(\d+))?$")
+
+# Classes whose block is followed by the nodes inside them and `end_group`.
+GROUP_CLASSES = ("Group", "Gizmo")
+
+# Variables the host defines before it reads a script.
+HOST_VARIABLES = ("cut_paste_input",)
+
+
 def _second(words):
     return words[1].value if len(words) == 2 else " ".join(w.raw for w in words[1:])
+
+
+def _input_count(lines):
+    """How many inputs a block takes from the stack, and how many of them are masks."""
+    for words in lines:
+        if words[0].value == "inputs" and len(words) == 2:
+            match = _INPUTS.match(words[1].value)
+            return int(match.group(1)), int(match.group(2) or 0)
+    return 1, 0
+
+
+_CLONE_OWN = ("inputs", "name", "xpos", "ypos", "selected")
+
+
+def clone_lines(node):
+    """The knob lines a clone shares with `node`: all but its inputs, name, place and selection."""
+    return [line for line in _node_lines(node, 0) if line.split(" ", 1)[0] not in _CLONE_OWN]
 
 
 class _Reader:
     def __init__(self, group, target, keep_selection):
         self.groups = [group]
         self.stacks = [[target]]
-        self.vars = {}
+        self.vars = {"cut_paste_input": target}
         self.keep_selection = keep_selection
         self.created = []  # the nodes made at the top level, in file order
         self.links = []  # (node, input, source), made once every node exists
@@ -582,7 +680,10 @@ class _Reader:
         for words, body in parsed.commands:
             head = words[0].value
             if body is not None:
-                self.make(head, body)
+                if head == "clone":
+                    self.clone(words[1].value, body)
+                else:
+                    self.make(head, body)
             elif head == "set" and len(words) >= 3:
                 self.vars[words[1].value] = self.stack_top(words[2].value)
             elif head == "push" and len(words) == 2:
@@ -607,21 +708,24 @@ class _Reader:
             return stack[-1 - int(match.group(1))]
         return None
 
-    def make(self, cls, lines):
+    def make(self, cls, lines, info=None):
         group, stack = self.groups[-1], self.stacks[-1]
-        count = 1
-        for words in lines:
-            if words[0].value == "inputs":
-                count = int(words[1].value)
+        count, masks = _input_count(lines)
         sources = []
-        for _ in range(count):
+        for _ in range(count + masks):
             sources.append(stack.pop() if stack else None)
         name = next((w[1].value for w in lines if w[0].value == "name" and len(w) == 2), None)
+        name = name if name and G._NAME_RE.match(name) else None
         if cls in G.CLASSES:
-            node = G.new_node(cls, group, name if name and G._NAME_RE.match(name) else None)
+            node = G.new_node(cls, group, name, info=info)
+        elif cls in GROUP_CLASSES:
+            # A group of a class of its own (a gizmo): a Group that answers its class.
+            node = G.new_node("Group", group, name, info=G.opaque_info(cls))
+            node._class = cls
         else:
-            node = G.new_node(cls, group, name if name and G._NAME_RE.match(name) else None,
-                              info=G.opaque_info(cls))
+            node = G.new_node(cls, group, name, info=info or G.opaque_info(cls))
+        if masks:
+            node._mask_inputs = (count, masks)
         read_body(node, lines)
         if not self.keep_selection:
             node._knob_obj("selected")._value = False
@@ -631,8 +735,29 @@ class _Reader:
         if len(self.groups) == 1:
             self.created.append(node)
         if isinstance(node, G.Group):
-            self.groups.append(node)
-            self.stacks.append([])
+            self.make_group(node)
+        return node
+
+    def clone(self, ref, lines):
+        original = self.vars.get(ref[1:]) if ref.startswith("$") else None
+        if original is None or not original._alive:
+            # `clone node0x...|Class|id {...}`: the first of its clones, with all its knob lines.
+            parts = ref.split("|")
+            cls = parts[1] if len(parts) == 3 and parts[1] else "NoOp"
+            node = self.make(cls, lines)
+        else:
+            shared = [words for _, words in commands("\n".join(clone_lines(original)))]
+            node = self.make(original._class, shared + lines, info=original._info)
+            node._clone_of = original
+        if isinstance(node, G.Group):
+            # A clone of a group is written without its nodes.
+            self.groups.pop()
+            self.stacks.pop()
+        return node
+
+    def make_group(self, node):
+        self.groups.append(node)
+        self.stacks.append([])
 
 
 def read_body(node, lines):
@@ -684,7 +809,7 @@ def user_knob(declaration):
         elif key == "t" and value is not None:
             knob._tooltip = value.value
             i += 2
-        elif key == "T" and value is not None and isinstance(knob, K.String_Knob):
+        elif key == "T" and value is not None and isinstance(knob, (K.String_Knob, K.Link_Knob)):
             knob._value = value.value
             i += 2
         elif key == "M" and value is not None and isinstance(knob, K.Enumeration_Knob):
@@ -732,3 +857,5 @@ def load(parsed, group, target=None, keep_selection=False):
 def load_root(parsed, root):
     if parsed.root_body is not None:
         read_body(root, parsed.root_body)
+    # Layers, layouts and the like: written back after the Root block as they were read.
+    root._commands = tuple(parsed.other)

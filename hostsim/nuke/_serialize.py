@@ -139,6 +139,7 @@ def scriptName():
 def scriptClear():
     """Empties the script: nodes, selection, contexts, clipboard, the root's settings, the frame."""
     STATE.root._reset()
+    STATE.root._commands = ()
     STATE.context[:] = []
     STATE.clipboard = None
     STATE.active_viewer = None

@@ -1,126 +1,184 @@
-"""Undo and redo: each step keeps the whole script's state from before and after it.
+"""Undo and redo: each step keeps what it changed, object by object, from before and after it.
 
-A state is every node's group, children, inputs, knob objects and knob values, held by reference to the
-node and knob objects themselves. Restoring one brings those very objects back, so a handle taken before
-a delete works again once the delete is undone, and a node made by a step dies again when it is undone.
+Nodes and knobs tell the open steps before they change: assigning one of their fields, or changing a
+list they hold in place (a node's inputs, children and knobs, an array knob's values), first hands
+the object to `touch`, which keeps a copy of its fields the first time the step sees it. When the
+step ends, each object it saw is copied again as it is now. Undoing a step puts the copies from
+before back into those very objects, redoing puts the copies from after; so a handle taken before a
+delete works again once the delete is undone, and a node made by a step dies again when it is
+undone. What a step costs depends on what it changed, not on the size of the script.
 
 What makes a step: a public call that changes the script (creating, deleting, pasting, wiring, renaming,
 moving, a knob's value, label, tooltip or flags) when no other such call and no `Undo` group is
 running; or everything between the outermost `Undo.begin()` and its `end()`. Selecting nodes makes no
-step of its own (as clicking around in the host's graph fills no undo list), but every step restores
-the selection it found. Opening or clearing a script forgets the history.
-
-A state is taken whole, so changes made while undo is disabled are not told apart from the changes of
-the step around them: undoing the next step also takes them back.
+step of its own (as clicking around in the host's graph fills no undo list), but a step puts back
+the selection of the nodes it selected or deselected. Opening or clearing a script forgets the
+history. Changes made while undo is disabled are not recorded.
 """
 
 import functools
 
 from ._state import STATE
 
+# The steps being recorded now, outermost first: each recorded call that is not inside another, and
+# each open `Undo` group.
+_OPEN = []
+
+
+class _Journal:
+    """What one step changed: each touched object with a copy of its fields from before (None for an
+    object the step made), then from after."""
+
+    __slots__ = ("objects", "viewer", "after", "after_viewer")
+
+    def __init__(self):
+        self.objects = {}
+        self.viewer = STATE.active_viewer
+        self.after = None
+        self.after_viewer = None
+
 
 # ---------------------------------------------------------------------------------------------
-# States of the whole script
+# Recording changes
 # ---------------------------------------------------------------------------------------------
 
 
-def _vars(obj):
-    # Nodes and knobs check their handle on every attribute; a state is taken on every step, so it
-    # reads their fields directly.
+class TrackedList(list):
+    """A list held by a node or knob; it tells the open steps about its owner before it changes."""
+
+    __slots__ = ("owner",)
+
+
+def _telling(name):
+    change = getattr(list, name)
+
+    def changed(self, *args, **kwargs):
+        if _OPEN and not STATE.undo_disabled:
+            touch(self.owner)
+        return change(self, *args, **kwargs)
+
+    changed.__name__ = name
+    return changed
+
+
+for _name in ("append", "extend", "insert", "remove", "pop", "clear", "sort", "reverse",
+              "__setitem__", "__delitem__", "__iadd__", "__imul__"):
+    setattr(TrackedList, _name, _telling(_name))
+
+
+def tracked(owner, value):
+    if value.__class__ is list:
+        value = TrackedList(value)
+        value.owner = owner
+    return value
+
+
+def setattr_hook(self, name, value):
+    """`__setattr__` of nodes and knobs: the open steps see the object before it changes."""
+    if _OPEN and not STATE.undo_disabled:
+        touch(self)
+    object.__setattr__(self, name, tracked(self, value) if value.__class__ is list else value)
+
+
+class _Saved(tuple):
+    """A list field as a step keeps it."""
+
+    __slots__ = ()
+
+
+def _fields(obj):
     return object.__getattribute__(obj, "__dict__")
 
 
-def _walk():
-    pending = [STATE.root]
-    while pending:
-        node = pending.pop()
-        yield node
-        pending.extend(_vars(node).get("_children", ()))
+def _copy(obj):
+    """The object's fields, lists as tuples; None while the object is still being made."""
+    fields = _fields(obj)
+    if obj._undo_complete not in fields:
+        return None
+    return {key: _Saved(value) if value.__class__ is TrackedList else value
+            for key, value in fields.items()}
 
 
-def _knob_state(knob):
-    fields = _vars(knob)
-    value = fields["_value"]
-    is_list = value.__class__ is list
-    items = fields.get("_items")
-    return (fields["_label"], fields["_tooltip"], fields["_flags"],
-            tuple(value) if is_list else value, is_list, None if items is None else tuple(items),
-            fields["_raw"])
+def touch(obj):
+    """Keeps `obj` as it is now in every open step that has not seen it yet."""
+    key = id(obj)
+    copy = _MISSING
+    for journal in _OPEN:
+        if key not in journal.objects:
+            if copy is _MISSING:
+                copy = _copy(obj)
+            journal.objects[key] = (obj, copy)
 
 
-def capture():
-    """The state of the whole script; two states compare equal when nothing changed between them."""
-    nodes = []
-    for node in _walk():
-        fields = _vars(node)
-        children = fields.get("_children")
-        knobs = fields["_knobs"]
-        nodes.append((node, (
-            fields["_parent"],
-            None if children is None else tuple(children),
-            tuple(fields["_inputs"]),
-            tuple(knobs),
-            tuple(map(_knob_state, knobs)),
-            tuple(fields["_viewer_active"]),
-            fields["_selected_at"],
-            fields["_extra"],
-        )))
-    return tuple(nodes), STATE.active_viewer
+_MISSING = object()
 
 
-def _restore_knob(knob, state):
-    fields = _vars(knob)
-    label, tooltip, flags, value, is_list, items, raw = state
-    fields.update(_label=label, _tooltip=tooltip, _flags=flags,
-                  _value=list(value) if is_list else value, _raw=raw)
-    if items is not None:
-        fields["_items"] = list(items)
+def _put_back(obj, copy):
+    fields = _fields(obj)
+    for key in [key for key in fields if key not in copy]:
+        del fields[key]
+    for key, value in copy.items():
+        fields[key] = tracked(obj, list(value)) if value.__class__ is _Saved else value
 
 
-def restore(state):
+def _apply(journal, side):
+    """Puts every object the step touched back as it was before (side 0) or after (side 1) it."""
     from . import _graph
 
-    nodes, active_viewer = state
-    kept = {id(node) for node, _ in nodes}
-    for node in list(_walk()):
-        if id(node) not in kept:
-            _graph._kill(node)
-    for node, (parent, children, inputs, knobs, saved, viewer, selected_at, extra) in nodes:
-        node._alive = True
-        node._parent = parent
-        if children is not None:
-            node._children = list(children)
-        node._inputs = list(inputs)
-        for knob in node._knobs:
-            knob._node = None
-        node._knobs = list(knobs)
-        for knob, values in zip(knobs, saved):
-            knob._node = node
-            _restore_knob(knob, values)
-        node._viewer_active = list(viewer)
-        node._selected_at = selected_at
-        node._extra = extra
-    STATE.active_viewer = active_viewer
-
-
-# ---------------------------------------------------------------------------------------------
-# The history
-# ---------------------------------------------------------------------------------------------
+    nodes_made = []
+    knobs_made = []
+    for obj, before, after in journal.after:
+        copy = (before, after)[side]
+        if copy is None:
+            # The object did not exist on this side of the step.
+            if isinstance(obj, _graph.Node):
+                nodes_made.append(obj)
+            else:
+                knobs_made.append(obj)
+        else:
+            _put_back(obj, copy)
+    for node in nodes_made:
+        _fields(node)["_alive"] = False
+    for knob in knobs_made:
+        node = _fields(knob).get("_node")
+        if node is not None and _fields(node).get("_alive") and knob not in _fields(node)["_knobs"]:
+            _fields(knob)["_node"] = None
+    STATE.active_viewer = (journal.viewer, journal.after_viewer)[side]
 
 
 class _Step:
-    def __init__(self, name, before, after):
-        self.name, self.before, self.after = name, before, after
+    __slots__ = ("name", "journal")
+
+    def __init__(self, name, journal):
+        self.name, self.journal = name, journal
 
 
-def _record(name, before):
-    """Adds a step from `before` to now, unless recording is off or nothing changed."""
-    if STATE.undo_disabled:
+def _open():
+    journal = _Journal()
+    _OPEN.append(journal)
+    return journal
+
+
+def _close(journal):
+    """Ends the journal; True when it changed anything."""
+    _OPEN.remove(journal)
+    changes = []
+    changed = journal.viewer is not STATE.active_viewer
+    for obj, before in journal.objects.values():
+        after = _copy(obj)
+        changes.append((obj, before, after))
+        if before != after:
+            changed = True
+    journal.after = changes
+    journal.after_viewer = STATE.active_viewer
+    return changed
+
+
+def _record(name, journal):
+    """Adds a step of what `journal` saw, unless recording is off or nothing changed."""
+    if not _close(journal) or STATE.undo_disabled:
         return
-    after = capture()
-    if after == before:
-        return
-    STATE.undo_steps.append(_Step(name or "", before, after))
+    STATE.undo_steps.append(_Step(name or "", journal))
     del STATE.redo_steps[:]
 
 
@@ -129,6 +187,7 @@ def forget():
     del STATE.undo_steps[:]
     del STATE.redo_steps[:]
     del STATE.undo_groups[:]
+    del _OPEN[:]
     STATE.undo_calls = 0
 
 
@@ -148,14 +207,14 @@ def recorded(describe, when=None):
             except Exception:
                 # Bad arguments: the call itself says what is wrong with them.
                 name = ""
-            before = capture()
+            journal = _open()
             STATE.undo_calls += 1
             try:
                 return function(*args, **kwargs)
             finally:
                 STATE.undo_calls -= 1
                 # A call that failed half-way is still undoable as one step.
-                _record(name, before)
+                _record(name, journal)
 
         return call
 
@@ -187,26 +246,28 @@ class Undo:
     @staticmethod
     def begin(name=None):
         """Opens a group; groups nest, and only the outermost one makes a step when it ends."""
-        STATE.undo_groups.append([None if name is None else str(name), capture()])
+        STATE.undo_groups.append([None if name is None else str(name), _open()])
 
     @staticmethod
     def end():
         if not STATE.undo_groups:
             return
-        name, before = STATE.undo_groups.pop()
+        name, journal = STATE.undo_groups.pop()
         if STATE.undo_groups:
+            _close(journal)
             outer = STATE.undo_groups[0]
             if outer[0] is None:
                 outer[0] = name
             return
-        _record(name, before)
+        _record(name, journal)
 
     @staticmethod
     def cancel():
         """Takes back what the innermost open group did and closes it without a step."""
         if STATE.undo_groups:
-            _, before = STATE.undo_groups.pop()
-            restore(before)
+            _, journal = STATE.undo_groups.pop()
+            _close(journal)
+            _apply(journal, 0)
 
     @staticmethod
     def new():
@@ -238,14 +299,14 @@ class Undo:
             Undo.end()
         if STATE.undo_steps:
             step = STATE.undo_steps.pop()
-            restore(step.before)
+            _apply(step.journal, 0)
             STATE.redo_steps.append(step)
 
     @staticmethod
     def redo():
         if STATE.redo_steps:
             step = STATE.redo_steps.pop()
-            restore(step.after)
+            _apply(step.journal, 1)
             STATE.undo_steps.append(step)
 
     @staticmethod

@@ -291,3 +291,23 @@ def test_headless_dialogs_are_answered_at_once_and_a_failing_scenario_ends_the_r
     assert result.returncode == 1 and "AttributeError" in result.stderr
     assert "[dialog] cobaltRig: Please set a viewer input." in result.stderr
     assert (data / "done.txt").read_text() == "['recorded only']"
+
+
+def test_file_open_reads_a_published_script_and_a_look_stores_on_one_of_its_nodes(demo,
+                                                                                   monkeypatch):
+    path = os.path.join(HOSTSIM, "..", "..", "shared", "corpus", "nst", "NukeSurvivalToolkit",
+                        "nk_files", "NST_AdvancedKeyingTemplate.nk")
+    monkeypatch.setattr(QtWidgets.QFileDialog, "getOpenFileName",
+                        lambda *args, **kwargs: (os.path.normpath(path), ""))
+    next(a for m in demo.menus for a in m.actions() if a.text() == "&Open...").trigger()
+    demo.sync()
+    assert demo.windowTitle().endswith("NST_AdvancedKeyingTemplate.nk")
+    assert set(demo.graph.items) == {id(n) for n in nuke.allNodes()}
+    grade = nuke.allNodes("Grade")[0]
+    name = grade.name()
+    grade.selectOnly()
+    demo.menu_command("cobaltRig", "looks", "store look of selected nodes")
+    grade = nuke.toNode(name)
+    assert [k.name() for k in grade.allKnobs() if k.name().startswith("look_preset_")] == [
+        "look_preset_1"]
+    assert nuke.toNode("looks") is not None and nuke.toNode("looks").nodes()

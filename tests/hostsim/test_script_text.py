@@ -61,11 +61,11 @@ def check_user_knobs():
     node = nuke.toNode("Controls")
     knobs = {k.name(): k for k in node.allKnobs()}
     assert [k.Class() for k in node.allKnobs()[-8:]] == [
-        "Tab_Knob", "Double_Knob", "Color_Knob", "Boolean_Knob", "Knob", "PyScript_Knob",
+        "Tab_Knob", "Double_Knob", "Color_Knob", "Boolean_Knob", "Link_Knob", "PyScript_Knob",
         "Text_Knob", "Enumeration_Knob"]
     assert knobs["scale"].value() == 2.0 and knobs["pick"].value() == [0.1, 0.2, 0.3]
     assert knobs["pick"].tooltip() == "the colour to key" and knobs["enabled"].value() is True
-    assert knobs["mute1"].label() == "Mute"
+    assert knobs["mute1"].label() == "Mute" and knobs["mute1"].getLink() == "GradeLG01_.mute1"
     assert knobs["run"].label() == "run it" and knobs["run"].getFlag(nuke.STARTLINE)
     assert knobs["mode"].values() == ["fast", "very slow", ""] and knobs["mode"].value() == "very slow"
     del hostctl.messages[:]
