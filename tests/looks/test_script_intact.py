@@ -64,6 +64,9 @@ def test_apply_update_and_undo_keep_connections_label_and_clipboard(rig, nuke, h
     node = rig.apply_preset(node, node["look_preset_1"].tooltip(), "1")
     assert connections(nuke) == wired and {k: node[k].toScript() for k in raw} == raw
     assert host.clipboard() == ARTIST_COPY
+    nuke.undo()
+    nuke.undo()
+    assert host.script_text() == script
 
 
 def test_no_look_operation_touches_the_clipboard(rig, nuke, host, chain):
