@@ -73,21 +73,15 @@ def test_no_look_operation_touches_the_clipboard(rig, nuke, host, chain):
     _, blur, grade = chain
     host.set_clipboard(ARTIST_COPY)
     store(blur)
-    store(blur)
     blur.selectOnly()
     grade.setSelected(True)
     rig.batch_set_look()
-    blur = nuke.toNode("Blur1")
-    blur["look_preset_1"].execute()
-    blur = nuke.toNode("Blur1")
-    host.queue_panel(1, {UPDATE: "2"})
-    blur["look_update"].execute()
-    host.queue_panel(1, {"Select a preset to delete": "2"})
-    blur["look_delete"].execute()
-    blur.selectOnly()
+    blur = rig.apply_preset(blur, blur["look_preset_1"].tooltip(), "1")
+    for button, panel in (("look_update", UPDATE), ("look_delete", "Select a preset to delete")):
+        host.queue_panel(1, {panel: "2"})
+        blur[button].execute()
     rig.delete_selected_nodes_looks()
     assert host.clipboard() == ARTIST_COPY and host.messages == []
-    assert nuke.nodePaste("%clipboard%").name() == "FromTheArtist"
 
 
 def test_storing_counts_the_looks_of_the_node_it_stores(rig, nuke, chain):
@@ -116,26 +110,20 @@ def test_looks_work_where_undo_groups_only_take_the_instance_form(rig, nuke, hos
     assert nuke.toNode("Blur1")["mix"].value() == 0.5
 
 
-@pytest.fixture
-def cobalt_menu(nuke, monkeypatch):
-    monkeypatch.setattr(sys, "path", list(sys.path))
-    monkeypatch.delitem(sys.modules, "cobaltRig.menu", raising=False)
-    importlib.import_module("cobaltRig.menu")
-    yield nuke.menu("Nuke").findItem("cobaltRig")
-    nuke.menu("Nuke").removeItem("cobaltRig")
-
-
-def test_the_menu_entry_stores_the_selection_as_one_undo_step(rig, nuke, host, chain, cobalt_menu):
+def test_the_menu_entry_stores_the_selection_as_one_undo_step(rig, nuke, host, chain,
+                                                             monkeypatch):
     _, blur, grade = chain
-    assert cobalt_menu.icon() == "logo.png"
+    monkeypatch.delitem(sys.modules, "cobaltRig.menu", raising=False)
+    menu = importlib.import_module("cobaltRig.menu").register()
+    assert menu.icon() == "logo.png"
     blur.selectOnly()
     grade.setSelected(True)
-    host.set_clipboard(ARTIST_COPY)
     script, steps = host.script_text(), nuke.Undo.undoSize()
 
-    cobalt_menu.findItem("looks/store look of selected nodes").invoke()
+    menu.findItem("looks/store look of selected nodes").invoke()
 
     assert look_knobs(blur) == look_knobs(grade) == ["look_preset_1"]
-    assert nuke.Undo.undoSize() == steps + 1 and host.clipboard() == ARTIST_COPY
+    assert nuke.Undo.undoSize() == steps + 1
     nuke.undo()
     assert host.script_text() == script
+    nuke.menu("Nuke").removeItem("cobaltRig")
