@@ -6,7 +6,10 @@
     hostctl.panels_shown                    what each panel offered and what it answered
     hostctl.queue_answer(True)              the next nuke.ask() / nuke.getInput() answer
     hostctl.set_interactive(True)           dialogs without a queued answer become real Qt dialogs
-    hostctl.clipboard()                     the text nodeCopy("%clipboard%") wrote, or None
+    hostctl.clipboard()                     the text on the operating system's clipboard, or None
+    hostctl.set_clipboard(text)             puts text there (None empties it), as another program does
+    hostctl.set_node_under_pointer(node)    the node under the pointer at the last hotkey (None: none)
+    hostctl.set_undo_instance_only(True)    nuke.Undo answers only on an instance, as older hosts do
     hostctl.set_active_viewer(node)         make this Viewer the active one (None: the newest again)
     hostctl.set_copy_writes_nothing(True)   nodeCopy to a file still answers True but writes no file
     hostctl.script_text()                   the whole script as scriptSave would write it, to compare
@@ -16,14 +19,15 @@ taken once keeps working.
 """
 
 import nuke
-from nuke import _nk
+from nuke import _nk, _ui
 from nuke._serialize import scriptClear
 from nuke._state import STATE
 from nuke._ui import UnexpectedDialog
 
 __all__ = ["UnexpectedDialog", "clipboard", "is_interactive", "messages", "panels_shown",
            "pending_answers", "queue_answer", "queue_panel", "reset", "script_text",
-           "set_active_viewer", "set_clipboard", "set_copy_writes_nothing", "set_interactive"]
+           "set_active_viewer", "set_clipboard", "set_copy_writes_nothing", "set_interactive",
+           "set_node_under_pointer", "set_undo_instance_only"]
 
 messages = STATE.messages
 panels_shown = STATE.panels_shown
@@ -40,6 +44,9 @@ def reset():
     STATE.interactive = False
     STATE.copy_writes_nothing = False
     STATE.undo_disabled = 0
+    STATE.node_under_pointer = None
+    STATE.undo_instance_only = False
+    set_clipboard(None)
 
 
 def queue_panel(result=1, values=None):
@@ -68,11 +75,19 @@ def is_interactive():
 
 
 def clipboard():
-    return STATE.clipboard
+    return _ui.clipboard_text()
 
 
 def set_clipboard(text):
-    STATE.clipboard = text
+    _ui.set_clipboard_text(text)
+
+
+def set_node_under_pointer(node):
+    STATE.node_under_pointer = node
+
+
+def set_undo_instance_only(flag=True):
+    STATE.undo_instance_only = bool(flag)
 
 
 def script_text():

@@ -16,6 +16,11 @@ Where the host's reference leaves a choice open, this host decides so:
   `value()`.
 - Selecting nodes makes no undo step of its own; a `with nuke.Undo():` block that fails still ends as
   one step, which undo can take back (nothing is rolled back by itself).
+- Of the script language in text knobs, only `[value knob]` and `[knob knob]` are evaluated (a knob
+  named as `knob`, `Node.knob`, `parent.Node.knob` or `root.knob`); other commands stay as typed. An
+  expression on a number knob is kept, copied and followed by `dependencies()`, but not computed.
+- `Undo`'s methods answer on an instance and on the class, as the newest host's do;
+  `hostctl.set_undo_instance_only()` makes it refuse the class-level form, as older hosts do.
 """
 
 import os

@@ -432,21 +432,51 @@ class Node:
         if node is not None and self._class == "Viewer" and self._viewer_active[0] is None:
             self._viewer_active[0] = i
 
-    def dependencies(self, what=INPUTS | HIDDEN_INPUTS | EXPRESSIONS):
-        """The nodes feeding this one, in input order, each once: no gaps, no None."""
-        if not what & (INPUTS | HIDDEN_INPUTS):
+    def _pipes(self, what):
+        """The nodes on the input pipes that `what` asks for: the visible ones (INPUTS), or the
+        ones of a node whose inputs are hidden (HIDDEN_INPUTS)."""
+        hidden = bool(self._knob_value("hide_input"))
+        if not what & (HIDDEN_INPUTS if hidden else INPUTS):
             return []
+        return [node for node in self._inputs if node is not None]
+
+    def _expression_links(self):
+        found = []
+        for knob in self._knobs:
+            for node in K.referenced_nodes(knob):
+                if node._alive and node not in found:
+                    found.append(node)
+        return found
+
+    def dependencies(self, what=INPUTS | HIDDEN_INPUTS | EXPRESSIONS):
+        """The nodes this one reads from, each once, without gaps: its inputs in input order,
+        then (EXPRESSIONS) the nodes its expressions and [commands] name."""
+        what = operator.index(what)
         result = []
-        for node in self._inputs:
-            if node is not None and node not in result:
+        for node in self._pipes(what) + (self._expression_links() if what & EXPRESSIONS else []):
+            if node not in result:
                 result.append(node)
         return result
 
     def dependent(self, what=INPUTS | HIDDEN_INPUTS | EXPRESSIONS, forceEvaluate=True):
-        """The nodes of the same group fed by this one, in graph order."""
-        if not what & (INPUTS | HIDDEN_INPUTS) or self._parent is None:
+        """The nodes that read from this one: those of its group it feeds through an input, then
+        (EXPRESSIONS) those anywhere whose expressions name it."""
+        what = operator.index(what)
+        if self._parent is None:
             return []
-        return [n for n in self._parent._children if self in n._inputs]
+        result = [n for n in self._parent._children if self in n._pipes(what)]
+        if what & EXPRESSIONS:
+            result += [n for n in _everywhere() if n not in result and self in n._expression_links()]
+        return result
+
+
+def _everywhere():
+    pending, found = list(STATE.root._children), []
+    while pending:
+        node = pending.pop(0)
+        found.append(node)
+        pending.extend(getattr(node, "_children", ()))
+    return found
 
 
 def _upstream(node):
@@ -688,10 +718,20 @@ def _selected_output(group):
 
 
 def selectedNode():
-    node = _selected_output(current_group())
-    if node is None:
-        raise ValueError("No node selected")
-    return node
+    """The node the artist is working on: a selected node of the highest graph level that has one
+    (searched from the top, into groups), one that no other selected node there takes as input;
+    with nothing selected, the node under the pointer when the last key press was a hotkey."""
+    level = [STATE.root]
+    while level:
+        for group in level:
+            node = _selected_output(group)
+            if node is not None:
+                return node
+        level = [child for group in level for child in group._children if isinstance(child, Group)]
+    pointed = STATE.node_under_pointer
+    if pointed is not None and pointed._alive:
+        return pointed
+    raise ValueError("No node selected")
 
 
 def frame(f=None):

@@ -10,6 +10,8 @@ would fail in the host fails here too.
 """
 
 import numbers
+import operator
+import re
 
 from ._undo import recorded, setattr_hook
 
@@ -236,36 +238,189 @@ class Tab_Knob(Knob):
         return True
 
 
+# ---------------------------------------------------------------------------------------------
+# Text with [commands]: what `value()` of a text knob gives, and which nodes an expression names
+# ---------------------------------------------------------------------------------------------
+
+# How deep [value ...] may lead from one text knob into others before the text is left as typed:
+# a label that shows itself would otherwise never end.
+_MAX_EVAL_DEPTH = 8
+_eval_depth = [0]
+
+_WORD = r"[A-Za-z_][A-Za-z0-9_]*"
+# A knob named by node path and knob name in an expression, perhaps with a channel after it:
+# Grade2.mix, parent.Blur1.size, Grade2.white.r.
+_DOTTED = re.compile(r"(?<![\w.$]){w}(?:\.{w})+".format(w=_WORD))
+
+
+def _bracket_commands(text):
+    """(start, end, command) of each top-level [command] of `text`; a backslash escapes a bracket."""
+    found, depth, start, i = [], 0, None, 0
+    while i < len(text):
+        char = text[i]
+        if char == "\\":
+            i += 2
+            continue
+        if char == "[":
+            if depth == 0:
+                start = i
+            depth += 1
+        elif char == "]" and depth:
+            depth -= 1
+            if depth == 0:
+                found.append((start, i + 1, text[start + 1:i]))
+        i += 1
+    return found
+
+
+def _resolve_node(node, parts):
+    """The node that `parts` (a dotted node path from an expression) names, seen from `node`: a
+    path leads from the node's group into groups by name, as toNode's does; `parent` is that group
+    itself (again for each further `parent`), `root` the script's root, `this` the node."""
+    if node is None:
+        return None
+    from . import _graph
+
+    if not parts or parts == ["this"]:
+        return node
+    if parts[0] == "root":
+        return _graph._find_path(_graph.STATE.root, parts[1:])
+    start = node._parent
+    if parts[0] == "parent":
+        parts = parts[1:]
+        while parts and parts[0] == "parent" and start is not None:
+            start, parts = start._parent, parts[1:]
+        if start is None or not parts:
+            return start
+    return None if start is None else _graph._find_path(start, parts)
+
+
+def _resolve_knob(knob, reference):
+    """The knob that `reference` names ("mix", "Grade2.mix", "root.name"), seen from `knob`."""
+    parts = reference.split(".")
+    node = _resolve_node(knob._node, parts[:-1])
+    return None if node is None else node._knob_obj(parts[-1])
+
+
+def _value_text(knob):
+    """A knob's value as the [value ...] command gives it."""
+    if isinstance(knob, String_Knob):
+        return knob.value()
+    if isinstance(knob, Array_Knob):
+        value = knob.value()
+        return " ".join("{:g}".format(v) for v in value) if isinstance(value, list) \
+            else "{:g}".format(value)
+    if isinstance(knob, Boolean_Knob):
+        return "1" if knob._value else "0"
+    return knob._script_text()
+
+
+def _run_command(knob, command):
+    words = command.split()
+    if len(words) == 2 and words[0] in ("value", "knob"):
+        target = _resolve_knob(knob, words[1])
+        if target is not None:
+            return _value_text(target) if words[0] == "value" else target.toScript()
+    return None
+
+
+def evaluate_text(knob, text):
+    """`text` with each [value k] and [knob k] it holds replaced; a command this host does not
+    know, or one naming no knob, stays as typed."""
+    if "[" not in text or _eval_depth[0] >= _MAX_EVAL_DEPTH:
+        return text
+    _eval_depth[0] += 1
+    try:
+        out, last = [], 0
+        for start, end, command in _bracket_commands(text):
+            result = _run_command(knob, command.strip())
+            out.append(text[last:start])
+            out.append(text[start:end] if result is None else result)
+            last = end
+        out.append(text[last:])
+        return "".join(out)
+    finally:
+        _eval_depth[0] -= 1
+
+
+def referenced_nodes(knob):
+    """The nodes an expression or a [command] in the knob's text names, other than its own."""
+    texts = []
+    if isinstance(knob, String_Knob) and not isinstance(knob, (PyScript_Knob, PythonKnob,
+                                                               Text_Knob)):
+        texts += [command for _, _, command in _bracket_commands(knob._value or "")]
+    if knob._raw is not None:
+        texts.append(knob._raw)
+    found = []
+    for text in texts:
+        for match in _DOTTED.finditer(text):
+            parts = match.group(0).split(".")
+            # The last part names a knob, or a channel after the knob.
+            for path in (parts[:-1], parts[:-2]):
+                target = _resolve_node(knob._node, path) if path else None
+                if target is not None:
+                    break
+            if target is not None and target is not knob._node and target not in found:
+                found.append(target)
+    return found
+
+
 class String_Knob(Knob):
+    """Text. `value()` and `getValue()` give it evaluated, `getText()` and `toScript()` as typed."""
+
+    # Knobs whose text is code or a caption: their value is the text as typed.
+    _evaluated = True
+
     def _initial_value(self, text=""):
         return _check_text(self, text)
 
     def _coerce(self, value):
         return _check_text(self, value)
 
+    def value(self):
+        if not self._evaluated or self._value is None:
+            return self._value
+        return evaluate_text(self, self._value)
+
+    def getText(self):
+        return self._value
+
+    def setText(self, text):
+        return self.setValue(text)
+
+    def _script_text(self):
+        return self._value or ""
+
 
 class Text_Knob(String_Knob):
     """A label with a text beside it; the text is its value."""
 
-
-class Multiline_Eval_String_Knob(String_Knob):
-    pass
+    _evaluated = False
 
 
 class EvalString_Knob(String_Knob):
+    def evaluate(self):
+        return self.value()
+
+
+class Multiline_Eval_String_Knob(EvalString_Knob):
     pass
 
 
-class File_Knob(String_Knob):
+class File_Knob(EvalString_Knob):
     pass
 
 
 class PythonKnob(String_Knob):
     """A text knob that holds Python source."""
 
+    _evaluated = False
+
 
 class PyScript_Knob(String_Knob):
     """A button whose value is the Python command that pressing it runs."""
+
+    _evaluated = False
 
     def _initial_value(self, command=""):
         return "" if command is None else _check_text(self, command)
@@ -360,6 +515,28 @@ class Array_Knob(Knob):
 
     def dimensions(self):
         return self._dims
+
+    @_recorded
+    def setExpression(self, expression, channel=-1, view=None):
+        """Links the value (or one channel of it) to an expression such as "Grade2.mix".
+
+        This host writes, copies and reads the expression back and knows which nodes it names
+        (`Node.dependencies`), but does not compute it: the value stays what it was."""
+        _check_text(self, expression)
+        channel = operator.index(channel)
+        if channel < 0:
+            self._raw = "{{" + expression + "}}"
+        else:
+            if channel >= self._dims:
+                raise IndexError("{}: no channel {}".format(self._name, channel))
+            parts = ["{:g}".format(v) for v in self._value]
+            parts[channel] = "{" + expression + "}"
+            self._raw = "{" + " ".join(parts) + "}"
+        self._changed()
+        return True
+
+    def hasExpression(self, index=-1):
+        return self._raw is not None
 
     def _script_text(self):
         value = self.value()

@@ -9,6 +9,7 @@ import os
 
 from . import _graph as G
 from . import _nk
+from . import _ui
 from ._state import STATE
 from ._undo import forget, recorded
 
@@ -51,7 +52,7 @@ def nodeCopy(s):
         return False
     text = _nk.write_copy(nodes)
     if s == CLIPBOARD:
-        STATE.clipboard = text
+        _ui.set_clipboard_text(text)
     elif not STATE.copy_writes_nothing:
         _write(s, text)
     return True
@@ -77,9 +78,9 @@ def nodePaste(s):
     clipboard is empty.
     """
     if s == CLIPBOARD:
-        if STATE.clipboard is None:
+        text = _ui.clipboard_text()
+        if text is None:
             return None
-        text = STATE.clipboard
     else:
         text = _read(s)
     created = _paste(text, s, connect=True)
@@ -137,11 +138,10 @@ def scriptName():
 
 
 def scriptClear():
-    """Empties the script: nodes, selection, contexts, clipboard, the root's settings, the frame."""
+    """Empties the script: nodes, selection, contexts, the root's settings, the frame."""
     STATE.root._reset()
     STATE.root._commands = ()
     STATE.context[:] = []
-    STATE.clipboard = None
     STATE.active_viewer = None
     STATE.frame = 1
     forget()

@@ -13,7 +13,10 @@ class _State:
         self.context = []
         # (node, knob) of the knob commands that run now; the innermost is last.
         self.this = []
-        self.clipboard = None  # text of the last nodeCopy("%clipboard%"), None when empty
+        # The node under the pointer when the last key press was a hotkey, for selectedNode().
+        self.node_under_pointer = None
+        # A host of a version whose Undo methods answer only on an instance.
+        self.undo_instance_only = False
         self.copy_writes_nothing = False  # nodeCopy to a file answers True and writes nothing
         self.frame = 1
         self.serial = 0  # creation counter: tells which Viewer was made last

@@ -186,6 +186,29 @@ class Panel:
 
 
 # ---------------------------------------------------------------------------------------------
+# The operating system's clipboard, which nodeCopy/nodePaste("%clipboard%") share with every other
+# program (and which a test can read through Qt)
+# ---------------------------------------------------------------------------------------------
+
+
+def clipboard_text():
+    """The clipboard's text, or None when it holds none."""
+    from cobaltRig.qt import QtWidgets
+
+    return QtWidgets.QApplication.clipboard().text() or None
+
+
+def set_clipboard_text(text):
+    from cobaltRig.qt import QtWidgets
+
+    clipboard = QtWidgets.QApplication.clipboard()
+    if text is None:
+        clipboard.clear()
+    else:
+        clipboard.setText(text)
+
+
+# ---------------------------------------------------------------------------------------------
 # Menus
 # ---------------------------------------------------------------------------------------------
 
@@ -223,10 +246,14 @@ class MenuItem:
         return self._enabled
 
     def invoke(self):
+        """Runs the command as choosing the entry does: as one undo step of its own."""
+        from . import _undo
+
         if callable(self._command):
-            return self._command()
+            return _undo.run_as_step(self._command, self._name)
         if self._command:
-            _script.run(self._command, "<menu {}>".format(self._name))
+            _undo.run_as_step(lambda: _script.run(self._command, "<menu {}>".format(self._name)),
+                              self._name)
         return None
 
 
@@ -269,8 +296,10 @@ class Menu(MenuItem):
             menu = sub
         return menu, parts[-1]
 
-    def addCommand(self, name, command=None, shortcut="", icon="", tooltip="", index=-1, **kwargs):
-        """Adds (or replaces) a command; returns its MenuItem."""
+    def addCommand(self, name, command=None, shortcut="", icon="", tooltip="", index=-1,
+                   readonly=False, shortcutContext=None, tag=None, tagTarget=None, node=None):
+        """Adds (or replaces) a command; returns its MenuItem. Choosing it runs the command as one
+        undo step."""
         menu, leaf = self._walk(name, True)
         item = MenuItem(leaf, command, shortcut, icon, tooltip)
         old = menu._own(leaf)
@@ -280,8 +309,9 @@ class Menu(MenuItem):
             menu._insert(item, index)
         return item
 
-    def addMenu(self, name, icon="", tooltip="", index=-1, **kwargs):
-        """The submenu of that name, made if it is new."""
+    def addMenu(self, name, *, icon="", tooltip="", index=-1, tag=None):
+        """The submenu of that name, made if it is new. Everything after the name is taken by
+        keyword only, as the host's reference has it."""
         menu, leaf = self._walk(name, True)
         old = menu._own(leaf)
         if isinstance(old, Menu):
@@ -290,7 +320,7 @@ class Menu(MenuItem):
         menu._insert(sub, index)
         return sub
 
-    def addSeparator(self, index=-1, **kwargs):
+    def addSeparator(self, *, index=-1, tag=None):
         item = _Separator()
         self._insert(item, index)
         return item

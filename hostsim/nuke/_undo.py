@@ -228,40 +228,99 @@ def _describe(steps, n):
     return steps[-1 - n].name
 
 
+class _EitherForm:
+    """A method of `Undo` that answers on an instance (`nuke.Undo().begin(name)`, as every version
+    of the host's reference has it) and on the class itself (`nuke.Undo.begin(name)`, as only the
+    newest has it). A host made to act as an older version (`hostctl.set_undo_instance_only`)
+    refuses the class-level form, as those hosts do."""
+
+    def __init__(self, function):
+        self._function = function
+        functools.update_wrapper(self, function)
+
+    def __get__(self, instance, owner):
+        if instance is None and STATE.undo_instance_only:
+            name = self._function.__name__
+
+            def refuse(*args, **kwargs):
+                raise TypeError("descriptor '{}' of 'nuke.Undo' object needs an argument"
+                                .format(name))
+            return refuse
+        return self._function
+
+
+def _begin(name=None):
+    STATE.undo_groups.append([None if name is None else str(name), _open()])
+
+
+def _end():
+    if not STATE.undo_groups:
+        return
+    name, journal = STATE.undo_groups.pop()
+    if STATE.undo_groups:
+        _close(journal)
+        outer = STATE.undo_groups[0]
+        if outer[0] is None:
+            outer[0] = name
+        return
+    _record(name, journal)
+
+
+def _undo():
+    while STATE.undo_groups:
+        _end()
+    if STATE.undo_steps:
+        step = STATE.undo_steps.pop()
+        _apply(step.journal, 0)
+        STATE.redo_steps.append(step)
+
+
+def _redo():
+    if STATE.redo_steps:
+        step = STATE.redo_steps.pop()
+        _apply(step.journal, 1)
+        STATE.undo_steps.append(step)
+
+
+def run_as_step(function, name):
+    """Runs `function` as one undo step, as the host runs a menu or toolbar command; the step takes
+    the name the command gives it, else `name`."""
+    _begin()
+    depth = len(STATE.undo_groups)
+    try:
+        return function()
+    finally:
+        if len(STATE.undo_groups) >= depth and STATE.undo_groups[0][0] is None:
+            STATE.undo_groups[0][0] = name
+        while len(STATE.undo_groups) >= depth:
+            _end()
+
+
 class Undo:
-    """The host's undo list. Every method works on the class and on an instance alike;
-    `with nuke.Undo():` groups what the block does into one step, even when it fails."""
+    """The host's undo list. `with nuke.Undo():` groups what the block does into one step, even
+    when it fails. Each method answers on an instance and on the class (see `_EitherForm`)."""
 
     def __init__(self, name=None):
         self._name = name
 
     def __enter__(self):
-        Undo.begin(self._name)
+        _begin(self._name)
         return self
 
     def __exit__(self, exc_type, exc, tb):
-        Undo.end()
+        _end()
         return False
 
-    @staticmethod
+    @_EitherForm
     def begin(name=None):
         """Opens a group; groups nest, and only the outermost one makes a step when it ends."""
-        STATE.undo_groups.append([None if name is None else str(name), _open()])
+        _begin(name)
 
-    @staticmethod
+    @_EitherForm
     def end():
-        if not STATE.undo_groups:
-            return
-        name, journal = STATE.undo_groups.pop()
-        if STATE.undo_groups:
-            _close(journal)
-            outer = STATE.undo_groups[0]
-            if outer[0] is None:
-                outer[0] = name
-            return
-        _record(name, journal)
+        _end()
 
-    @staticmethod
+    @_EitherForm
     def cancel():
         """Takes back what the innermost open group did and closes it without a step."""
         if STATE.undo_groups:
@@ -269,81 +328,73 @@ class Undo:
             _close(journal)
             _apply(journal, 0)
 
-    @staticmethod
+    @_EitherForm
     def new():
-        Undo.end()
-        Undo.begin()
+        _end()
+        _begin()
 
-    @staticmethod
+    @_EitherForm
     def name(name):
         """Names the step the open groups will make."""
         if STATE.undo_groups:
             STATE.undo_groups[0][0] = str(name)
 
-    @staticmethod
+    @_EitherForm
     def disable():
         STATE.undo_disabled += 1
 
-    @staticmethod
+    @_EitherForm
     def enable():
         STATE.undo_disabled = max(0, STATE.undo_disabled - 1)
 
-    @staticmethod
+    @_EitherForm
     def disabled():
         return STATE.undo_disabled > 0
 
-    @staticmethod
+    @_EitherForm
     def undo():
         """Takes back the latest step; groups still open are closed first, as steps of their own."""
-        while STATE.undo_groups:
-            Undo.end()
-        if STATE.undo_steps:
-            step = STATE.undo_steps.pop()
-            _apply(step.journal, 0)
-            STATE.redo_steps.append(step)
+        _undo()
 
-    @staticmethod
+    @_EitherForm
     def redo():
-        if STATE.redo_steps:
-            step = STATE.redo_steps.pop()
-            _apply(step.journal, 1)
-            STATE.undo_steps.append(step)
+        _redo()
 
-    @staticmethod
+    @_EitherForm
     def undoSize():
         return len(STATE.undo_steps)
 
-    @staticmethod
+    @_EitherForm
     def redoSize():
         return len(STATE.redo_steps)
 
-    @staticmethod
+    @_EitherForm
     def undoDescribe(n=0):
         """The name of the step `n` back from the latest (0)."""
         return _describe(STATE.undo_steps, n)
 
-    @staticmethod
+    @_EitherForm
     def redoDescribe(n=0):
         return _describe(STATE.redo_steps, n)
 
     undoDescribeFully = undoDescribe
     redoDescribeFully = redoDescribe
 
-    @staticmethod
+    @_EitherForm
     def undoTruncate(n=0):
         """Forgets the steps `n` and further back."""
         n = max(0, int(n))
         del STATE.undo_steps[:max(0, len(STATE.undo_steps) - n)]
 
-    @staticmethod
+    @_EitherForm
     def redoTruncate(n=0):
         n = max(0, int(n))
         del STATE.redo_steps[:max(0, len(STATE.redo_steps) - n)]
 
 
 def undo():
-    Undo.undo()
+    _undo()
 
 
 def redo():
-    Undo.redo()
+    _redo()

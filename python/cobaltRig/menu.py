@@ -76,13 +76,14 @@ def register():
         # A broken hotkeys file must not cost the artist the whole menu.
         sys.stderr.write("{}; the menu uses the default hotkeys\n".format(error))
         hotkeys = dict(helper.DEFAULT_HOTKEYS)
-    menu = nuke.menu("Nuke").addMenu(MENU_NAME, "logo.png")
+    # Everything after the name goes by keyword: some host versions take nothing else.
+    menu = nuke.menu("Nuke").addMenu(MENU_NAME, icon="logo.png")
     for path, operation, hotkey, icon in ENTRIES:
         if path == "settings":
             menu.addSeparator()
-        menu.addCommand(path, _command(operation), hotkeys.get(hotkey, ""), icon)
-    menu.addCommand("help/changelog", helper.show_changelog, "", "help.png")
-    menu.addCommand("help/about", helper.show_about_window, "", "logo.png")
+        menu.addCommand(path, _command(operation), shortcut=hotkeys.get(hotkey, ""), icon=icon)
+    menu.addCommand("help/changelog", helper.show_changelog, icon="help.png")
+    menu.addCommand("help/about", helper.show_about_window, icon="logo.png")
     return menu
 
 

@@ -38,6 +38,7 @@ py::object Knob::value() const { return obj_.attr("value")(); }
 py::object Knob::getValue() const { return obj_.attr("getValue")(); }
 std::string Knob::valueText() const { return py::str(value()).cast<std::string>(); }
 std::string Knob::getValueText() const { return py::str(getValue()).cast<std::string>(); }
+std::string Knob::getText() const { return obj_.attr("getText")().cast<std::string>(); }
 int Knob::getValueInt() const { return py::int_(getValue()).cast<int>(); }
 py::int_ Knob::getValueWhole() const { return py::int_(getValue()); }
 void Knob::setValue(const py::object& value) { obj_.attr("setValue")(value); }
@@ -235,13 +236,15 @@ std::optional<ViewerWindow> activeViewer() {
 
 void message(const std::string& text) { nuke().attr("message")(text); }
 
-UndoGroup::UndoGroup(const std::string& name) { nuke().attr("Undo").attr("begin")(name); }
+UndoGroup::UndoGroup(const std::string& name) : undo_(nuke().attr("Undo")()) {
+    undo_.attr("begin")(name);
+}
 
 UndoGroup::~UndoGroup() {
     // As GroupContext: keep a failure that is on its way out intact, and never throw from here.
     py::error_scope keep_error;
     try {
-        nuke().attr("Undo").attr("end")();
+        undo_.attr("end")();
     } catch (py::error_already_set& e) {
         e.discard_as_unraisable("closing an undo group");
     } catch (...) {

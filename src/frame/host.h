@@ -42,8 +42,11 @@ public:
     py::object getValue() const;
     /// `value()` converted to text with Python's str().
     std::string valueText() const;
-    /// `getValue()` converted to text with Python's str().
+    /// `getValue()` converted to text with Python's str(). Text knobs give their text evaluated
+    /// (`[value name]` becomes the node's name).
     std::string getValueText() const;
+    /// Text knobs: the text as typed, unevaluated (`getText()`): what a copy of the knob must carry.
+    std::string getText() const;
     /// `getValue()` as a whole number, cut towards zero as Python's int() does.
     int getValueInt() const;
     /// `getValue()` as a Python whole number of any size, cut towards zero as int() does: for
@@ -199,8 +202,9 @@ std::optional<ViewerWindow> activeViewer();
 void message(const std::string& text);
 
 // --- undo ---
-/// Gathers everything done during its life into one step of the host's undo (`nuke.Undo.begin`
-/// and `end`). The group is closed on every path out, failures included, so that one undo takes
+/// Gathers everything done during its life into one step of the host's undo (`begin` and `end` of
+/// a `nuke.Undo` instance: the form every host version accepts; only the newest also takes them on
+/// the class). The group is closed on every path out, failures included, so that one undo takes
 /// back whatever a failed operation had already done.
 class UndoGroup {
 public:
@@ -208,6 +212,9 @@ public:
     ~UndoGroup();
     UndoGroup(const UndoGroup&) = delete;
     UndoGroup& operator=(const UndoGroup&) = delete;
+
+private:
+    py::object undo_;
 };
 
 /// A host panel (`nuke.Panel`), modal while shown.

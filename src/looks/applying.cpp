@@ -1,9 +1,11 @@
 #include "looks/applying.h"
 
 #include "looks/look_knobs.h"
+#include "looks/node_transfer.h"
 #include "looks/storing.h"
 
 #include <map>
+#include <vector>
 
 namespace cobaltrig::looks {
 
@@ -11,17 +13,35 @@ namespace py = pybind11;
 
 namespace {
 
-constexpr const char* kClipboard = "%clipboard%";
-
-// Puts the stored copy with that uid on the clipboard; several matches leave the last one there.
-bool copy_stored_look(const host::Node& container, const std::string& preset_uid) {
+// Copies the stored copy with that uid into `transfer`; several matches leave the last one there.
+bool copy_stored_look(const host::Node& container, const std::string& preset_uid,
+                      NodeTransfer& transfer) {
     host::GroupContext inside(container);
     bool found = false;
     for (host::Node& node : host::allNodes()) {
-        if (node["label"].getValueText() == preset_uid) {
+        if (node["label"].getText() == preset_uid) {
             found = true;
             node.selectOnly();
-            host::nodeCopy(kClipboard);
+            transfer.copySelected();
+        }
+    }
+    return found;
+}
+
+struct Downstream {
+    host::Node node;
+    int input;
+};
+
+// Every input of the graph that the node feeds, before anything changes.
+std::vector<Downstream> downstream_of(const host::Node& node) {
+    std::vector<Downstream> found;
+    for (host::Node& other : host::allNodes()) {
+        const int count = other.inputs();
+        for (int i = 0; i < count; ++i) {
+            const std::optional<host::Node> source = other.input(i);
+            if (source && source->is(node))
+                found.push_back({other, i});
         }
     }
     return found;
@@ -29,44 +49,38 @@ bool copy_stored_look(const host::Node& container, const std::string& preset_uid
 
 } // namespace
 
-// The order below matters: the downstream connections have to leave the old node before it is
-// deleted, its look knobs are read after the paste, and its name is free only once it is gone.
+// The order below matters: the downstream connections are read before anything changes, the old
+// node's look knobs are read after the paste, and its name is free only once it is gone.
 std::optional<host::Node> replace_with_look(host::Node& node_orig, const std::string& preset_uid,
                                             const std::string& look_preset_index) {
-    // The Dot, the paste and the container all belong to the graph that holds the node.
+    // The paste and the container belong to the graph that holds the node.
     host::GroupContext here(host::parentGroup(node_orig));
     node_orig.selectOnly();
     const std::optional<host::Node> look_container = find_look_container();
     if (!look_container)
         return std::nullopt;
 
-    if (!copy_stored_look(*look_container, preset_uid)) {
+    NodeTransfer transfer;
+    if (!copy_stored_look(*look_container, preset_uid, transfer)) {
         host::message("cannot find preset node");
         return std::nullopt;
     }
 
-    // A Dot below the old node collects its downstream connections, to hand them to the new one.
-    // Positions stay Python numbers: they only go back to the host, whatever their size.
-    host::Node dot_tmp = host::createNodeDefault("Dot");
-    const py::int_ xpos = node_orig["xpos"].getValueWhole();
-    const py::int_ ypos = node_orig["ypos"].getValueWhole();
-    dot_tmp["xpos"].setValue(xpos + py::float_(node_orig.screenWidth() * 0.5));
-    dot_tmp["ypos"].setValue(ypos + py::int_(50));
+    // Recorded now and given back explicitly after the delete: whether or not the host hands a
+    // deleted node's outputs to its input, each of them ends on the new node.
+    std::vector<Downstream> downstream = downstream_of(node_orig);
 
     // With nothing selected, the paste connects to nothing.
     host::clear_selection_recursive();
-    host::Node node_preset = host::nodePaste(kClipboard);
+    host::Node node_preset = transfer.paste();
     if (node_orig.shown())
         node_preset.showControlPanel();
 
-    dot_tmp.setInput(0, node_preset);
-    host::deleteNode(dot_tmp);
-
-    // Inputs are handed over in the order of the dependencies, which have no gaps; what the host
-    // answers for an input the new node lacks is not our concern.
-    int i = 0;
-    for (const host::Node& upstream : node_orig.dependencies())
-        node_preset.setInput(i++, upstream);
+    // Input by input, so that each keeps its number: a Merge with only A connected keeps B empty.
+    // Nodes that the old node only names in an expression are no input of it and stay unconnected.
+    const int input_count = node_orig.inputs();
+    for (int i = 0; i < input_count; ++i)
+        node_preset.setInput(i, node_orig.input(i));
 
     // Stored copies carry no look buttons, so all of them are rebuilt from the old node: also those
     // stored after this look. Keyed by label and ordered as texts.
@@ -82,10 +96,13 @@ std::optional<host::Node> replace_with_look(host::Node& node_orig, const std::st
     }
 
     node_preset.setXYpos(node_orig["xpos"].getValueWhole(), node_orig["ypos"].getValueWhole());
-    node_preset["label"].setValue(node_orig["label"].getValue());
+    // The label as typed: `[value name] v2` must stay an expression, not become today's text.
+    node_preset["label"].setValue(node_orig["label"].getText());
     const std::string orig_name = node_orig.name();
     host::deleteNode(node_orig);
     node_preset["name"].setValue(orig_name);
+    for (Downstream& link : downstream)
+        link.node.setInput(link.input, node_preset);
 
     // The `looks` tab remembers which look the node shows. A node of a class that gets no look tab
     // has nowhere to keep it; its look was applied all the same.

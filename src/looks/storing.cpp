@@ -2,6 +2,7 @@
 
 #include "frame/siblings.h"
 #include "looks/look_knobs.h"
+#include "looks/node_transfer.h"
 
 #include <algorithm>
 #include <string>
@@ -13,7 +14,6 @@ namespace py = pybind11;
 
 namespace {
 
-constexpr const char* kClipboard = "%clipboard%";
 // 0x089AFDFF: the blue that tells the container apart in the graph.
 constexpr long long kContainerColor = 144375295;
 
@@ -84,15 +84,15 @@ void store_look(host::Node& node_to_process) {
     node_to_process.selectOnly();
     // The widgets go on before the copy is taken, so that the stored copy carries them too.
     create_looks_widgets(node_to_process);
-    host::nodeCopy(kClipboard);
-    // Read now, while the node is still the selected one: making the container moves the selection.
-    const long long presets_index_next = get_next_preset_index(host::selectedNode());
+    NodeTransfer transfer;
+    transfer.copySelected();
+    const long long presets_index_next = get_next_preset_index(node_to_process);
     host::Node look_group = get_look_container();
 
     std::string preset_uid;
     {
         host::GroupContext inside(look_group);
-        host::Node node = host::nodePaste(kClipboard);
+        host::Node node = transfer.paste();
         const int input_count = node.inputs();
         for (int i = 0; i < input_count; ++i)
             node.setInput(i, std::nullopt);
@@ -128,17 +128,16 @@ host::Node get_look_container() {
     return make_look_container();
 }
 
-long long get_next_preset_index(const host::Node& /*node*/) {
+long long get_next_preset_index(const host::Node& node) {
     std::vector<long long> indices;
-    const host::Node selected = host::selectedNode();
-    for (const auto& [name, knob] : selected.knobs())
+    for (const auto& [name, knob] : node.knobs())
         if (is_look_knob_name(name))
             indices.push_back(index_of_look_knob(name));
     if (indices.empty())
         return 1;
     const long long largest = *std::max_element(indices.begin(), indices.end());
     if (largest >= kMaxLookIndex)
-        throw py::value_error(selected.name() + ": no look number is left after " +
+        throw py::value_error(node.name() + ": no look number is left after " +
                               std::to_string(largest) +
                               "; delete or rename that look knob to store more looks");
     return largest + 1;

@@ -17,14 +17,13 @@ std::optional<host::Node> find_look_container();
 /// none. A container that cannot be finished is removed again before the failure goes on.
 host::Node get_look_container();
 
-/// The index for the next look of the selected node: one more than the largest index among its look
-/// knobs, 1 when it has none. Gaps below the largest are never filled. `node` is the node that gets
-/// the look; callers select it first, and it is the selected node's knobs that count. Fails with a
-/// clear message when a knob's number is out of range or no larger number is left.
+/// The index for the next look of `node`: one more than the largest index among its look knobs, 1
+/// when it has none. Gaps below the largest are never filled. Fails with a clear message when a
+/// knob's number is out of range or no larger number is left.
 long long get_next_preset_index(const host::Node& node);
 
 /// Stores the node's present state as a new look and adds its look knob. Nodes of a class named in
-/// the setting `presetnodes_ignore` are left alone. Uses the host's clipboard.
+/// the setting `presetnodes_ignore` are left alone. The artist's clipboard stays as it was.
 /// One undo step.
 void set_look(host::Node& node_to_process);
 

@@ -2,6 +2,7 @@
 
 #include "frame/host.h"
 #include "looks/look_knobs.h"
+#include "looks/node_transfer.h"
 #include "looks/storing.h"
 
 #include <pybind11/pybind11.h>
@@ -16,8 +17,6 @@ namespace cobaltrig::looks {
 namespace py = pybind11;
 
 namespace {
-
-constexpr const char* kClipboard = "%clipboard%";
 
 host::Node pressed_node(const char* operation) {
     std::optional<host::Node> node = host::thisNode();
@@ -67,14 +66,15 @@ void update_preset() {
     host::GroupContext here(host::parentGroup(node));
     const std::string preset_uid = look->tooltip();
     node.selectOnly();
-    host::nodeCopy(kClipboard);
+    NodeTransfer transfer;
+    transfer.copySelected();
 
     host::GroupContext inside(get_look_container());
     for (host::Node& stored : host::allNodes()) {
-        if (stored["label"].getValueText() != preset_uid)
+        if (stored["label"].getText() != preset_uid)
             continue;
         host::deleteNode(stored);
-        host::Node preset_node_new = host::nodePaste(kClipboard);
+        host::Node preset_node_new = transfer.paste();
         remove_preset_knobs(preset_node_new);
         preset_node_new["label"].setValue(preset_uid);
     }
@@ -93,7 +93,7 @@ void delete_preset() {
 
     host::GroupContext inside(get_look_container());
     for (host::Node& stored : host::allNodes())
-        if (stored["label"].getValueText() == preset_uid)
+        if (stored["label"].getText() == preset_uid)
             host::deleteNode(stored);
 }
 

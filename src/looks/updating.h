@@ -5,7 +5,7 @@
 namespace cobaltrig::looks {
 
 /// Asks which look to overwrite and replaces its stored copy by the node's present state; the look
-/// keeps its number and uid. Uses the host's clipboard. One undo step.
+/// keeps its number and uid. The artist's clipboard stays as it was. One undo step.
 void update_preset();
 
 /// Asks which look to remove and takes its button off the node and its stored copies out of the

@@ -228,7 +228,8 @@ def test_the_sample_pool_holds_presets_that_paste_back(demo, tmp_path):
     assert (bars.Class(), small.Class(), small.input(0)) == ("ColorBars", "Reformat", bars)
     assert small["box_width"].value() == 480
     soft = nuke.nodePaste(str(pool / "nodes" / "Blur" / "soft.nk"))
-    assert soft["label"].value() == "soft\n[value size] px" and soft.input(0) is small
+    assert soft["label"].getText() == "soft\n[value size] px" and soft.input(0) is small
+    assert soft["label"].value() == "soft\n12 px"
 
 
 def run_demo(tmp_path, *args, display=None):

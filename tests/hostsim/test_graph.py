@@ -26,7 +26,8 @@ def test_select_only_replaces_and_set_selected_adds_and_both_keep_other_groups()
     c.selectOnly()
     assert nuke.selectedNodes() == [c] and nuke.selectedNode() is c
     c["selected"].setValue(False)
-    assert nuke.selectedNodes() == []
+    assert nuke.selectedNodes() == [] and nuke.selectedNode() is inner  # found in the group
+    inner.setSelected(False)
     with pytest.raises(ValueError):
         nuke.selectedNode()
 

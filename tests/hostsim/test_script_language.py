@@ -85,7 +85,7 @@ def check_gizmo():
     inner = gizmo.node("Inner")
     assert inputs(inner) == ["matte", "img"] and gizmo.maxInputs() == 2
     assert inner["mix"].toScript() == "{{curve x1 1 x10 0.25}}"
-    assert inner["label"].value() == '[value size] at "[frame]" {braces}'
+    assert inner["label"].getText() == '[value size] at "[frame]" {braces}'
     knobs = {k.name(): k for k in gizmo.allKnobs()}
     assert [knobs[n].Class() for n in ("pivot", "area", "shift", "size_link", "gadget")] == [
         "XYZ_Knob", "BBox_Knob", "UV_Knob", "Link_Knob", "Knob"]
