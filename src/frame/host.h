@@ -51,6 +51,12 @@ public:
     py::int_ getValueWhole() const;
     void setValue(const py::object& value);
     void setValue(const std::string& value);
+    /// The value as the host writes it into a script: animation curves and expressions included.
+    std::string toScript() const;
+    /// Sets the value from such a text.
+    void fromScript(const std::string& text);
+    /// `getFlag(nuke.<flag_name>)`, the flag looked up by name on the host module.
+    bool getFlag(const char* flag_name) const;
     /// Script knobs: the command text run when the button is pressed.
     std::string command() const;
     void setCommand(const std::string& command);
