@@ -55,8 +55,8 @@ public:
     std::string toScript() const;
     /// Sets the value from such a text.
     void fromScript(const std::string& text);
-    /// `getFlag(nuke.<flag_name>)`, the flag looked up by name on the host module.
-    bool getFlag(const char* flag_name) const;
+    /// `getFlag(flag)`, with a flag of `knobFlag`.
+    bool getFlag(const py::object& flag) const;
     /// Script knobs: the command text run when the button is pressed.
     std::string command() const;
     void setCommand(const std::string& command);
@@ -229,6 +229,10 @@ public:
 private:
     py::object obj_;
 };
+
+/// A knob flag of the host by its name (`nuke.INVISIBLE`); looked up once for a walk over many
+/// knobs, since every import through the Qt binding's import hook is costly.
+py::object knobFlag(const char* name);
 
 /// The host's major version number.
 int versionMajor();

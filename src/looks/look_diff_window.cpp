@@ -11,6 +11,7 @@
 #include <QAction>
 #include <QContextMenuEvent>
 #include <QHBoxLayout>
+#include <QFontMetrics>
 #include <QHeaderView>
 #include <QLabel>
 #include <QMenu>
@@ -273,11 +274,12 @@ QString shown_value(const std::string& script, const std::string& knob_class) {
 
 ComparedKnobs compared_knobs(const host::Node& node) {
     ComparedKnobs result;
+    const py::object invisible = host::knobFlag("INVISIBLE");
     for (const auto& [name, knob] : node.knobs()) {
         if (is_look_knob_name(name) || bookkeeping_knobs().count(name))
             continue;
         const std::string knob_class = knob.Class();
-        if (valueless_classes().count(knob_class) || knob.getFlag("INVISIBLE"))
+        if (valueless_classes().count(knob_class) || knob.getFlag(invisible))
             continue;
         std::string script = knob.toScript();
         result.shown.emplace(name, shown_value(script, knob_class));
@@ -512,8 +514,29 @@ void LookDiffWindow::fill_table() {
             table_looks->setItem(row, static_cast<int>(c) + 1, cell);
         }
     }
-    table_looks->resizeColumnsToContents();
+    size_columns();
     table_looks->setUpdatesEnabled(true);
+}
+
+void LookDiffWindow::size_columns() {
+    // Measuring every cell as resizeColumnsToContents does costs more than the rest of a large
+    // table together: the longest text of a column stands for it, which is close enough for the
+    // short values a panel shows.
+    const QFontMetrics metrics = table_looks->fontMetrics();
+    const QFontMetrics header_metrics = table_looks->horizontalHeader()->fontMetrics();
+    for (int column = 0; column < table_looks->columnCount(); ++column) {
+        QString longest;
+        for (int row = 0; row < table_looks->rowCount(); ++row) {
+            const QString text = table_looks->item(row, column)->text();
+            if (text.size() > longest.size())
+                longest = text;
+        }
+        int width = metrics.horizontalAdvance(longest);
+        for (const QString& line :
+             table_looks->horizontalHeaderItem(column)->text().split(QLatin1Char('\n')))
+            width = std::max(width, header_metrics.horizontalAdvance(line));
+        table_looks->setColumnWidth(column, std::clamp(width + 24, 60, 360));
+    }
 }
 
 void LookDiffWindow::apply_look(int column) {

@@ -95,6 +95,7 @@ private:
     void create_signals();
     std::optional<host::Node> live_node();
     void fill_table();
+    void size_columns();
     void open_cell_menu(const QPoint& viewport_pos);
 
     PyOwned node_;
