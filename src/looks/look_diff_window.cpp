@@ -23,6 +23,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <cstdlib>
 #include <unordered_set>
 
@@ -606,8 +607,10 @@ py::object show_look_diff() {
         return !get_preset_knobs(candidate).empty();
     });
     const host::Node node = with_looks != sel.end() ? *with_looks : sel.front();
+    // Made through the bound class, so that a new window never takes over the Python object of a
+    // deleted one that happened to live at the same address.
     return slots::open_window("lookdiff", [&node] {
-        return py::cast(new LookDiffWindow(node), py::return_value_policy::take_ownership);
+        return slots::module().attr("LookDiffWindow")(node.object());
     });
 }
 
