@@ -96,6 +96,7 @@ DEFAULT_HOTKEYS = (
     ("store_look", "alt+shift+L"),
     ("delete_looks", ""),
     ("looks_slider", "E"),
+    ("look_diff", "alt+shift+C"),
     ("resolution_slider", "Y"),
     ("export_nodes", "alt+shift+E"),
     ("import_preset", "alt+shift+I"),

@@ -37,6 +37,7 @@ ENTRIES = (
     ("looks/delete looks of selected nodes", "delete_selected_nodes_looks", "delete_looks",
      "look_delete.png"),
     ("looks/look slider", "show_looks_slider", "looks_slider", "slider.png"),
+    ("looks/compare looks", "show_look_diff", "look_diff", "look_update.png"),
     ("viewer/resolution slider", "showRezSlider", "resolution_slider", "resolution.png"),
     ("presets/export nodes", "export_nodes", "export_nodes", "look_export.png"),
     ("presets/import preset", "import_preset", "import_preset", "look_import.png"),

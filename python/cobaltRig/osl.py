@@ -11,6 +11,7 @@ OPERATIONS = (
     "import_preset",
     "export_preset",
     "apply_preset",
+    "show_look_diff",
 )
 
 

@@ -43,6 +43,9 @@ int Knob::getValueInt() const { return py::int_(getValue()).cast<int>(); }
 py::int_ Knob::getValueWhole() const { return py::int_(getValue()); }
 void Knob::setValue(const py::object& value) { obj_.attr("setValue")(value); }
 void Knob::setValue(const std::string& value) { obj_.attr("setValue")(value); }
+std::string Knob::toScript() const { return obj_.attr("toScript")().cast<std::string>(); }
+void Knob::fromScript(const std::string& text) { obj_.attr("fromScript")(text); }
+bool Knob::getFlag(const py::object& flag) const { return py::bool_(obj_.attr("getFlag")(flag)); }
 std::string Knob::command() const { return obj_.attr("command")().cast<std::string>(); }
 void Knob::setCommand(const std::string& command) { obj_.attr("setCommand")(command); }
 void Knob::execute() { obj_.attr("execute")(); }
@@ -270,5 +273,7 @@ std::optional<std::string> Panel::value(const std::string& name) const {
 }
 
 int versionMajor() { return nuke().attr("NUKE_VERSION_MAJOR").cast<int>(); }
+
+py::object knobFlag(const char* name) { return nuke().attr(name); }
 
 } // namespace cobaltrig::host

@@ -54,6 +54,12 @@ public:
     py::int_ getValueWhole() const;
     void setValue(const py::object& value);
     void setValue(const std::string& value);
+    /// The value as the host writes it into a script: animation curves and expressions included.
+    std::string toScript() const;
+    /// Sets the value from such a text.
+    void fromScript(const std::string& text);
+    /// `getFlag(flag)`, with a flag of `knobFlag`.
+    bool getFlag(const py::object& flag) const;
     /// Script knobs: the command text run when the button is pressed.
     std::string command() const;
     void setCommand(const std::string& command);
@@ -230,6 +236,10 @@ public:
 private:
     py::object obj_;
 };
+
+/// A knob flag of the host by its name (`nuke.INVISIBLE`); looked up once for a walk over many
+/// knobs, since every import through the Qt binding's import hook is costly.
+py::object knobFlag(const char* name);
 
 /// The host's major version number.
 int versionMajor();

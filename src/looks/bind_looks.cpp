@@ -5,6 +5,7 @@
 #include "frame/qt_bridge.h"
 #include "frame/window_slots.h"
 #include "looks/applying.h"
+#include "looks/look_diff_window.h"
 #include "looks/look_knobs.h"
 #include "looks/looks_slider.h"
 #include "looks/storing.h"
@@ -12,7 +13,13 @@
 
 #include <pybind11/stl.h>
 
+#include <QAction>
 #include <QHBoxLayout>
+#include <QLabel>
+#include <QMenu>
+#include <QPushButton>
+#include <QTableWidget>
+#include <QVBoxLayout>
 #include <QLineEdit>
 #include <QSlider>
 
@@ -102,6 +109,34 @@ void bind_slider(py::module_& m) {
         "Opens the look slider for the selected nodes under the cursor.");
 }
 
+void bind_look_diff(py::module_& m) {
+    using looks::LookDiffWindow;
+    py::class_<LookDiffWindow, slots::WindowHolder<LookDiffWindow>> cls(m, "LookDiffWindow");
+    cls.def(py::init([](py::object node) { return new LookDiffWindow(host::Node(node)); }),
+            py::arg("node"))
+        .def(
+            "refresh", [](LookDiffWindow& self, py::args) { self.refresh(); },
+            "Reads the node and its looks again and refills the table.")
+        .def("apply_look", &LookDiffWindow::apply_look, py::arg("column"),
+             "Applies the look of that column to the node; one undo step.")
+        .def("set_value_from_look", &LookDiffWindow::set_value_from_look, py::arg("row"),
+             py::arg("column"), "Sets that row's knob to the look's value; one undo step.")
+        .def_property_readonly("node", &LookDiffWindow::node)
+        .def_property_readonly("row_knobs", &LookDiffWindow::row_knobs);
+    bridge::def_window_basics<LookDiffWindow>(cls, "look comparison");
+    bridge::def_widget(cls, "label_node", &LookDiffWindow::label_node);
+    bridge::def_widget(cls, "push_refresh", &LookDiffWindow::push_refresh);
+    bridge::def_widget(cls, "table_looks", &LookDiffWindow::table_looks);
+    bridge::def_widget(cls, "menu_cell", &LookDiffWindow::menu_cell);
+    bridge::def_widget(cls, "action_set_value", &LookDiffWindow::action_set_value);
+    bridge::def_widget(cls, "layout_master", &LookDiffWindow::layout_master);
+    bridge::def_widget(cls, "layout_top", &LookDiffWindow::layout_top);
+
+    m.def(
+        "show_look_diff", [](py::args) { return looks::show_look_diff(); },
+        "Opens the table of the knobs that differ between the selected node and its looks.");
+}
+
 } // namespace
 
 void bind_looks(py::module_& m) {
@@ -145,6 +180,7 @@ void bind_looks(py::module_& m) {
     bind_storing(m);
     bind_applying(m);
     bind_slider(m);
+    bind_look_diff(m);
 }
 
 } // namespace cobaltrig

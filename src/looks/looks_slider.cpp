@@ -4,6 +4,7 @@
 #include "frame/siblings.h"
 #include "frame/window_slots.h"
 #include "looks/applying.h"
+#include "looks/look_diff_window.h"
 #include "looks/look_knobs.h"
 
 #include <QCursor>
@@ -13,6 +14,7 @@
 #include <QPoint>
 #include <QSize>
 #include <QSlider>
+#include <QStringList>
 
 #include <algorithm>
 #include <limits>
@@ -43,6 +45,24 @@ void gather_selected(const host::Node& group, std::vector<host::Node>& found) {
     for (const host::Node& child : inner)
         if (!child.knob("looks_group"))
             gather_selected(child, found);
+}
+
+// "Grade1: 3 knobs", or why the look's copy cannot be compared. Reading the copy never fails the
+// step: a look that cannot be counted is still applied.
+QString look_changes_text(const host::Node& node, const std::string& uid) {
+    const QString name = QString::fromStdString(node.name());
+    try {
+        std::string reason;
+        if (const std::optional<int> count = count_changed_knobs(node, uid, &reason))
+            return QStringLiteral("%1: %2 %3")
+                .arg(name)
+                .arg(*count)
+                .arg(*count == 1 ? QLatin1String("knob") : QLatin1String("knobs"));
+        return QStringLiteral("%1: %2").arg(name, QString::fromStdString(reason));
+    } catch (py::error_already_set&) {
+        // The step itself stays silent about failures; so does its tool tip.
+    }
+    return QStringLiteral("%1: not counted").arg(name);
 }
 
 int clamped_to_int(long long value) {
@@ -113,6 +133,8 @@ void LooksSlider::update_widgets() {
     input_look->setText(QString::fromStdString(look_index));
 
     std::vector<host::Node> sel_presets;
+    // What this look changes on each node, measured before it replaces the node.
+    QStringList changes;
     // The whole step is one undo step, opened at the first node that has the look, so that a step
     // that changes nothing leaves nothing in the host's undo list.
     std::optional<host::UndoGroup> step;
@@ -129,6 +151,7 @@ void LooksSlider::update_widgets() {
                 }
             if (!look)
                 continue;
+            changes << look_changes_text(node, look->tooltip());
             if (!step)
                 step.emplace(apply_step_name(look_index));
             if (std::optional<host::Node> preset =
@@ -137,6 +160,8 @@ void LooksSlider::update_widgets() {
         }
     } catch (...) {
     }
+
+    slider->setToolTip(changes.join(QLatin1Char('\n')));
 
     // Each apply took the selection away; the new nodes get it back so the next step finds them.
     for (host::Node& preset : sel_presets)

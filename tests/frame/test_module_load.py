@@ -5,7 +5,7 @@ import textwrap
 import pytest
 
 SLOTS = ("snapshotbrowser", "i", "exportwindow", "settingswindow", "slider", "rezslider",
-         "commentwindow")
+         "commentwindow", "lookdiff")
 
 
 def test_import_defines_names_and_leaves_the_host_alone(settings_home, run_python):

@@ -18,6 +18,11 @@ def open_rez_slider(rig, nuke):
     return rig.showRezSlider()
 
 
+def open_look_diff(rig, nuke):
+    nuke.nodes.Grade().setSelected(True)
+    return rig.show_look_diff()
+
+
 # (slot, opener, the name in the message, a method call that reaches the window's own code)
 WINDOWS = [
     ("i", lambda rig, nuke: rig.import_preset(), "import", lambda w: w.populate_tree()),
@@ -25,6 +30,8 @@ WINDOWS = [
      lambda w: w.get_mode()),
     ("slider", open_look_slider, "look slider", lambda w: w.set_slider_index(1)),
     ("rezslider", open_rez_slider, "resolution slider", lambda w: w.update_widgets("slider")),
+    ("lookdiff", open_look_diff, "look comparison",
+     lambda w: w.refresh()),
 ]
 
 

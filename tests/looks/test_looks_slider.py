@@ -77,15 +77,13 @@ def test_a_failure_in_the_walk_ends_it_silently(rig, nuke, chain, open_slider, q
     select(grade)
     window = open_slider()
     real_find = helper.find_looks_group
-    calls = []
 
-    def fails_second_time():
-        calls.append(1)
-        if len(calls) == 2:
+    def fails_once_blur_was_replaced():
+        if nuke.toNode("Blur1") is not blur:
             raise RuntimeError("container unreachable")
         return real_find()
 
-    monkeypatch.setattr(helper, "find_looks_group", fails_second_time)
+    monkeypatch.setattr(helper, "find_looks_group", fails_once_blur_was_replaced)
     press(qtbot, window, QtCore.Qt.Key_Right)
 
     assert capsys.readouterr().err == ""

@@ -13,7 +13,8 @@ from cobaltRig import helper
 # The operation each entry runs, and the hotkey it carries.
 HOTKEYS = {
     "batch_set_look": "store_look", "delete_selected_nodes_looks": "delete_looks",
-    "show_looks_slider": "looks_slider", "showRezSlider": "resolution_slider",
+    "show_looks_slider": "looks_slider", "show_look_diff": "look_diff",
+    "showRezSlider": "resolution_slider",
     "export_nodes": "export_nodes", "import_preset": "import_preset", "snapshot": "snapshot",
     "show_snapshot_browser": "snapshot_browser", "show_settings": "settings",
 }

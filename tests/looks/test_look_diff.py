@@ -1,0 +1,219 @@
+"""The table of what each look changes, as an artist opens and uses it."""
+
+import os
+
+import pytest
+from cobaltRig.qt import QtCore, QtTest, QtWidgets
+
+from looks_testing import press, select, store, stored_copies
+
+LEFT, RIGHT = QtCore.Qt.MouseButton.LeftButton, QtCore.Qt.MouseButton.RightButton
+ANIMATED = "{{curve x1 0 x10 0.2 x20 0.1}}"
+EXPRESSION = "{{parent.mix*0.5}}"
+
+
+def nested_group(nuke, depth):
+    group = nuke.root()
+    for level in range(1, depth + 1):
+        with group:
+            group = nuke.nodes.Group(name="Group{}".format(level))
+    return group
+
+
+def grade_with_looks(nuke, host, tmp_path, depth=0):
+    """Grade1 with three looks that change different knobs (look 3 also has a user knob the node
+    lost since), then read back from a script where the node's `add` is animated and its
+    `blackpoint` an expression. Gives the node's full name."""
+    group = nested_group(nuke, depth)
+    with group:
+        grade = nuke.createNode("Grade", inpanel=False)
+    grade["white"].setValue(2.0)
+    store(grade)
+    grade["white"].setValue(1.0)
+    grade["gamma"].setValue([0.8, 0.9, 1.0, 1.0])
+    grade["multiply"].setValue(1.5)
+    store(grade)
+    grade["gamma"].setValue(1.0)
+    grade["multiply"].setValue(1.0)
+    grade["mix"].setValue(0.5)
+    strength = nuke.Double_Knob("strength", "strength")
+    grade.addKnob(strength)
+    strength.setValue(0.25)
+    store(grade)
+    grade.removeKnob(strength)
+    grade["mix"].setValue(1.0)
+    text = host.script_text()
+    at = text.index("name Grade1\n") + len("name Grade1\n")
+    text = text[:at] + " add {}\n blackpoint {}\n".format(ANIMATED, EXPRESSION) + text[at:]
+    path = str(tmp_path / "scene.nk")
+    with open(path, "w") as f:
+        f.write(text)
+    nuke.scriptClear()
+    nuke.scriptReadFile(path)
+    return "root." + ".".join(["Group{}".format(i) for i in range(1, depth + 1)] + ["Grade1"])
+
+
+@pytest.fixture
+def scene(rig, nuke, host, tmp_path):
+    return grade_with_looks(nuke, host, tmp_path)
+
+
+@pytest.fixture
+def open_diff(rig, nuke, qtbot):
+    windows = []
+
+    def open_(name):
+        nuke.toNode(name).selectOnly()
+        window = rig.show_look_diff()
+        qtbot.addWidget(window.widget)
+        windows.append(window)
+        return window
+
+    yield open_
+    for window in windows:
+        window.close()
+
+
+def table(window):
+    """{knob: [now, look 1, ...]} and the column headers, as the window shows them."""
+    t = window.table_looks
+    headers = [t.horizontalHeaderItem(c).text() for c in range(t.columnCount())]
+    rows = {t.verticalHeaderItem(r).text(): [t.item(r, c).text() for c in range(t.columnCount())]
+            for r in range(t.rowCount())}
+    return headers, rows
+
+
+def is_dimmed(window, knob, column):
+    row = window.row_knobs.index(knob)
+    return window.table_looks.item(row, column).foreground().style() != QtCore.Qt.BrushStyle.NoBrush
+
+
+@pytest.mark.parametrize("depth", [0, 2])
+def test_each_look_shows_the_knobs_it_changes(rig, nuke, host, tmp_path, open_diff, depth):
+    name = grade_with_looks(nuke, host, tmp_path, depth)
+    nuke.toNode(name).selectOnly()
+    before = host.script_text()
+    window = open_diff(name)
+    headers, rows = table(window)
+    assert headers == ["now", "look 1", "look 2", "look 3"]
+    assert rows == {
+        "blackpoint": ["parent.mix*0.5", "0 0 0 0", "0 0 0 0", "0 0 0 0"],
+        "white": ["1 1 1 1", "2 2 2 2", "1 1 1 1", "1 1 1 1"],
+        "multiply": ["1 1 1 1", "1 1 1 1", "1.5 1.5 1.5 1.5", "1 1 1 1"],
+        "add": ["animated (3 keys)", "0 0 0 0", "0 0 0 0", "0 0 0 0"],
+        "gamma": ["1 1 1 1", "1 1 1 1", "0.8 0.9 1 1", "1 1 1 1"],
+        "mix": ["1", "1", "1", "0.5"],
+        "strength": ["-", "-", "-", "0.25"],
+    }
+    assert is_dimmed(window, "white", 2) and not is_dimmed(window, "white", 1)
+    assert is_dimmed(window, "strength", 1) and not is_dimmed(window, "strength", 3)
+    window.close()
+    assert host.script_text() == before
+
+
+def break_copy(nuke, how, copy):
+    if how == "missing":
+        nuke.delete(copy)
+    elif how == "another class":
+        with nuke.toNode("looks"):
+            nuke.nodes.Blur(label=copy["label"].value())
+        nuke.delete(copy)
+    else:
+        with nuke.toNode("looks"):
+            copy.selectOnly()
+            nuke.makeGroup(False)
+        nuke.delete(copy)
+
+
+@pytest.mark.parametrize("how, reason", [
+    ("missing", "stored copy is missing"),
+    ("another class", "stored copy is a Blur, not a Grade"),
+    ("inside a Group", "stored copy is inside a Group"),
+])
+def test_a_look_that_cannot_be_compared_says_why(scene, nuke, host, open_diff, how, reason):
+    uid = nuke.toNode("Grade1")["look_preset_2"].tooltip()
+    break_copy(nuke, how, stored_copies(nuke)[uid])
+    nuke.toNode(scene).selectOnly()
+    before = host.script_text()
+    window = open_diff(scene)
+    headers, rows = table(window)
+    assert headers[2] == "look 2\n" + reason
+    assert "multiply" not in rows and rows["white"][1] == "2 2 2 2"
+    window.close()
+    assert host.script_text() == before
+
+
+def header_center(header, column):
+    return QtCore.QPoint(header.sectionViewportPosition(column) + header.sectionSize(column) // 2,
+                         header.height() // 2)
+
+
+def test_double_click_on_a_header_applies_the_look_in_one_undo_step(scene, nuke, host, open_diff):
+    window = open_diff(scene)
+    before = host.script_text()
+    header = window.table_looks.horizontalHeader()
+    QtTest.QTest.mouseDClick(header.viewport(), LEFT, QtCore.Qt.KeyboardModifier.NoModifier,
+                             header_center(header, 2))
+    grade = nuke.toNode("Grade1")
+    assert grade["multiply"].value() == 1.5 and grade["looks"].tooltip() == "2"
+    assert window.node["name"].value() == "Grade1"
+    assert all(is_dimmed(window, knob, 2) for knob in window.row_knobs)
+    nuke.undo()
+    assert host.script_text() == before
+
+
+def test_right_click_sets_only_that_value_in_one_undo_step(scene, nuke, host, open_diff, qtbot):
+    window = open_diff(scene)
+    before = host.script_text()
+    t = window.table_looks
+    rect = t.visualItemRect(t.item(window.row_knobs.index("gamma"), 2))
+    QtTest.QTest.mouseClick(t.viewport(), RIGHT, QtCore.Qt.KeyboardModifier.NoModifier,
+                            rect.center())
+    menu = window.menu_cell
+    qtbot.waitUntil(menu.isVisible)
+    action = window.action_set_value
+    assert action.text() == "set this value on the node" and action.isEnabled()
+    QtTest.QTest.mouseClick(menu, LEFT, QtCore.Qt.KeyboardModifier.NoModifier,
+                            menu.actionGeometry(action).center())
+    grade = nuke.toNode("Grade1")
+    assert grade["gamma"].value() == [0.8, 0.9, 1.0, 1.0] and grade["multiply"].value() == 1.0
+    assert table(window)[1]["gamma"][0] == "0.8 0.9 1 1"
+    changed = [line for line in host.script_text().splitlines() if line not in before.splitlines()]
+    assert [line.split()[0] for line in changed] == ["gamma"]
+    nuke.undo()
+    assert host.script_text() == before
+
+
+def test_refresh_reads_what_changed_in_the_host(scene, nuke, open_diff):
+    window = open_diff(scene)
+    nuke.toNode("Grade1")["mix"].setValue(0.5)
+    assert table(window)[1]["mix"][0] == "1"
+    QtTest.QTest.mouseClick(window.push_refresh, LEFT)
+    assert "mix" in table(window)[1] and table(window)[1]["mix"][0] == "0.5"
+    nuke.toNode("Grade1")["look_preset_1"].execute()
+    window.widget.hide()
+    window.show()
+    assert window.node is not None and table(window)[1]["white"][0] == "2 2 2 2"
+
+
+def test_nothing_selected_says_so(rig, nuke, host):
+    assert rig.show_look_diff() is None
+    assert host.messages == ["Select a node to compare its looks."]
+
+
+def test_the_slider_tool_tip_counts_what_the_look_changes(rig, nuke, host, open_slider, qtbot):
+    grades = [nuke.createNode("Grade", inpanel=False) for _ in range(2)]
+    defaults = {"mix": 1.0, "gamma": 1.0, "add": 0.0}
+    for grade, knobs in zip(grades, (("mix", "gamma", "add"), ("mix",))):
+        for knob in knobs:
+            grade[knob].setValue(0.5)
+        store(grade)
+        for knob in knobs:
+            grade[knob].setValue(defaults[knob])
+        store(grade)
+    select(*grades)
+    window = open_slider()
+    press(qtbot, window, QtCore.Qt.Key.Key_Right)
+    assert window.slider.toolTip() == "Grade1: 0 knobs\nGrade2: 0 knobs"
+    press(qtbot, window, QtCore.Qt.Key.Key_Left)
+    assert window.slider.toolTip() == "Grade1: 3 knobs\nGrade2: 1 knob"
