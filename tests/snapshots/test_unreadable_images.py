@@ -3,7 +3,7 @@ and says why, which can still be deleted like any other; a real one-pixel image 
 Images whose header lies about their size are tried in a child process, in tests/faults."""
 
 import pytest
-from cobaltRig.qt import QtCore, QtGui, QtWidgets
+from cobaltRig.qt import QtWidgets
 
 from test_table import write_snapshot
 
@@ -46,20 +46,3 @@ def test_the_preview_says_when_it_cannot_read_an_image(rig, snap_dir, helper):
     assert preview.image_label.toolTip().startswith("cannot read 1002_broken.jpg: ")
     preview.zoom_in()
     assert preview.scaleFactor == 1.0
-
-
-def test_a_tile_that_cannot_be_read_can_be_deleted(rig, snap_dir, asked):
-    write_snapshot(snap_dir, 1000)
-    broken = snap_dir / "1002_broken.jpg"
-    broken.write_bytes(b"not an image")
-    (snap_dir / "1002_broken.nk").write_text("# nodes\n")
-    browser = rig.show_snapshot_browser()
-    tile = browser.get_thumbnails_list()[0]
-    QtWidgets.QApplication.sendEvent(tile.widget, QtCore.QEvent(QtCore.QEvent.Enter))
-
-    QtWidgets.QApplication.sendEvent(browser.widget, QtGui.QKeyEvent(
-        QtCore.QEvent.KeyPress, QtCore.Qt.Key_D, QtCore.Qt.NoModifier, "d"))
-
-    assert len(asked) == 1 and not broken.exists()
-    assert not (snap_dir / "1002_broken.nk").exists()
-    assert browser.table_thumbs.rowCount() == 1
