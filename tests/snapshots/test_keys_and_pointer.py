@@ -60,7 +60,6 @@ def type_key(key):
 def click_thumbnail(browser, row):
     thumb = browser.get_thumbnails_list()[row].widget
     QtTest.QTest.mouseClick(thumb, Qt.LeftButton, Qt.NoModifier, thumb.rect().center())
-    return thumb
 
 
 @pytest.mark.parametrize("clicked", [False, True], ids=["as opened", "after a click in the list"])
@@ -124,38 +123,23 @@ def test_d_deletes_what_the_pointer_is_on_after_one_question(rig, snap_dir, shot
     assert stems(snap_dir) == sorted(os.path.basename(os.path.splitext(i)[0]) for i in kept)
 
 
-def drag(window, start, steps):
-    """Presses at `start` (window coordinates), moves the pointer by each of `steps`, releasing at
-    the end; gives the window's position after each move. The events go through the window system
-    interface, so Qt picks their receiver as it does for a real mouse."""
-    handle = window.windowHandle()
-    pointer = window.mapToGlobal(start)
+def test_a_drag_by_the_top_bar_follows_the_pointer_across_the_preview(rig, helper, shots, qtbot):
+    helper.update_xml("current_snapshot_preview", shots[0])
+    window = open_active(rig, qtbot).widget
+    window.move(100, 100)
+    start = QtCore.QPoint(window.width() // 2, 30)
+    assert window.childAt(start) is None
+    # Through the window system interface, so that Qt picks each event's receiver itself.
+    handle, pointer = window.windowHandle(), window.mapToGlobal(start)
     QtGui.QCursor.setPos(pointer)
     QtTest.QTest.mousePress(handle, Qt.LeftButton, Qt.NoModifier, start)
-    positions = []
-    for step in steps:
+    for step in [QtCore.QPoint(0, 40)] * 4 + [QtCore.QPoint(25, -20)]:
         pointer = pointer + step
         QtGui.QCursor.setPos(pointer)
         QtTest.QTest.mouseMove(handle, window.mapFromGlobal(pointer))
         App.processEvents()
-        positions.append((window.pos(), pointer))
-    QtTest.QTest.mouseRelease(handle, Qt.LeftButton, Qt.NoModifier,
-                              window.mapFromGlobal(pointer))
-    return positions
-
-
-def test_a_drag_by_the_top_bar_follows_the_pointer_across_the_preview(rig, helper, shots, qtbot):
-    helper.update_xml("current_snapshot_preview", shots[0])
-    browser = open_active(rig, qtbot)
-    window = browser.widget
-    window.move(100, 100)
-    start = QtCore.QPoint(window.width() // 2, 30)
-    assert window.childAt(start) is None
-
-    positions = drag(window, start, [QtCore.QPoint(0, 40)] * 4 + [QtCore.QPoint(25, -20)])
-
-    for pos, pointer in positions:
-        assert pos == pointer + QtCore.QPoint(-(window.width() // 2), -30)
+        assert window.pos() == pointer + QtCore.QPoint(-(window.width() // 2), -30)
+    QtTest.QTest.mouseRelease(handle, Qt.LeftButton, Qt.NoModifier, window.mapFromGlobal(pointer))
 
 
 def test_alt_released_elsewhere_does_not_stick_to_the_image(rig, helper, shots, qtbot):
