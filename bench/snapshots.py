@@ -1,6 +1,7 @@
 """Timings of the snapshot browser on a directory of N real jpg snapshots with metadata.
 
     scripts/python bench/snapshots.py [--counts 1000 10000] [--repeat 5]
+    scripts/python bench/snapshots.py --scroll [--count 300] [--size 2048 1152]
 
 For each count, generates that many snapshots (image, script, metadata with a comment and a flag)
 in a temporary root and prints, median of the runs: browser construction to the first painted
@@ -8,6 +9,11 @@ rows, `populate_table_thumbs` alone, a scroll to the end with the rows in view l
 RSS of the process (with, in brackets, its peak before the first browser). The floor, listing the directory and reading each image's header, is measured
 in the same run by the project's `snapshot_floor` executable; each figure is also printed as a
 multiple of it. The figures are for reading, not for passing or failing.
+
+With --scroll, writes N snapshots of full-size images (2048 x 1152 by default) and scrolls the list
+from top to bottom by wheel notches, as an artist does, then back up, and once more down: it prints
+the peak RSS of the process and the milliseconds per notch (median and worst) of the first pass,
+where rows come into view for the first time, and of the passes over rows already seen.
 """
 
 import argparse
@@ -122,14 +128,119 @@ def child(directory, repeat):
                       "baseline_mb": baseline_mb, "loaded": loaded}))
 
 
+def make_large_snapshots(directory, count, width, height):
+    """count snapshots of one busy full-size jpg (a gradient with a grid, so that it compresses
+    like a render rather than a flat colour)."""
+    from cobaltRig.qt import QtCore, QtGui
+
+    image = QtGui.QImage(width, height, QtGui.QImage.Format_RGB32)
+    image.fill(QtGui.QColor(40, 60, 90))
+    painter = QtGui.QPainter(image)
+    gradient = QtGui.QLinearGradient(0, 0, width, height)
+    gradient.setColorAt(0, QtGui.QColor(200, 80, 40))
+    gradient.setColorAt(1, QtGui.QColor(30, 90, 200))
+    painter.fillRect(image.rect(), gradient)
+    painter.setPen(QtGui.QColor(240, 240, 240))
+    for x in range(0, width, 37):
+        painter.drawLine(x, 0, width - x, height)
+    painter.end()
+    path = os.path.join(directory, "template.jpg")
+    assert image.save(path, "JPG", 90)
+    jpg = open(path, "rb").read()
+    os.remove(path)
+    for i in range(count):
+        stem = os.path.join(directory, "{}_shot".format(1600000000 + i))
+        with open(stem + ".jpg", "wb") as handle:
+            handle.write(jpg)
+        with open(stem + ".nk", "w") as handle:
+            handle.write("# nodes\n")
+
+
+def scroll_child(directory):
+    """Opens the browser on the directory and scrolls its list end to end by wheel notches."""
+    os.environ["COBALTRIG_HOME"] = os.path.join(os.path.dirname(directory), "home")
+    import nuke  # noqa: F401  the host owns the QApplication
+    from cobaltRig.qt import QtCore, QtGui, QtWidgets
+
+    from cobaltRig import cobaltRig_w as rig
+    from cobaltRig import helper
+
+    helper.update_settings({"snapshotbrowser_root": os.path.dirname(directory),
+                            "current_snapshot_dir": directory,
+                            "snapshotbrowser_size_current": "1200,800"})
+    app = QtWidgets.QApplication.instance()
+    browser = rig.show_snapshot_browser()
+    app.processEvents()
+    table = browser.table_thumbs
+    viewport = table.viewport()
+    viewport.repaint()
+    bar = table.verticalScrollBar()
+    centre = QtCore.QPointF(viewport.width() / 2.0, viewport.height() / 2.0)
+
+    def notch(step):
+        event = QtGui.QWheelEvent(centre, QtCore.QPointF(viewport.mapToGlobal(centre.toPoint())),
+                                  QtCore.QPoint(0, 0), QtCore.QPoint(0, step),
+                                  QtCore.Qt.MouseButton.NoButton,
+                                  QtCore.Qt.KeyboardModifier.NoModifier,
+                                  QtCore.Qt.ScrollPhase.NoScrollPhase, False)
+        start = time.perf_counter()
+        QtWidgets.QApplication.sendEvent(viewport, event)
+        app.processEvents()
+        viewport.repaint()
+        return (time.perf_counter() - start) * 1000.0
+
+    def scroll(step, done):
+        times = []
+        while not done() and len(times) < 10000:
+            times.append(notch(step))
+        return times
+
+    first = scroll(-120, lambda: bar.value() >= bar.maximum())
+    back = scroll(120, lambda: bar.value() <= bar.minimum())
+    again = scroll(-120, lambda: bar.value() >= bar.maximum())
+    seen = back + again
+    peak_mb = resource.getrusage(resource.RUSAGE_SELF).ru_maxrss / 1024.0
+    print(json.dumps({"notches": len(first), "first_median": statistics.median(first),
+                      "first_worst": max(first), "seen_median": statistics.median(seen),
+                      "seen_worst": max(seen), "peak_mb": peak_mb,
+                      "rows": table.rowCount()}))
+
+
+def scroll_bench(count, width, height):
+    print("snapshots  image       notches  first pass ms/notch   seen rows ms/notch   peak RSS")
+    with tempfile.TemporaryDirectory(prefix="cobaltrig_snapscroll_") as scratch:
+        directory = os.path.join(scratch, "root", "shot")
+        os.makedirs(directory)
+        make_large_snapshots(directory, count, width, height)
+        out = subprocess.run([sys.executable, __file__, "--scroll-child", directory],
+                             check=True, capture_output=True, text=True).stdout
+        figures = json.loads(out.strip().splitlines()[-1])
+    print("{:9d}  {:>10}  {:7d}  {:6.1f} (worst {:6.1f})  {:6.1f} (worst {:6.1f})  {:6.0f} MB".format(
+        count, "{}x{}".format(width, height), figures["notches"], figures["first_median"],
+        figures["first_worst"], figures["seen_median"], figures["seen_worst"],
+        figures["peak_mb"]))
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("--counts", type=int, nargs="+", default=[1000, 10000])
     parser.add_argument("--repeat", type=int, default=5)
+    parser.add_argument("--scroll", action="store_true",
+                        help="scroll full-size snapshots by wheel notches instead")
+    parser.add_argument("--count", type=int, default=300, help="snapshots for --scroll")
+    parser.add_argument("--size", type=int, nargs=2, default=[2048, 1152],
+                        help="image width and height for --scroll")
     parser.add_argument("--child", help=argparse.SUPPRESS)
+    parser.add_argument("--scroll-child", help=argparse.SUPPRESS)
     args = parser.parse_args()
     if args.child:
         child(args.child, args.repeat)
+        return
+    if args.scroll_child:
+        scroll_child(args.scroll_child)
+        return
+    if args.scroll:
+        scroll_bench(args.count, *args.size)
         return
 
     print("snapshots  floor     first rows        populate          scroll to end     peak RSS"

@@ -335,6 +335,8 @@ void bind_thumbnail(ThumbnailClass& cls) {
         .def_property_readonly("h", [](SnapshotThumbnail& t) { return t.h; })
         .def_property_readonly("pixmap",
                                [](SnapshotThumbnail& t) { return pixmapObject(t.pixmap); })
+        .def_property_readonly("cannot_read",
+                               [](SnapshotThumbnail& t) { return t.cannot_read.toStdString(); })
         .def_property_readonly("icons", [](SnapshotThumbnail& t) { return t.icons; })
         .def_property_readonly("snapshotbrowser",
                                [](SnapshotThumbnail& t) { return borrowed(t.snapshotbrowser); })

@@ -189,6 +189,7 @@ void SnapshotBrowser::build_ui() {
         create_tooltips();
         siblings::load_tooltips(this, "snapshot_browser");
     }
+    route_keys();
 }
 
 void SnapshotBrowser::create_widgets() {

@@ -11,6 +11,7 @@
 #include "snapshots/snapshot_files.h"
 
 #include <QPoint>
+#include <QPointer>
 #include <QString>
 #include <QWidget>
 
@@ -103,9 +104,14 @@ public:
     void resize_look_browser(const QString& mode);
 
     // Input, dragging and fades.
-    /// Drags the window by the settings panel and answers the thumbnail list's keys before the
-    /// table moves its current cell; never swallows an event.
+    /// Drags the window by the settings panel, and gives the browser the keys of every widget of
+    /// the main view before the widget sees them: a key the browser acts on goes no further.
     bool eventFilter(QObject* watched, QEvent* event) override;
+    /// Acts on one of the browser's keys, pressed with the focus on `watched`; false when the key
+    /// isn't the browser's and is left to that widget.
+    bool browser_key(QKeyEvent& event, QObject* watched);
+    /// Whether the browser would act on the key, so that no application shortcut takes it.
+    bool claims_key(const QKeyEvent& event, QObject* watched) const;
     void set_hover_thumbnails(bool has_hover);
     bool has_hover_thumbnail() const { return hover_thumbnails; }
     /// Starts the fade timer and adds one more step per tick in the direction of `fade_method`.
@@ -187,6 +193,8 @@ public:
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
 
@@ -214,6 +222,10 @@ private:
     snapshot_files::Listing listing(const QString& directory);
 
     int fade_connections_ = 0;
+    /// The child a drag began on (none for the window itself), while a button is held.
+    QPointer<QWidget> drag_from_;
+    bool dragging_ = false;
+    void route_keys();
     /// The window's own Python object while it fades out, so that a holder dropped from the slot
     /// meanwhile cannot delete it before the last step.
     pybind11::object keep_alive_during_fade_;

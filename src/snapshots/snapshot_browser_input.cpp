@@ -4,12 +4,16 @@
 #include "snapshots/snapshot_browser.h"
 
 #include "frame/guarded.h"
+#include "frame/siblings.h"
 #include "snapshots/snapshot_preview.h"
 #include "snapshots/snapshot_thumbnail.h"
 
 #include <QCursor>
+#include <QComboBox>
 #include <QEvent>
+#include <QFileInfo>
 #include <QGroupBox>
+#include <QItemSelectionModel>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QScrollArea>
@@ -26,22 +30,54 @@ constexpr int kScrollStep = 30;
 // How much of the opacity one step of a fade changes.
 constexpr double kFadeStep = 0.1;
 
-// Deletes through the thumbnail the pointer entered last, if its row is still listed. What goes is
-// the table's selection: the thumbnail only says that the key was meant for the list.
-void delete_through_last_entered(SnapshotBrowser& browser) {
-    if (browser.current_thumb_src.isEmpty())
-        return;
-    for (SnapshotThumbnail* thumb : browser.get_thumbnails_list()) {
-        if (thumb && thumb->src == browser.current_thumb_src) {
-            thumb->delete_snapshot();
-            return;
+// What "d" deletes: the thumbnail under the pointer; the whole selection when the pointer is on a
+// selected row. Nothing when the pointer is on no thumbnail: a key must not delete what the artist
+// isn't pointing at.
+std::vector<QPointer<SnapshotThumbnail>> pointed_snapshots(SnapshotBrowser& browser) {
+    std::vector<QPointer<SnapshotThumbnail>> thumbs;
+    if (!browser.hover_thumbnails || browser.current_thumb_src.isEmpty())
+        return thumbs;
+    QTableWidget* table = browser.table_thumbs;
+    const QItemSelectionModel* selection = table->selectionModel();
+    for (int row = 0; row < table->rowCount(); ++row) {
+        auto* thumb = qobject_cast<SnapshotThumbnail*>(table->cellWidget(row, 0));
+        if (!thumb || thumb->src != browser.current_thumb_src)
+            continue;
+        if (!selection->isSelected(table->model()->index(row, 0))) {
+            thumbs.emplace_back(thumb);
+            return thumbs;
         }
+        for (int selected = 0; selected < table->rowCount(); ++selected)
+            if (selection->isSelected(table->model()->index(selected, 0)))
+                if (auto* one = qobject_cast<SnapshotThumbnail*>(table->cellWidget(selected, 0)))
+                    thumbs.emplace_back(one);
+        return thumbs;
     }
+    return thumbs;
+}
+
+// Deletes what the pointer is on, after one question that says how much goes.
+void delete_pointed(SnapshotBrowser& browser) {
+    const std::vector<QPointer<SnapshotThumbnail>> thumbs = pointed_snapshots(browser);
+    if (thumbs.empty())
+        return;
+    const int count = static_cast<int>(thumbs.size());
+    const QString message =
+        count == 1 ? QStringLiteral("Delete the snapshot '%1'? This can't be undone!")
+                         .arg(QFileInfo(thumbs.front()->src).completeBaseName())
+                   : QStringLiteral("Delete the %1 selected snapshots? This can't be undone!")
+                         .arg(count);
+    const QString label = count == 1 ? QStringLiteral("delete 1 snapshot")
+                                     : QStringLiteral("delete %1 snapshots").arg(count);
+    if (!siblings::ask_dialog("Delete snapshots", message.toStdString(), label.toStdString(),
+                              "45,0,0"))
+        return;
+    SnapshotThumbnail::delete_thumbnails(&browser, thumbs);
 }
 
 // Shows the row `step` away from the table's current one. Runs before the table's own handling
-// of the arrow, which then moves the current cell onto the row shown; past either end, or onto
-// the empty row of an unreadable image, there is nothing to show and the preview stays.
+// of the arrow, which then moves the current cell onto the row shown; past either end there is
+// nothing to show and the preview stays.
 void preview_row_beside_current(SnapshotBrowser& browser, int step) {
     const int row = browser.table_thumbs->currentRow() + step;
     if (row < 0)
@@ -62,40 +98,59 @@ bool SnapshotBrowser::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::MouseMove && watched == group_settings && group_settings)
         drag_to(QCursor::pos(),
                 QPoint(static_cast<int>(width() * -0.5), static_cast<int>(height() * -0.5)));
-    if (event->type() == QEvent::KeyPress && watched == table_thumbs && built()) {
-        guarded("thumbnail list key", [&] {
-            const auto* key = static_cast<QKeyEvent*>(event);
-            // The pointer may have left the list since: the key still means the thumbnail
-            // entered last, as the table has the focus.
-            if (key->text() == QLatin1String("d"))
-                delete_through_last_entered(*this);
-            if (key->key() == Qt::Key_Down)
-                preview_row_beside_current(*this, 1);
-            else if (key->key() == Qt::Key_Up)
-                preview_row_beside_current(*this, -1);
+    const bool key = event->type() == QEvent::KeyPress;
+    // The host's application shortcuts come first unless the key is claimed: the browser's own
+    // keys are its own while the focus is in it.
+    const bool claim = event->type() == QEvent::ShortcutOverride;
+    if ((key || claim) && built() && watched->isWidgetType()) {
+        auto* keyEvent = static_cast<QKeyEvent*>(event);
+        bool handled = false;
+        guarded("browser key", [&] {
+            handled = claim ? claims_key(*keyEvent, watched) : browser_key(*keyEvent, watched);
         });
+        if (handled) {
+            event->accept();
+            return true;
+        }
+        // The directory box takes neither letters nor arrows: a letter there would pick a
+        // command ("d" the deletion of the whole directory), an arrow would open its dialogs.
+        if (watched == combo_snapshot_dir && key)
+            return true;
     }
-    // Never swallowed: the table and the panel handle their own events as usual.
+    // Never swallowed otherwise: the table and the panel handle their own events as usual.
     return QWidget::eventFilter(watched, event);
 }
 
-void SnapshotBrowser::keyPressEvent(QKeyEvent* event) {
-    // The keys are the window's alone; unknown ones are dropped, not handed to the base class.
-    guarded("browser key", [&] {
-        if (event->key() == Qt::Key_Escape) {
-            fade_method = QStringLiteral("out");
-            fade();
-        }
-        if (!built())
-            return;
-        // With the focus elsewhere in the window, "d" reaches the list only under the pointer.
-        if (event->text() == QLatin1String("d") && hover_thumbnails)
-            delete_through_last_entered(*this);
-        if (!hover_preview)
-            return;
+bool SnapshotBrowser::claims_key(const QKeyEvent& event, QObject* watched) const {
+    const QString text = event.text();
+    if (event.key() == Qt::Key_Escape || text == QLatin1String("d"))
+        return true;
+    if (hover_preview && (text == QLatin1String("+") || text == QLatin1String("=") ||
+                          text == QLatin1String("-") || text == QLatin1String("h")))
+        return true;
+    const bool arrow = event.key() == Qt::Key_Up || event.key() == Qt::Key_Down ||
+                       event.key() == Qt::Key_Left || event.key() == Qt::Key_Right;
+    return arrow && (hover_preview || watched != table_thumbs);
+}
+
+bool SnapshotBrowser::browser_key(QKeyEvent& event, QObject* watched) {
+    if (event.key() == Qt::Key_Escape) {
+        fade_method = QStringLiteral("out");
+        fade();
+        return true;
+    }
+    if (!built())
+        return false;
+    const QString text = event.text();
+    // "d" acts on the thumbnail under the pointer, wherever the focus is; never on a row the
+    // pointer has left.
+    if (text == QLatin1String("d")) {
+        delete_pointed(*this);
+        return true;
+    }
+    if (hover_preview) {
         QScrollBar* vertical = preview_image->scroll_area->verticalScrollBar();
         QScrollBar* horizontal = preview_image->scroll_area->horizontalScrollBar();
-        const QString text = event->text();
         if (text == QLatin1String("+") || text == QLatin1String("="))
             preview_image->zoom_in();
         else if (text == QLatin1String("-"))
@@ -104,22 +159,74 @@ void SnapshotBrowser::keyPressEvent(QKeyEvent* event) {
             preview_image->normal_size();
         // Up raises the vertical value and Down lowers it: the image moves with the arrow, the
         // way artists push a plate around in a viewer.
-        else if (event->key() == Qt::Key_Up)
+        else if (event.key() == Qt::Key_Up)
             vertical->setValue(vertical->value() + kScrollStep);
-        else if (event->key() == Qt::Key_Down)
+        else if (event.key() == Qt::Key_Down)
             vertical->setValue(vertical->value() - kScrollStep);
-        else if (event->key() == Qt::Key_Left)
+        else if (event.key() == Qt::Key_Left)
             horizontal->setValue(horizontal->value() - kScrollStep);
-        else if (event->key() == Qt::Key_Right)
+        else if (event.key() == Qt::Key_Right)
             horizontal->setValue(horizontal->value() + kScrollStep);
-    });
+        else
+            return false;
+        return true;
+    }
+    // Up and Down step through the list wherever the focus is. In the list itself the preview
+    // follows before the table moves its current cell, which it then does as usual.
+    if (event.key() == Qt::Key_Down || event.key() == Qt::Key_Up) {
+        const int step = event.key() == Qt::Key_Down ? 1 : -1;
+        preview_row_beside_current(*this, step);
+        if (watched == table_thumbs)
+            return false;
+        const int row = table_thumbs->currentRow() + step;
+        if (row >= 0 && row < table_thumbs->rowCount())
+            table_thumbs->setCurrentCell(row, 0);
+        return true;
+    }
+    return false;
+}
+
+void SnapshotBrowser::keyPressEvent(QKeyEvent* event) {
+    // The keys are the window's alone; unknown ones are dropped, not handed to the base class.
+    guarded("browser key", [&] { browser_key(*event, this); });
+}
+
+void SnapshotBrowser::route_keys() {
+    // Every widget of the main view that can hold the focus hands the browser its keys first, so
+    // that they mean the same wherever the artist last clicked. The settings panel's fields keep
+    // theirs, and so does the directory box's open list, a window of its own.
+    for (QWidget* widget : findChildren<QWidget*>()) {
+        if (widget->window() != this || widget->focusPolicy() == Qt::NoFocus ||
+            group_settings->isAncestorOf(widget))
+            continue;
+        widget->installEventFilter(this);
+    }
+    combo_snapshot_dir->installEventFilter(this);
+    // The box takes the focus only when its list is open; the list takes it at opening.
+    combo_snapshot_dir->setFocusPolicy(Qt::NoFocus);
+    table_thumbs->setFocus();
+}
+
+void SnapshotBrowser::mousePressEvent(QMouseEvent* event) {
+    QWidget::mousePressEvent(event);
+    // Where a drag begins decides who moves the window for the whole drag, wherever the pointer
+    // goes until the release.
+    drag_from_ = childAt(event->pos());
+    dragging_ = true;
+}
+
+void SnapshotBrowser::mouseReleaseEvent(QMouseEvent* event) {
+    QWidget::mouseReleaseEvent(event);
+    dragging_ = false;
 }
 
 void SnapshotBrowser::mouseMoveEvent(QMouseEvent* event) {
     QWidget::mouseMoveEvent(event);
     // A move that the preview, its placeholder or the settings panel passed up has placed the
-    // window already, with the pointer at its centre.
-    if (const QWidget* under = childAt(event->pos())) {
+    // window already, with the pointer at its centre. A drag that began on the window itself
+    // goes on moving it when the pointer crosses them: what counts is where the drag began.
+    const QWidget* under = dragging_ ? drag_from_.data() : childAt(event->pos());
+    if (under) {
         for (const QWidget* dragged : {static_cast<const QWidget*>(preview_image),
                                        static_cast<const QWidget*>(preview_empty),
                                        static_cast<const QWidget*>(group_settings)})

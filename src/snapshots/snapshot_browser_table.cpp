@@ -20,6 +20,7 @@
 #include <QSplitter>
 #include <QTableWidget>
 
+#include <algorithm>
 #include <stdexcept>
 
 namespace cobaltrig {
@@ -28,13 +29,6 @@ namespace {
 
 QString qs(const std::string& text) {
     return QString::fromStdString(text);
-}
-
-// Whole-number division, multiplication first; a zero divisor is a failure, not a crash.
-int scaled(int value, int numerator, int denominator, const char* what) {
-    if (denominator == 0)
-        throw std::runtime_error(std::string("cannot scale: ") + what + " is 0");
-    return static_cast<int>(static_cast<long long>(value) * numerator / denominator);
 }
 
 } // namespace
@@ -94,18 +88,12 @@ void SnapshotBrowser::populate_table_thumbs() {
     QHeaderView* header = table_thumbs->verticalHeader();
     header->setUpdatesEnabled(false);
     table_thumbs->setColumnWidth(0, 200);
-    int row = 0;
-    for (int i = 0; i < thumbs_list.size(); ++i) {
-        auto* thumb = new SnapshotThumbnail(thumbs_list[i], this, sizes.at(i));
-        if (thumb->w == 1 && thumb->h == 1) {
-            // No usable image: the row stays for a later image; the empty rows end the table.
-            delete thumb;
-            continue;
-        }
+    // Every listed snapshot keeps its row: one whose image can't be read shows as a tile that
+    // says so, and can still be deleted or moved like any other.
+    for (int row = 0; row < thumbs_list.size(); ++row) {
+        auto* thumb = new SnapshotThumbnail(thumbs_list[row], this, sizes.at(row));
         table_thumbs->setCellWidget(row, 0, thumb);
-        header->resizeSection(
-            row, scaled(thumb->h, table_thumbs->columnWidth(0), thumb->w, "the image width"));
-        ++row;
+        header->resizeSection(row, thumb->shown_height(table_thumbs->columnWidth(0)));
     }
     header->setUpdatesEnabled(true);
     load_thumbs_visible_top_bottom();
@@ -130,10 +118,10 @@ QStringList SnapshotBrowser::row_sources() const {
 }
 
 void SnapshotBrowser::load_thumbs_visible_top_bottom() {
-    load_visible_thumbs(false);
+    load_visible_thumbs(true);
 }
 
-void SnapshotBrowser::load_visible_thumbs(bool only_unseen) {
+void SnapshotBrowser::load_visible_thumbs(bool only_missing) {
     if (!built())
         return;
     const int extra_items_to_load = 5;
@@ -144,18 +132,22 @@ void SnapshotBrowser::load_visible_thumbs(bool only_unseen) {
     if (lowest < 0)
         lowest = table_thumbs->rowCount() - 1;
     const int visible_bottom = lowest + extra_items_to_load;
+    // Rows that hold their pixels at this width already cost nothing: a wheel notch over rows
+    // seen before reads no file.
+    const int width = table_thumbs->columnWidth(0);
     std::vector<SnapshotThumbnail*> thumbs;
-    QStringList sources;
-    for (int row = visible_top; row <= visible_bottom; ++row)
+    for (int row = std::max(visible_top, 0); row <= visible_bottom; ++row)
         if (auto* thumb = qobject_cast<SnapshotThumbnail*>(table_thumbs->cellWidget(row, 0)))
-            if (!only_unseen || thumb->pixmap.isNull()) {
+            if (!only_missing || thumb->needs_loading(width))
                 thumbs.push_back(thumb);
-                sources << thumb->get_src();
-            }
-    // A screenful of pictures is decoded side by side; only showing them needs this thread.
-    std::vector<QImage> images = snapshot_files::read_images(sources);
+    // A screenful of pictures is decoded side by side, each straight to the size of its row;
+    // only showing them needs this thread.
+    std::vector<ShownImage> images(thumbs.size());
+    snapshot_files::in_parallel(static_cast<int>(thumbs.size()), 1, [&](int i) {
+        images[i] = thumbs[i]->read_pixels(width);
+    });
     for (std::size_t i = 0; i < thumbs.size(); ++i)
-        thumbs[i]->load_thumbnail(std::move(images[i]));
+        thumbs[i]->load_thumbnail(std::move(images[i]), width);
 }
 
 void SnapshotBrowser::adjust_splitter_sizes() {
@@ -170,26 +162,27 @@ void SnapshotBrowser::adjust_splitter_sizes() {
         ~Resume() { header->setUpdatesEnabled(true); }
     } resume{header};
 
-    QLabel* label = preview_image->image_label;
-    const QPixmap preview_pixmap = label->pixmap(Qt::ReturnByValue);
+    // The preview fits itself to its pane as the pane changes size.
+    const QPixmap preview_pixmap = preview_image->image_label->pixmap(Qt::ReturnByValue);
     // Before any image was shown there is nothing to follow: the rows wait for a later pass.
     if (preview_pixmap.isNull() || preview_pixmap.width() == 0)
         return;
-    label->setFixedHeight(
-        scaled(preview_pixmap.height(), label->width(), preview_pixmap.width(), "the preview"));
 
+    const int width = table_thumbs->columnWidth(0);
     int row = 0;
     for (SnapshotThumbnail* thumb : get_thumbnails_list()) {
-        if (!thumb)
-            continue;
-        const int width = table_thumbs->columnWidth(0);
-        const int height = scaled(thumb->h, width, thumb->w, "the image width");
-        thumb->resize(QSize(width, height));
-        header->resizeSection(row, height);
-        // Rescaled from the image the thumbnail keeps: no new read of the file.
-        thumb->setPixmap(thumb->pixmap.scaled(width, height, Qt::KeepAspectRatio));
+        if (thumb) {
+            const int height = thumb->shown_height(width);
+            thumb->resize(QSize(width, height));
+            header->resizeSection(row, height);
+            // A row keeps only the pixels it shows: pixels read for another width go, and the
+            // rows in view read theirs afresh from the file at the new size.
+            if (thumb->needs_loading(width))
+                thumb->release_pixels();
+        }
         ++row;
     }
+    load_visible_thumbs(true);
 }
 
 void SnapshotBrowser::setup_version_slider() {
@@ -240,16 +233,12 @@ void SnapshotBrowser::resizeEvent(QResizeEvent*) {
         if (!built())
             return;
         QLabel* label = preview_image->image_label;
-        const int width = label->width();
         const QPixmap pixmap = label->pixmap(Qt::ReturnByValue);
-        if (width == 0 || pixmap.width() == 0)
+        if (label->width() == 0 || pixmap.width() == 0)
             return;
-        preview_image->scroll_area->setWidgetResizable(false);
-        label->setFixedHeight(scaled(pixmap.height(), width, pixmap.width(), "the preview"));
-        if (window_resized > 0) {
+        // The preview fits itself to its pane; the rows follow the column here.
+        if (window_resized > 0)
             adjust_splitter_sizes();
-            preview_image->scroll_area->setWidgetResizable(true);
-        }
         ++window_resized;
         siblings::update_xml(
             "snapshotbrowser_size_current",

@@ -5,6 +5,7 @@
 #include "frame/siblings.h"
 #include "frame/window_slots.h"
 #include "snapshots/snapshot_browser.h"
+#include "snapshots/snapshot_thumbnail.h"
 
 #include <pybind11/stl.h>
 
@@ -18,11 +19,14 @@
 #include <QMenu>
 #include <QMessageBox>
 #include <QMouseEvent>
+#include <QPaintEvent>
 #include <QPushButton>
+#include <QResizeEvent>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <stdexcept>
 
 namespace cobaltrig {
@@ -46,13 +50,22 @@ bool isFile(const std::optional<QString>& path) {
     return path && !path->isEmpty() && QFileInfo(*path).isFile();
 }
 
-// Heights follow widths in whole pixels; a zero width has no sensible height and ends the
-// operation.
-int scaledHeight(int height, int new_width, int old_width) {
-    if (old_width == 0)
-        throw std::domain_error("cannot scale an image of width 0");
-    return static_cast<int>(static_cast<long long>(height) * new_width / old_width);
-}
+// The label that shows the preview: it paints only the part of the zoomed image in view. A plain
+// QLabel keeps a copy of its pixmap scaled to its whole size, gigabytes at a high zoom.
+class ImageLabel : public QLabel {
+public:
+    using QLabel::QLabel;
+
+protected:
+    void paintEvent(QPaintEvent* event) override {
+        if (pixmap(Qt::ReturnByValue).isNull())
+            QLabel::paintEvent(event);
+        else {
+            QFrame::paintEvent(event);
+            paint_scaled_pixmap(*this, event->rect());
+        }
+    }
+};
 
 } // namespace
 
@@ -70,7 +83,7 @@ SnapshotPreviewImage::SnapshotPreviewImage(SnapshotBrowser* browser) : snapshotb
                     [this] { show_right_click_menu(); });
     icons = siblings::load_icons();
 
-    image_label = new QLabel(this);
+    image_label = new ImageLabel(this);
     image_label->setBackgroundRole(QPalette::Base);
     image_label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Ignored);
     image_label->setScaledContents(true);
@@ -78,6 +91,8 @@ SnapshotPreviewImage::SnapshotPreviewImage(SnapshotBrowser* browser) : snapshotb
     scroll_area = new QScrollArea(this);
     scroll_area->setBackgroundRole(QPalette::Dark);
     scroll_area->setWidget(image_label);
+    // A fitted image smaller than the pane stands in its middle.
+    scroll_area->setAlignment(Qt::AlignCenter);
 
     layout_main = new QVBoxLayout(this);
     layout_main->addWidget(scroll_area);
@@ -102,13 +117,21 @@ void SnapshotPreviewImage::set_image(const std::optional<QString>& src, bool upd
     image = *src;
     snapshotbrowser->preview_image->setVisible(true);
     snapshotbrowser->preview_empty->setVisible(false);
-    preview_pixmap = QPixmap::fromImage(QImage(image));
+    // The one full image the browser keeps; one that claims more pixels than any snapshot has, or
+    // can't be decoded, shows as a pane that says so instead.
+    ShownImage shown = read_shown_image(image);
+    preview_pixmap = QPixmap::fromImage(std::move(shown.image));
     image_label->setPixmap(preview_pixmap);
-    scaleFactor = 1.0;
-    image_label->adjustSize();
-    const int width_real = image_label->size().width();
-    const auto [width, height] = siblings::get_image_size(image.toStdString());
-    image_label->setFixedHeight(scaledHeight(height, width_real, width));
+    if (preview_pixmap.isNull()) {
+        image_label->setAlignment(Qt::AlignCenter);
+        image_label->setText(QStringLiteral("cannot read"));
+        image_label->setToolTip(QStringLiteral("cannot read %1: %2")
+                                    .arg(QFileInfo(image).fileName(), shown.reason));
+        image_label->setFixedSize(scroll_area->maximumViewportSize());
+    } else {
+        image_label->setToolTip(QString());
+    }
+    normal_size();
     if (update_xml)
         siblings::update_xml("current_snapshot_preview", image.toStdString());
 }
@@ -128,12 +151,32 @@ void SnapshotPreviewImage::zoom_out() {
     scaleImage(0.8);
 }
 
+QSize SnapshotPreviewImage::fitted_size() const {
+    if (preview_pixmap.isNull())
+        return QSize();
+    const QSize room = scroll_area->maximumViewportSize().expandedTo(QSize(1, 1));
+    return preview_pixmap.size().scaled(room, Qt::KeepAspectRatio).expandedTo(QSize(1, 1));
+}
+
+void SnapshotPreviewImage::show_at_zoom() {
+    const QSize fitted = fitted_size();
+    if (fitted.isEmpty())
+        return;
+    image_label->setFixedSize(
+        QSize(std::max(1, static_cast<int>(fitted.width() * scaleFactor + 0.5)),
+              std::max(1, static_cast<int>(fitted.height() * scaleFactor + 0.5))));
+}
+
 void SnapshotPreviewImage::scaleImage(double factor) {
-    scaleFactor *= factor;
-    const QPixmap pixmap = image_label->pixmap(Qt::ReturnByValue);
-    image_label->resize(pixmap.size() * scaleFactor);
-    image_label->setFixedHeight(
-        scaledHeight(pixmap.height(), image_label->width(), pixmap.width()));
+    // Zoom steps from the fitted size and stays within bounds of it: past them a key does
+    // nothing, where before each step made the picture larger without end.
+    const double next = scaleFactor * factor;
+    constexpr double tolerance = 1e-9;
+    if (preview_pixmap.isNull() || next > kMaxZoom * (1 + tolerance) ||
+        next < kMinZoom * (1 - tolerance))
+        return;
+    scaleFactor = next;
+    show_at_zoom();
     adjust_scrollbar(scroll_area->horizontalScrollBar(), factor);
     adjust_scrollbar(scroll_area->verticalScrollBar(), factor);
 }
@@ -146,11 +189,17 @@ void SnapshotPreviewImage::adjust_scrollbar(QScrollBar* scrollbar, double factor
 }
 
 void SnapshotPreviewImage::normal_size() {
-    const int width_old = image_label->width();
-    scroll_area->setWidgetResizable(true);
-    const int width_new = image_label->width();
-    image_label->setFixedHeight(scaledHeight(image_label->height(), width_new, width_old));
+    // The whole image in the pane, whatever its shape; the label keeps its own size, so that a
+    // zoom can grow it past the view.
+    scroll_area->setWidgetResizable(false);
     scaleFactor = 1.0;
+    show_at_zoom();
+}
+
+void SnapshotPreviewImage::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    // The pane's new size gives a new fitted size; the zoom stays what it was relative to it.
+    guarded("preview resized", [this] { show_at_zoom(); });
 }
 
 void SnapshotPreviewImage::show_right_click_menu() {
@@ -260,6 +309,9 @@ void SnapshotPreviewImage::ask_insert_snapshot() {
     box.addButton(QStringLiteral("cancel"), QMessageBox::RejectRole);
     overwrite->clearFocus();
     box.setFocus();
+    // Return appends, which keeps the artist's graph: replacing it takes a click of its own.
+    overwrite->setAutoDefault(false);
+    box.setDefaultButton(append);
     box.exec();
 
     const std::string path = snapshot_nk.toStdString();
@@ -275,8 +327,18 @@ void SnapshotPreviewImage::ask_insert_snapshot() {
     }
 }
 
+void SnapshotPreviewImage::mousePressEvent(QMouseEvent* event) {
+    QWidget::mousePressEvent(event);
+    alt_hold = event->modifiers().testFlag(Qt::AltModifier);
+}
+
 void SnapshotPreviewImage::mouseMoveEvent(QMouseEvent* event) {
     QWidget::mouseMoveEvent(event);
+    // Alt is read from each event: released while another window had the keys, it would
+    // otherwise stay held here and turn every later drag of the window into one of the image.
+    alt_hold = event->modifiers().testFlag(Qt::AltModifier);
+    // Placed here, the window must not be placed again by the browser, the event's next stop.
+    event->accept();
     if (alt_hold) {
         xy = QCursor::pos() + QPoint(image_label->width() * -1 + event->pos().x(),
                                      image_label->height() * -1 + event->pos().y());
@@ -317,6 +379,7 @@ SnapshotPreviewEmpty::SnapshotPreviewEmpty(SnapshotBrowser* browser) : snapshotb
 
 void SnapshotPreviewEmpty::mouseMoveEvent(QMouseEvent* event) {
     QLabel::mouseMoveEvent(event);
+    event->accept();
     xy = centred_under_pointer(snapshotbrowser);
     snapshotbrowser->move(xy);
 }

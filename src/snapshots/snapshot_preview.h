@@ -36,11 +36,15 @@ public:
     void clear_image();
     void zoom_in();
     void zoom_out();
-    /// Zooms by `factor` relative to the current zoom, keeping the middle of the view in place.
+    /// Zooms by `factor` relative to the current zoom, keeping the middle of the view in place;
+    /// a step past the bounds of the zoom does nothing.
     void scaleImage(double factor);
     static void adjust_scrollbar(QScrollBar* scrollbar, double factor);
-    /// Fits the image to the pane's width.
+    /// Shows the whole image, as large as the pane allows.
     void normal_size();
+    /// The size of the whole image fitted into the pane, the size that zoom 1 shows; empty
+    /// without an image.
+    QSize fitted_size() const;
     void show_right_click_menu();
     /// Inserts the remembered preview image as a Read node.
     void insert_preview();
@@ -51,6 +55,7 @@ public:
     QString image;
     std::map<std::string, std::string> icons;
     bool alt_hold = false;
+    /// Zoom relative to the fitted size: 1 shows the whole image.
     double scaleFactor = 0.0;
     QLabel* image_label = nullptr;
     QPixmap preview_pixmap;
@@ -71,7 +76,13 @@ public:
     QAction* sep = nullptr;
     QAction* action_clear = nullptr;
 
+    /// How far the zoom goes either way from the fitted size.
+    static constexpr double kMinZoom = 1.0 / 8;
+    static constexpr double kMaxZoom = 16.0;
+
 protected:
+    void resizeEvent(QResizeEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void keyReleaseEvent(QKeyEvent* event) override;
@@ -81,6 +92,8 @@ protected:
 private:
     QIcon icon(const char* key) const;
     void message(const std::string& text);
+    /// Sizes the label to the fitted size times the zoom.
+    void show_at_zoom();
 };
 
 class SnapshotPreviewEmpty : public QLabel {

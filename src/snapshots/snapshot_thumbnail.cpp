@@ -20,9 +20,14 @@
 #include <QHash>
 #include <QIcon>
 #include <QImage>
+#include <QImageReader>
 #include <QMenu>
+#include <QPainter>
+#include <QPaintEvent>
 #include <QPointer>
 #include <QTableWidget>
+
+#include <algorithm>
 
 #include <stdexcept>
 #include <string>
@@ -87,7 +92,72 @@ void clearPreviewIfGone(SnapshotBrowser* browser) {
         browser->preview_image->set_image(std::nullopt);
 }
 
+// How tall a row may be against its width, either way: an image of strange shape (a header that
+// claims 1 x 65,500 pixels) would otherwise make a row millions of pixels high.
+constexpr int kMaxTallness = 4;
+constexpr int kMaxFlatness = 8;
+
+// Why an image of the size its header claims is refused unread; empty when it may be read.
+QString refusal(QSize claimed) {
+    if (!claimed.isValid() || claimed.isEmpty())
+        return QString();
+    if (static_cast<qint64>(claimed.width()) * claimed.height() <= kMaxImagePixels)
+        return QString();
+    return QStringLiteral("its header claims %1 x %2 pixels, more than %3 megapixels")
+        .arg(claimed.width())
+        .arg(claimed.height())
+        .arg(kMaxImagePixels / 1000000);
+}
+
+// Why the image at `src` can't be read, from its header alone; empty when it can.
+QString probe(const QString& src) {
+    if (!QFileInfo(src).isFile())
+        return QStringLiteral("it is not a regular file");
+    QImageReader reader(src);
+    const QSize claimed = reader.size();
+    if (!claimed.isValid() || claimed.isEmpty())
+        return reader.errorString();
+    return refusal(claimed);
+}
+
 } // namespace
+
+ShownImage read_shown_image(const QString& src, QSize size, Qt::AspectRatioMode mode) {
+    // A pipe or a device under an image's name would block the reader for good.
+    if (!QFileInfo(src).isFile())
+        return {QImage(), QStringLiteral("it is not a regular file")};
+    QImageReader reader(src);
+    const QSize claimed = reader.size();
+    if (!claimed.isValid() || claimed.isEmpty())
+        return {QImage(), reader.errorString()};
+    if (QString refused = refusal(claimed); !refused.isEmpty())
+        return {QImage(), refused};
+    if (size.isValid() && !size.isEmpty()) {
+        // Decoded at the size shown: the jpeg decoder scales while it decodes, so the full
+        // picture is never in memory.
+        const QSize fitted = claimed.scaled(size, mode);
+        reader.setScaledSize(fitted.expandedTo(QSize(1, 1)));
+    }
+    QImage image = reader.read();
+    if (image.isNull())
+        return {QImage(), reader.errorString()};
+    return {std::move(image), QString()};
+}
+
+void paint_scaled_pixmap(QLabel& label, const QRect& exposed) {
+    const QPixmap pixmap = label.pixmap(Qt::ReturnByValue);
+    const QRect target = label.contentsRect();
+    const QRect area = exposed & target;
+    if (pixmap.isNull() || area.isEmpty())
+        return;
+    const double sx = pixmap.width() / static_cast<double>(target.width());
+    const double sy = pixmap.height() / static_cast<double>(target.height());
+    const QRectF source((area.x() - target.x()) * sx, (area.y() - target.y()) * sy,
+                        area.width() * sx, area.height() * sy);
+    QPainter painter(&label);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    painter.drawPixmap(QRectF(area), pixmap, source);
+}
 
 SnapshotThumbnail::SnapshotThumbnail(const QString& src, SnapshotBrowser* snapshotbrowser)
     : SnapshotThumbnail(src, snapshotbrowser,
@@ -103,6 +173,68 @@ SnapshotThumbnail::SnapshotThumbnail(const QString& src, SnapshotBrowser* snapsh
     setContextMenuPolicy(Qt::CustomContextMenu);
     connect_guarded(this, &QLabel::customContextMenuRequested, this, "thumbnail menu",
                     [this] { show_right_click_menu(); });
+    // A header read as 1 by 1 is either an image that can't be read or a real one-pixel image:
+    // only a second look tells them apart. An image that claims too much is never read.
+    if (w == 1 && h == 1)
+        cannot_read = probe(src);
+    else
+        cannot_read = refusal(QSize(w, h));
+    if (!cannot_read.isEmpty()) {
+        w = 1;
+        h = 1;
+    }
+}
+
+int SnapshotThumbnail::shown_height(int width) const {
+    // An unreadable image stands as a tile of the usual snapshot shape.
+    if (!cannot_read.isEmpty() || w <= 0)
+        return std::max(width / 2, 1);
+    const qint64 height = static_cast<qint64>(h) * width / w;
+    return static_cast<int>(std::clamp<qint64>(height, std::max(width / kMaxFlatness, 1),
+                                               std::max<qint64>(width, 1) * kMaxTallness));
+}
+
+bool SnapshotThumbnail::needs_loading(int width) const {
+    return !seen_ || (cannot_read.isEmpty() && pixels_width_ != width);
+}
+
+void SnapshotThumbnail::release_pixels() {
+    if (pixmap.isNull())
+        return;
+    pixmap = QPixmap();
+    pixels_width_ = 0;
+    setPixmap(pixmap);
+}
+
+ShownImage SnapshotThumbnail::read_pixels(int width) const {
+    if (!cannot_read.isEmpty())
+        return {QImage(), cannot_read};
+    // The row is the image at the column's width, its height rounded down: filled exactly. Only
+    // a shape the row's bounds cut keeps its own aspect inside the row.
+    const int height = shown_height(width);
+    const bool exact = w > 0 && static_cast<qint64>(h) * width / w == height;
+    return read_shown_image(src, QSize(width, height),
+                            exact ? Qt::IgnoreAspectRatio : Qt::KeepAspectRatio);
+}
+
+void SnapshotThumbnail::show_cannot_read(const QString& reason) {
+    cannot_read = reason;
+    pixmap = QPixmap();
+    pixels_width_ = 0;
+    setPixmap(pixmap);
+    setAlignment(Qt::AlignCenter);
+    setText(QStringLiteral("cannot read"));
+    update_tool_tip();
+}
+
+void SnapshotThumbnail::update_tool_tip() {
+    // The comment comes first; a tile that can't be read says which file and why below it.
+    QStringList lines;
+    if (!comment_.isEmpty())
+        lines << comment_;
+    if (!cannot_read.isEmpty())
+        lines << QStringLiteral("cannot read %1: %2").arg(QFileInfo(src).fileName(), cannot_read);
+    setToolTip(lines.join(QLatin1Char('\n')));
 }
 
 QLabel* SnapshotThumbnail::comment_mark() {
@@ -133,13 +265,15 @@ void SnapshotThumbnail::set_meta_ui_elements() {
     // one widget per row, and the window's style has that much less to apply.
     const snapshot_files::Metadata metadata = snapshot_files::load_metadata(src);
     meta_read_ = true;
+    comment_ = metadata.comment;
     if (!metadata.comment.isEmpty()) {
         comment_mark()->setText(QStringLiteral("c"));
         label_comment->show();
-        setToolTip(metadata.comment);
     } else if (label_comment) {
         label_comment->hide();
     }
+    if (!metadata.comment.isEmpty() || !cannot_read.isEmpty())
+        update_tool_tip();
     if (!metadata.flag.isEmpty()) {
         show_flag(metadata.flag);
         label_flag->show();
@@ -253,16 +387,20 @@ void SnapshotThumbnail::set_to_preview() {
 }
 
 void SnapshotThumbnail::load_thumbnail() {
-    load_thumbnail(QImage(src));
+    const int width = snapshotbrowser->table_thumbs->columnWidth(0);
+    load_thumbnail(read_pixels(width), width);
 }
 
-void SnapshotThumbnail::load_thumbnail(QImage image) {
-    pixmap = QPixmap::fromImage(std::move(image));
-    const int width = snapshotbrowser->table_thumbs->columnWidth(0);
-    if (w == 0)
-        throw std::runtime_error("the snapshot '" + src.toStdString() + "' has no width");
-    const int height = h * width / w;
-    setPixmap(pixmap.scaled(width, height, Qt::KeepAspectRatio));
+void SnapshotThumbnail::load_thumbnail(ShownImage shown, int width) {
+    // Only the pixels shown are kept, read at the row's size: a row of a 2K snapshot holds a
+    // picture of a few tens of kilobytes, not the nine megabytes of the full image.
+    if (shown.image.isNull()) {
+        show_cannot_read(shown.reason.isEmpty() ? QStringLiteral("no pixels") : shown.reason);
+    } else {
+        pixmap = QPixmap::fromImage(std::move(shown.image));
+        pixels_width_ = width;
+        setPixmap(pixmap);
+    }
     setScaledContents(true);
     if (!seen_) {
         seen_ = true;
@@ -273,6 +411,15 @@ void SnapshotThumbnail::load_thumbnail(QImage image) {
         show();
         ensure_meta_ui_elements();
     }
+}
+
+void SnapshotThumbnail::paintEvent(QPaintEvent* event) {
+    if (pixmap.isNull()) {
+        QLabel::paintEvent(event);
+        return;
+    }
+    QFrame::paintEvent(event);
+    paint_scaled_pixmap(*this, event->rect());
 }
 
 void SnapshotThumbnail::setVisible(bool visible) {
@@ -293,16 +440,21 @@ bool SnapshotThumbnail::event(QEvent* event) {
 }
 
 void SnapshotThumbnail::delete_snapshot() {
-    QTableWidget* table = snapshotbrowser->table_thumbs;
     // The selection is read once: every range stands for the snapshot in its top row as the
     // table stands now, whatever the removals below do to row numbers.
-    for (const QPointer<SnapshotThumbnail>& thumb : selectedSnapshots(table)) {
+    delete_thumbnails(snapshotbrowser, selectedSnapshots(snapshotbrowser->table_thumbs));
+}
+
+void SnapshotThumbnail::delete_thumbnails(SnapshotBrowser* browser,
+                                          const std::vector<QPointer<SnapshotThumbnail>>& thumbs) {
+    QTableWidget* table = browser->table_thumbs;
+    for (const QPointer<SnapshotThumbnail>& thumb : thumbs) {
         if (!thumb)
             continue;
         snapshot_files::remove_snapshot(thumb->get_src());
         removeRowOf(table, thumb);
     }
-    clearPreviewIfGone(snapshotbrowser);
+    clearPreviewIfGone(browser);
 }
 
 void SnapshotThumbnail::delete_snapshots_all() {

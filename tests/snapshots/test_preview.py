@@ -56,19 +56,21 @@ def test_what_leaves_the_remembered_preview_alone(browser, preview, shot, helper
     assert browser.preview_empty.isVisible() is (src != "shot")
 
 
-def test_zoom_steps_from_the_image_size_and_fit_fills_the_pane(preview, shot):
+def test_zoom_steps_from_the_fitted_size_and_fit_comes_back_to_it(preview, shot):
     preview.set_image(shot)
     preview.normal_size()
+    fitted = preview.image_label.size()
+    room = preview.scroll_area.maximumViewportSize()
+    assert fitted == QtCore.QSize(400, 200).scaled(room, QtCore.Qt.KeepAspectRatio)
 
     preview.zoom_in()
-    assert preview.image_label.size().toTuple() == (500, 250)
+    assert preview.image_label.size() == fitted * 1.25
     preview.zoom_out()
-    assert preview.image_label.size().toTuple() == (400, 200)
+    assert preview.image_label.size() == fitted and preview.scaleFactor == 1.0
 
+    preview.zoom_in()
     preview.normal_size()
-    assert preview.scaleFactor == 1.0
-    width = preview.scroll_area.viewport().width()
-    assert preview.image_label.size().toTuple() == (width, 200 * width // 400)
+    assert preview.scaleFactor == 1.0 and preview.image_label.size() == fitted
 
 
 @pytest.mark.parametrize("factor, expected", [

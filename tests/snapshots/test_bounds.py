@@ -1,0 +1,118 @@
+"""What the browser holds and how far it goes: the zoom stays within bounds of the fitted image,
+fit shows the whole image, thumbnails keep only the pixels they show, and the graph is replaced
+only by a click of its own."""
+
+import pytest
+from cobaltRig.qt import QtCore, QtTest, QtWidgets, shiboken
+
+from conftest import write_jpg
+from test_table import write_snapshot
+
+pytestmark = pytest.mark.usefixtures("browser_slot")
+
+Qt = QtCore.Qt
+
+
+def open_on(rig, helper, image, size="1200,800"):
+    helper.update_xml("snapshotbrowser_size_current", size)
+    helper.update_xml("current_snapshot_preview", image)
+    browser = rig.show_snapshot_browser()
+    QtWidgets.QApplication.processEvents()
+    return browser
+
+
+def fitted(preview):
+    room = preview.scroll_area.maximumViewportSize()
+    return preview.image_label.pixmap().size().scaled(room, Qt.KeepAspectRatio)
+
+
+@pytest.mark.parametrize("shape", [(480, 270), (300, 900)], ids=["landscape", "portrait"])
+def test_fit_shows_the_whole_image_and_the_zoom_steps_from_it_within_bounds(rig, helper,
+                                                                             snap_dir, shape):
+    image = write_jpg(snap_dir / "1700000000_comp.jpg", *shape)
+    browser = open_on(rig, helper, image)
+    preview = browser.preview_image
+    view = preview.scroll_area.maximumViewportSize()
+
+    preview.normal_size()
+    whole = preview.image_label.size()
+    assert whole == fitted(preview)
+    assert whole.width() <= view.width() and whole.height() <= view.height()
+    assert view.width() - whole.width() <= 1 or view.height() - whole.height() <= 1
+
+    # The first step either way starts from the fitted size.
+    preview.zoom_out()
+    assert preview.image_label.width() == round(whole.width() * 0.8)
+    preview.normal_size()
+    preview.zoom_in()
+    assert preview.image_label.width() == round(whole.width() * 1.25)
+
+    widths = []
+    for _ in range(20):
+        preview.zoom_in()
+        widths.append(preview.image_label.width())
+    assert preview.scaleFactor <= 16 and widths[-1] == widths[-5]
+    assert max(widths) <= 16 * whole.width()
+    for _ in range(30):
+        preview.zoom_out()
+    assert preview.scaleFactor >= 1 / 8
+    assert preview.image_label.width() >= whole.width() // 8
+
+
+def test_thumbnails_keep_only_the_pixels_they_show(rig, helper, snap_dir):
+    images = [write_snapshot(snap_dir, 1000 + i, size=(2048, 1152)) for i in range(3)]
+    browser = open_on(rig, helper, images[0])
+    table = browser.table_thumbs
+
+    for thumb in browser.get_thumbnails_list():
+        assert thumb.pixmap.size().toTuple() == (200, 112)
+
+    # When the column grows, the pixels are read again at the new width, not blown up.
+    browser.splitter.setSizes([500, 700])
+    browser.adjust_splitter_sizes()
+    width = table.columnWidth(0)
+    assert width > 300
+    for row, thumb in enumerate(browser.get_thumbnails_list()):
+        assert thumb.pixmap.width() == width
+        assert table.rowHeight(row) == 1152 * width // 2048
+
+
+def test_resizing_scales_only_the_rows_that_hold_pixels(rig, helper, snap_dir, qtlog):
+    images = [write_snapshot(snap_dir, 1000 + i) for i in range(60)]
+    browser = open_on(rig, helper, images[-1], size="900,400")
+    assert browser.get_thumbnails_list()[-1].pixmap.isNull()
+
+    for size in [(950, 450), (1000, 500), (960, 480)]:
+        browser.widget.resize(*size)
+        QtWidgets.QApplication.processEvents()
+    browser.splitter.setSizes([300, 600])
+    browser.adjust_splitter_sizes()
+
+    assert [r.message for r in qtlog.records if "null pixmap" in r.message] == []
+
+
+def test_return_in_the_insert_question_appends(rig, helper, snap_dir, nuke):
+    shot = write_jpg(snap_dir / "1700000000_comp.jpg", 400, 200)
+    nuke.nodes.Blur(name="saved_blur").selectOnly()
+    nuke.nodeCopy(shot[:-4] + ".nk")
+    nuke.scriptClear()
+    nuke.nodes.Constant(name="mine")
+    browser = open_on(rig, helper, shot)
+
+    def press():
+        box = QtWidgets.QApplication.activeModalWidget()
+        if box is None:
+            return QtCore.QTimer.singleShot(10, press)
+        box.activateWindow()
+        QtCore.QTimer.singleShot(50, lambda: type_return(box))
+
+    def type_return(box):
+        assert QtWidgets.QApplication.activeWindow() == box
+        QtTest.QTest.keyClick(QtWidgets.QApplication.focusWidget(), Qt.Key_Return)
+        # A box that Return leaves open is told apart from one that appended.
+        QtCore.QTimer.singleShot(200, lambda: shiboken.isValid(box) and box.reject())
+
+    QtCore.QTimer.singleShot(0, press)
+    browser.preview_image.ask_insert_snapshot()
+
+    assert sorted(n.name() for n in nuke.allNodes()) == ["mine", "saved_blur"]
