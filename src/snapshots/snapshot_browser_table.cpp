@@ -16,10 +16,12 @@
 #include <QResizeEvent>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QSet>
 #include <QSlider>
 #include <QSplitter>
 #include <QTableWidget>
 
+#include <exception>
 #include <stdexcept>
 
 namespace cobaltrig {
@@ -61,6 +63,23 @@ void SnapshotBrowser::create_table_signals() {
 void SnapshotBrowser::populate_table_thumbs() {
     if (!built())
         throw std::runtime_error("the snapshot browser has no table: it stopped while building");
+    // The directory is listed first: the thumbnail of a snapshot that is still listed stays the
+    // same object through the refresh, so what holds it (a script, its own open menu) goes on
+    // working. Only the rows of snapshots that are gone go.
+    QStringList thumbs_list;
+    std::exception_ptr unlisted;
+    if (current_snapshot_dir) {
+        // An absolute directory replaces the root in the join.
+        const QString look_dir = QDir(snapshotbrowser_root).filePath(*current_snapshot_dir);
+        try {
+            thumbs_list = listing(look_dir).images;
+        } catch (...) {
+            unlisted = std::current_exception();
+        }
+    }
+    const QSet<QString> listed(thumbs_list.begin(), thumbs_list.end());
+    QSet<QString> kept_sources;
+    QSet<SnapshotThumbnail*> kept;
     // The old thumbnails go before the style is set again, or each would be restyled on its way
     // out. Most are deleted at once; one whose menu was opened may be running that menu's action
     // (a flag can refresh the table), so those few wait for the event loop, outside the window.
@@ -68,6 +87,11 @@ void SnapshotBrowser::populate_table_thumbs() {
     for (SnapshotThumbnail* thumb : get_thumbnails_list()) {
         if (!thumb)
             continue;
+        if (listed.contains(thumb->get_src()) && !kept_sources.contains(thumb->get_src())) {
+            kept_sources.insert(thumb->get_src());
+            kept.insert(thumb);
+            continue;
+        }
         if (!thumb->menu_main) {
             delete thumb;
             continue;
@@ -81,14 +105,31 @@ void SnapshotBrowser::populate_table_thumbs() {
     }
     if (retired)
         retired->deleteLater();
-    table_thumbs->clear();
+    if (kept.isEmpty()) {
+        table_thumbs->clear();
+    } else {
+        // Rows of what went are removed in runs, from the bottom, so the rows kept keep their order.
+        auto keeps = [&](int row) {
+            return kept.contains(qobject_cast<SnapshotThumbnail*>(table_thumbs->cellWidget(row, 0)));
+        };
+        for (int row = table_thumbs->rowCount() - 1; row >= 0;) {
+            if (keeps(row)) {
+                --row;
+                continue;
+            }
+            const int last = row;
+            while (row >= 0 && !keeps(row))
+                --row;
+            table_thumbs->model()->removeRows(row + 1, last - row);
+        }
+    }
     siblings::set_style_sheet(this);
+    if (unlisted)
+        std::rethrow_exception(unlisted);
     if (!current_snapshot_dir)
         return;
-    // An absolute directory replaces the root in the join.
-    const QString look_dir = QDir(snapshotbrowser_root).filePath(*current_snapshot_dir);
-    const QStringList thumbs_list = listing(look_dir).images;
-    table_thumbs->setRowCount(thumbs_list.size());
+    if (kept.isEmpty())
+        table_thumbs->setRowCount(thumbs_list.size());
     snapshot_files::SizesAhead sizes(thumbs_list);
 
     QHeaderView* header = table_thumbs->verticalHeader();
@@ -96,17 +137,33 @@ void SnapshotBrowser::populate_table_thumbs() {
     table_thumbs->setColumnWidth(0, 200);
     int row = 0;
     for (int i = 0; i < thumbs_list.size(); ++i) {
-        auto* thumb = new SnapshotThumbnail(thumbs_list[i], this, sizes.at(i));
+        // Both lists run newest first, so a kept row is met where its snapshot stands now.
+        auto* existing = qobject_cast<SnapshotThumbnail*>(table_thumbs->cellWidget(row, 0));
+        const bool reused = existing && kept.contains(existing) &&
+                            existing->get_src() == thumbs_list[i];
+        SnapshotThumbnail* thumb = existing;
+        if (reused)
+            thumb->reuse(sizes.at(i));
+        else
+            thumb = new SnapshotThumbnail(thumbs_list[i], this, sizes.at(i));
         if (thumb->w == 1 && thumb->h == 1) {
             // No usable image: the row stays for a later image; the empty rows end the table.
             delete thumb;
+            if (reused)
+                table_thumbs->removeRow(row);
             continue;
         }
-        table_thumbs->setCellWidget(row, 0, thumb);
+        if (!reused) {
+            if (!kept.isEmpty())
+                table_thumbs->insertRow(row);
+            table_thumbs->setCellWidget(row, 0, thumb);
+        }
         header->resizeSection(
             row, scaled(thumb->h, table_thumbs->columnWidth(0), thumb->w, "the image width"));
         ++row;
     }
+    if (!kept.isEmpty())
+        table_thumbs->setRowCount(thumbs_list.size());
     header->setUpdatesEnabled(true);
     load_thumbs_visible_top_bottom();
 }
@@ -172,11 +229,11 @@ void SnapshotBrowser::adjust_splitter_sizes() {
 
     QLabel* label = preview_image->image_label;
     const QPixmap preview_pixmap = label->pixmap(Qt::ReturnByValue);
-    // Before any image was shown there is nothing to follow: the rows wait for a later pass.
-    if (preview_pixmap.isNull() || preview_pixmap.width() == 0)
-        return;
-    label->setFixedHeight(
-        scaled(preview_pixmap.height(), label->width(), preview_pixmap.width(), "the preview"));
+    // Before any image was shown the preview has nothing to follow; the rows still take the
+    // column's width, or a list opened without a preview keeps rows made for another width.
+    if (!preview_pixmap.isNull() && preview_pixmap.width() != 0)
+        label->setFixedHeight(scaled(preview_pixmap.height(), label->width(),
+                                     preview_pixmap.width(), "the preview"));
 
     int row = 0;
     for (SnapshotThumbnail* thumb : get_thumbnails_list()) {
@@ -187,7 +244,8 @@ void SnapshotBrowser::adjust_splitter_sizes() {
         thumb->resize(QSize(width, height));
         header->resizeSection(row, height);
         // Rescaled from the image the thumbnail keeps: no new read of the file.
-        thumb->setPixmap(thumb->pixmap.scaled(width, height, Qt::KeepAspectRatio));
+        if (!thumb->pixmap.isNull())
+            thumb->setPixmap(thumb->pixmap.scaled(width, height, Qt::KeepAspectRatio));
         ++row;
     }
 }
@@ -195,16 +253,16 @@ void SnapshotBrowser::adjust_splitter_sizes() {
 void SnapshotBrowser::setup_version_slider() {
     if (!built())
         return;
-    // The copy taken at construction, not the store: the remembered preview has to survive the
-    // slider's own first moves, which store row 0 over it.
-    const std::optional<std::string> directory = settings.get("current_snapshot_dir");
+    // The range is the directory shown. The preview to find is the copy taken at construction,
+    // not the store: the remembered preview has to survive the slider's own first moves, which
+    // store row 0 over it.
     const std::optional<std::string> preview = settings.get("current_snapshot_preview");
-    if (!directory || !QFileInfo(qs(*directory)).isDir()) {
+    if (!current_snapshot_dir || !QFileInfo(*current_snapshot_dir).isDir()) {
         slider_versions->setVisible(false);
         return;
     }
     slider_versions->setMinimum(1);
-    slider_versions->setMaximum(listing(qs(*directory)).jpg_entries);
+    slider_versions->setMaximum(listing(*current_snapshot_dir).jpg_entries);
     int row = 0;
     for (SnapshotThumbnail* thumb : get_thumbnails_list()) {
         if (thumb && preview && thumb->get_src() == qs(*preview))
@@ -228,29 +286,35 @@ void SnapshotBrowser::slide_versions() {
 }
 
 void SnapshotBrowser::resizeEvent(QResizeEvent*) {
-    // The base class's handler does nothing a frameless window needs; the size is stored last.
+    // The base class's handler does nothing a frameless window needs.
     guarded("snapshot browser resized", [this] {
         // The table was filled before the window had its size: rows that have come into view
         // since get their pictures, and none is read twice.
         load_visible_thumbs(true);
-        const std::optional<std::string> cur_snapshot =
-            siblings::load_settings().get("current_snapshot_preview");
-        if (!cur_snapshot || cur_snapshot->empty() || !QFileInfo::exists(qs(*cur_snapshot)))
-            return;
-        if (!built())
-            return;
-        QLabel* label = preview_image->image_label;
-        const int width = label->width();
-        const QPixmap pixmap = label->pixmap(Qt::ReturnByValue);
-        if (width == 0 || pixmap.width() == 0)
-            return;
-        preview_image->scroll_area->setWidgetResizable(false);
-        label->setFixedHeight(scaled(pixmap.height(), width, pixmap.width(), "the preview"));
-        if (window_resized > 0) {
-            adjust_splitter_sizes();
-            preview_image->scroll_area->setWidgetResizable(true);
-        }
-        ++window_resized;
+        const auto follow = [this] {
+            if (!built())
+                return;
+            const std::optional<std::string> cur_snapshot =
+                siblings::load_settings().get("current_snapshot_preview");
+            QLabel* label = preview_image->image_label;
+            const int width = label->width();
+            const QPixmap pixmap = label->pixmap(Qt::ReturnByValue);
+            if (!cur_snapshot || cur_snapshot->empty() || !QFileInfo::exists(qs(*cur_snapshot)) ||
+                width == 0 || pixmap.width() == 0) {
+                // No preview to follow: the rows still follow the column.
+                adjust_splitter_sizes();
+                return;
+            }
+            preview_image->scroll_area->setWidgetResizable(false);
+            label->setFixedHeight(scaled(pixmap.height(), width, pixmap.width(), "the preview"));
+            if (window_resized > 0) {
+                adjust_splitter_sizes();
+                preview_image->scroll_area->setWidgetResizable(true);
+            }
+            ++window_resized;
+        };
+        follow();
+        // Stored on every pass, preview or none, so the window opens next time as it was left.
         siblings::update_xml(
             "snapshotbrowser_size_current",
             QStringLiteral("%1,%2").arg(this->width()).arg(height()).toStdString());

@@ -40,6 +40,9 @@ public:
     void load_thumbnail();
     /// Shows `image`, the pixels of this snapshot read already, as `load_thumbnail` does.
     void load_thumbnail(QImage image);
+    /// Takes the thumbnail into a refreshed table: its size as listed now, its pixels read again
+    /// when its row is in view, its marks read again.
+    void reuse(QSize size);
     /// The comment and the flag mark, made hidden on first use.
     QLabel* comment_mark();
     QLabel* flag_mark();
