@@ -1,6 +1,5 @@
-"""Snapshot files as real folders hold them: directories under links and aliases, names that are no
-valid text or nearly too long, comments of blanks, flag colours out of range, an empty render width.
-Triads are hashed before and after."""
+"""Snapshot files as folders hold them: links and aliases, names that are no valid text or nearly
+too long, comments of blanks, flag colours out of range, an empty render width."""
 
 import hashlib
 import os
@@ -77,9 +76,16 @@ def test_a_flag_colour_out_of_range_is_left_out_with_one_message(rig, helper, sn
     assert err.count("'300,0,0'") == 1 and err.count("'1,2'") == 1 and "0,128,255" not in err
 
 
-@pytest.mark.parametrize("comment", ["   ", "\n\t \n", "  two  \n"])
-def test_a_comment_keeps_its_blanks(rig, helper, snap_dir, comment):
+@pytest.mark.parametrize("stem, comment", [
+    ("1000_comp", "   "), ("1000_comp", "\n\t \n"),
+    ("1000_" + "s" * 244, "long"),  # its .xml: 253 characters, its temporaries must be shorter
+])
+def test_a_comment_is_kept_as_written_whatever_its_blanks_and_its_name(rig, helper, snap_dir,
+                                                                        stem, comment):
     src = write_snapshot(snap_dir, 1000, comment=comment)
+    for ext in (".jpg", ".nk", ".xml"):
+        os.rename(src[:-4] + ext, os.path.join(str(snap_dir), stem + ext))
+    src = os.path.join(str(snap_dir), stem + ".jpg")
     browser = rig.show_snapshot_browser()
     thumb = browser.get_thumbnails_list()[0]
     assert not thumb.label_comment.isHidden() and thumb.widget.toolTip() == comment
@@ -88,8 +94,10 @@ def test_a_comment_keeps_its_blanks(rig, helper, snap_dir, comment):
     assert editor.text_comment.toPlainText() == comment
     editor.text_comment.setPlainText(comment + " ")
     editor.push_save.click()
+    helper.set_flag(browser, src, ["1", "2", "3"])
 
     assert rig.show_comment_window(src, browser).text_comment.toPlainText() == comment + " "
+    assert helper.load_metadata(src)["flag"] == "1,2,3" and len(os.listdir(str(snap_dir))) == 3
 
 
 def test_a_directory_name_that_is_no_valid_text_disables_only_its_own_move(rig, snap_dir):
@@ -105,23 +113,6 @@ def test_a_directory_name_that_is_no_valid_text_disables_only_its_own_move(rig, 
     assert entries.pop("other") and entries.pop("shot") and list(entries.values()) == [False]
     move_action(thumb, "other").trigger()
     assert sorted(os.listdir(str(root / "other"))) == ["1000_comp.jpg", "1000_comp.nk"]
-
-
-def test_a_snapshot_with_a_name_near_the_limit_takes_comments_and_a_flag(rig, helper, snap_dir):
-    stem = os.path.join(str(snap_dir), "1000_" + "s" * 244)  # its .xml: 253 characters
-    src = write_snapshot(snap_dir, 1000)
-    for ext in (".jpg", ".nk"):
-        os.rename(src[:-4] + ext, stem + ext)
-    browser = rig.show_snapshot_browser()
-
-    for text in ("long", "longer"):
-        editor = rig.show_comment_window(stem + ".jpg", browser)
-        editor.text_comment.setPlainText(text)
-        editor.push_save.click()
-        helper.set_flag(browser, stem + ".jpg", ["1", "2", "3"])
-
-    assert helper.load_metadata(stem + ".jpg") == {"comment": "longer", "flag": "1,2,3"}
-    assert len(os.listdir(str(snap_dir))) == 3  # no temporary left
 
 
 def test_an_empty_render_width_names_its_cause_on_the_console(rig, helper, snap_dir, comp,
