@@ -13,9 +13,11 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QHeaderView>
 #include <QInputDialog>
 #include <QLineEdit>
 #include <QSlider>
+#include <QTableWidget>
 
 #include <stdexcept>
 
@@ -125,8 +127,10 @@ void SnapshotBrowser::switch_snapshot_dir() {
         preview_image->set_image(std::nullopt);
     else if (!shows_own)
         slide_versions();
-    // Rows take the column's width now, not only after a later resize.
-    adjust_splitter_sizes();
+    // Once the column follows the table's width, the rows just made for a column of 200 take the
+    // width it has, not only after a later resize.
+    if (table_thumbs->horizontalHeader()->stretchLastSection())
+        adjust_splitter_sizes();
 }
 
 void SnapshotBrowser::ask_delete_snapshot_dir() {

@@ -123,7 +123,10 @@ void SnapshotBrowser::populate_table_thumbs() {
             table_thumbs->model()->removeRows(row + 1, last - row);
         }
     }
-    siblings::set_style_sheet(this);
+    // New thumbnails take the window's style from their parent; setting it again restyles every
+    // widget of the window, which only a list made anew (no row kept) can afford.
+    if (kept.isEmpty())
+        siblings::set_style_sheet(this);
     if (unlisted)
         std::rethrow_exception(unlisted);
     if (!current_snapshot_dir)
@@ -299,12 +302,13 @@ void SnapshotBrowser::resizeEvent(QResizeEvent*) {
             QLabel* label = preview_image->image_label;
             const int width = label->width();
             const QPixmap pixmap = label->pixmap(Qt::ReturnByValue);
-            if (!cur_snapshot || cur_snapshot->empty() || !QFileInfo::exists(qs(*cur_snapshot)) ||
-                width == 0 || pixmap.width() == 0) {
+            if (!cur_snapshot || cur_snapshot->empty() || !QFileInfo::exists(qs(*cur_snapshot))) {
                 // No preview to follow: the rows still follow the column.
                 adjust_splitter_sizes();
                 return;
             }
+            if (width == 0 || pixmap.width() == 0)
+                return;
             preview_image->scroll_area->setWidgetResizable(false);
             label->setFixedHeight(scaled(pixmap.height(), width, pixmap.width(), "the preview"));
             if (window_resized > 0) {
