@@ -23,6 +23,7 @@ a temporary file in the same folder and one rename, so a failed write leaves the
 """
 
 import collections
+import hashlib
 import io
 import os
 import platform
@@ -33,6 +34,7 @@ import sys
 import time
 import uuid
 import xml.etree.ElementTree as ET
+import xml.parsers.expat
 
 from .qt import QtCore, QtGui, QtWidgets, exec_dialog
 
@@ -44,6 +46,11 @@ ADVANCED_SETTINGS_FILE = "advanced_settings.xml"
 HOTKEYS_FILE = "hotkeys.xml"
 ROOT_TAG = "cobaltRig"
 METADATA_ROOT_TAG = "snapshot"
+# What a snapshot's metadata document may be: no larger, nested no deeper, and without a document
+# type (so without entities, whose expansion could take the host's memory). The documents written
+# here are a few hundred bytes, three levels deep.
+METADATA_MAX_BYTES = 1024 * 1024
+METADATA_MAX_DEPTH = 32
 
 ICONS_DIR = os.path.join(os.path.dirname(os.path.abspath(__file__)), "icons")
 
@@ -362,11 +369,34 @@ def _process_running(pid):
     return True
 
 
+def _name_max(folder):
+    try:
+        return os.pathconf(folder or ".", "PC_NAME_MAX")
+    except (AttributeError, OSError, ValueError):
+        return 255
+
+
+def _temporary_stem(folder, name):
+    """The name part of a temporary of the file name: the name itself, or, where a temporary of
+    it would be longer than the folder's file system allows, its start and a digest of all of it.
+    The compiled module shortens names the same way."""
+    fixed = ".{}.{}.{}.tmp".format(_machine_tag(), 99999999, "x" * 6)
+    limit = _name_max(folder) - len(fixed.encode("utf-8")) - 1  # the leading dot
+    if len(os.fsencode(name)) <= limit:
+        return name
+    digest = "~" + hashlib.sha1(name.encode("utf-8", "surrogateescape")).hexdigest()[:8]
+    budget = limit - len(digest)
+    start = name
+    while start and len(os.fsencode(start)) > budget:
+        start = start[:-1]
+    return start + digest
+
+
 def _stale_temporaries(target):
     """Paths of leftover temporaries of target that no running writer owns."""
     folder, name = os.path.split(target)
     pattern = re.compile(r"\.{}\.(?:([A-Za-z0-9_-]+)\.(\d+)\.[A-Za-z0-9]{{6}}|[a-z0-9_]{{8}})\.tmp$"
-                         .format(re.escape(name)))
+                         .format(re.escape(_temporary_stem(folder, name))))
     try:
         entries = os.listdir(folder or ".")
     except OSError:
@@ -428,7 +458,7 @@ def write_file(path, data):
     try:
         for _attempt in range(16):
             candidate = os.path.join(folder, ".{}.{}.{}.{}.tmp".format(
-                name, _machine_tag(), os.getpid(),
+                _temporary_stem(folder, name), _machine_tag(), os.getpid(),
                 "".join(random.choice(_TEMP_RANDOM) for _ in range(6))))
             try:
                 fd = os.open(candidate,
@@ -1022,6 +1052,65 @@ def _metaxml_path(src):
     return os.path.splitext(src)[0] + ".xml"
 
 
+class _Refused(Exception):
+    pass
+
+
+def parse_metadata(path):
+    """The root element of a snapshot's metadata document, read within the limits above.
+
+    The document is checked first by one pass of the expat parser, which keeps no tree and
+    recurses nowhere; only a document within the limits becomes an element tree. Raises
+    NotReadError naming the file otherwise.
+    """
+    def refuse(reason):
+        raise NotReadError("cobaltRig: cannot read '{}': {}".format(path, reason))
+
+    too_large = "it is larger than 1 MB, far more than snapshot metadata holds"
+    try:
+        if not os.path.isfile(path):
+            refuse("it is not a regular file")
+        if os.path.getsize(path) > METADATA_MAX_BYTES:
+            refuse(too_large)
+        with open(path, "rb") as handle:
+            data = handle.read(METADATA_MAX_BYTES + 1)
+    except OSError as error:
+        refuse(error.strerror or str(error))
+    if len(data) > METADATA_MAX_BYTES:
+        refuse(too_large)
+
+    depth = [0]
+
+    def start(name, attributes):
+        depth[0] += 1
+        if depth[0] > METADATA_MAX_DEPTH:
+            raise _Refused("its elements are nested more than {} levels deep".format(
+                METADATA_MAX_DEPTH))
+
+    def end(name):
+        depth[0] -= 1
+
+    def declaration(*args):
+        raise _Refused("it declares a document type or entities, which snapshot metadata never "
+                       "does")
+
+    parser = xml.parsers.expat.ParserCreate()
+    parser.StartElementHandler = start
+    parser.EndElementHandler = end
+    parser.StartDoctypeDeclHandler = declaration
+    parser.EntityDeclHandler = declaration
+    try:
+        parser.Parse(data, True)
+    except _Refused as reason:
+        refuse(str(reason))
+    except xml.parsers.expat.ExpatError as error:
+        refuse(str(error))
+    try:
+        return ET.fromstring(data)
+    except ET.ParseError as error:
+        refuse(str(error))
+
+
 def create_metaxml(path):
     """Write a fresh metadata document with an empty comment and no flag."""
     root = ET.Element(METADATA_ROOT_TAG)
@@ -1038,7 +1127,7 @@ def load_metadata(src):
     if not os.path.isfile(path):
         return result
     try:
-        metadata = parse_xml(path).find("metadata")
+        metadata = parse_metadata(path).find("metadata")
     except NotReadError as error:
         # Shown without comment and flag; the file itself is left for the user to mend.
         _report_once(("metadata", path), str(error))
@@ -1063,7 +1152,7 @@ def set_flag(browser, src, colour):
     path = _metaxml_path(src)
     if not os.path.isfile(path):
         create_metaxml(path)
-    root = parse_xml(path)
+    root = parse_metadata(path)
     metadata = _child(root, "metadata", create=True)
     flags = [m for m in metadata.findall("meta") if m.get("name") == "flag"]
     if not flags:

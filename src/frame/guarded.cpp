@@ -19,9 +19,17 @@ void report_current_failure(const char* context) noexcept {
             throw;
         } catch (py::error_already_set& e) {
             write_stderr(std::string("cobaltRig: ") + context + " failed:\n");
-            py::module_::import("traceback")
-                .attr("print_exception")(e.type(), e.value(), e.trace(),
-                                         py::arg("file") = py::module_::import("sys").attr("stderr"));
+            // A failure raised by compiled code called from here has no traceback: it is passed
+            // as None, or the whole report would fail and leave the line above without a reason.
+            auto given = [](const py::object& part) { return part ? part : py::object(py::none()); };
+            try {
+                py::module_::import("traceback")
+                    .attr("print_exception")(
+                        given(e.type()), given(e.value()), given(e.trace()),
+                        py::arg("file") = py::module_::import("sys").attr("stderr"));
+            } catch (...) {
+                write_stderr(std::string(e.what()) + "\n");
+            }
         } catch (const std::exception& e) {
             write_stderr(std::string("cobaltRig: ") + context + " failed: " + e.what() + "\n");
         } catch (...) {

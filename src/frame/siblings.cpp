@@ -223,9 +223,16 @@ void set_flag(const py::object& browser, const std::string& src,
 }
 
 std::vector<std::string> get_snapshot_dirs() {
+    // The file system's own bytes: a name that isn't valid text (os.listdir escapes it) still
+    // comes across, and the caller decides what to do with it.
     std::vector<std::string> dirs;
-    for (auto item : callHelper("get_snapshot_dirs"))
-        dirs.push_back(py::str(item).cast<std::string>());
+    const py::object fsencode = py::module_::import("os").attr("fsencode");
+    for (auto item : callHelper("get_snapshot_dirs")) {
+        py::object name = py::reinterpret_borrow<py::object>(item);
+        if (!py::isinstance<py::bytes>(name) && !py::isinstance<py::str>(name))
+            name = py::str(name);
+        dirs.push_back(fsencode(name).cast<std::string>());
+    }
     return dirs;
 }
 

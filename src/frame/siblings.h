@@ -99,6 +99,7 @@ void set_flag(const py::object& browser, const std::string& src, const std::stri
 /// the flag off with nothing.
 void set_flag(const py::object& browser, const std::string& src,
               const std::optional<std::vector<std::string>>& colour);
+/// The snapshot directories' names as the file system's bytes (see QFile::decodeName).
 std::vector<std::string> get_snapshot_dirs();
 std::string get_default_snapshot_root_dir();
 

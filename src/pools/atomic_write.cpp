@@ -1,6 +1,7 @@
 #include "pools/atomic_write.h"
 
 #include <QCoreApplication>
+#include <QCryptographicHash>
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
@@ -62,6 +63,37 @@ QString randomTag() {
     return tag;
 }
 
+long nameMax(const QString& folder) {
+#ifdef Q_OS_UNIX
+    const long limit = ::pathconf(QFile::encodeName(folder).constData(), _PC_NAME_MAX);
+    if (limit > 0)
+        return limit;
+#else
+    Q_UNUSED(folder);
+#endif
+    return 255;
+}
+
+// The name part of a temporary of `name`: the name itself, or, where a temporary of it would be
+// longer than the folder's file system allows, its start and a digest of all of it. The sibling
+// module's writer shortens names the same way, so each sweeps the other's temporaries.
+QString temporaryStem(const QString& folder, const QString& name) {
+    const QString fixed =
+        QStringLiteral(".%1.99999999.xxxxxx.tmp").arg(machineTag());
+    const long limit = nameMax(folder) - QFile::encodeName(fixed).size() - 1;
+    if (QFile::encodeName(name).size() <= limit)
+        return name;
+    const QString digest =
+        QLatin1Char('~') +
+        QString::fromLatin1(
+            QCryptographicHash::hash(name.toUtf8(), QCryptographicHash::Sha1).toHex().left(8));
+    const long budget = limit - digest.size();
+    QString start = name;
+    while (!start.isEmpty() && QFile::encodeName(start).size() > budget)
+        start.chop(start.size() > 1 && start.at(start.size() - 1).isLowSurrogate() ? 2 : 1);
+    return start + digest;
+}
+
 std::filesystem::path fsPath(const QString& path) {
     return std::filesystem::path(QFile::encodeName(path).toStdString());
 }
@@ -90,12 +122,13 @@ int sweepStaleTemporaries(const QString& target) {
     const QRegularExpression pattern(
         QStringLiteral(
             "^\\.%1\\.(?:([A-Za-z0-9_-]+)\\.(\\d+)\\.[A-Za-z0-9]{6}|[a-z0-9_]{8})\\.tmp$")
-            .arg(QRegularExpression::escape(info.fileName())));
+            .arg(QRegularExpression::escape(temporaryStem(info.absolutePath(), info.fileName()))));
     const QString machine = machineTag();
     const QDateTime now = QDateTime::currentDateTimeUtc();
     int removed = 0;
     const QStringList candidates =
-        folder.entryList({QLatin1Char('.') + info.fileName() + QStringLiteral(".*.tmp")},
+        folder.entryList({QLatin1Char('.') + temporaryStem(info.absolutePath(), info.fileName()) +
+                          QStringLiteral(".*.tmp")},
                          QDir::Files | QDir::Hidden | QDir::System);
     for (const QString& name : candidates) {
         const QRegularExpressionMatch match = pattern.match(name);
@@ -114,8 +147,10 @@ int sweepStaleTemporaries(const QString& target) {
 FileReplacement::FileReplacement(const QString& path) : path_(path), target_(replaceTarget(path)) {
     sweepStaleTemporaries(target_);
     const QFileInfo info(target_);
-    const QString stem = QStringLiteral(".%1.%2.%3.")
-                             .arg(info.fileName(), machineTag(), QString::number(processId()));
+    const QString stem =
+        QStringLiteral(".%1.%2.%3.")
+            .arg(temporaryStem(info.absolutePath(), info.fileName()), machineTag(),
+                 QString::number(processId()));
     for (int attempt = 0; attempt < 16; ++attempt) {
         const QString candidate =
             info.absoluteDir().filePath(stem + randomTag() + QStringLiteral(".tmp"));

@@ -63,16 +63,38 @@ using BrowserClass = py::class_<SnapshotBrowser, slots::WindowHolder<SnapshotBro
 using ThumbnailClass = py::class_<SnapshotThumbnail, PaneHolder<SnapshotThumbnail>>;
 using CommentWindowClass = py::class_<CommentWindow, slots::WindowHolder<CommentWindow>>;
 
+// The Python object of a pane. A script may hold the object of a pane that Qt has deleted since
+// (a thumbnail whose snapshot left the list); a pane made later at the same address would be handed
+// that old object, which says its window was closed. Such a leftover is let go of first, so that
+// the new pane gets an object of its own and the old one keeps saying what it always said.
+template <class Pane> py::object paneObject(Pane* pane) {
+    namespace detail = py::detail;
+    if (const detail::type_info* type = detail::get_type_info(typeid(Pane))) {
+        const auto found =
+            py::reinterpret_steal<py::object>(detail::find_registered_python_instance(pane, type));
+        if (found) {
+            auto* instance = reinterpret_cast<detail::instance*>(found.ptr());
+            detail::value_and_holder held = instance->get_value_and_holder(type, false);
+            if (held && held.holder_constructed() && held.instance_registered() &&
+                !held.template holder<PaneHolder<Pane>>().object()) {
+                detail::deregister_instance(instance, held.value_ptr(), type);
+                held.set_instance_registered(false);
+            }
+        }
+    }
+    // Handed over "owned" so that the pane's holder is made: it is the watch, and owns nothing.
+    return py::cast(pane, py::return_value_policy::take_ownership);
+}
+
 py::object borrowed(QObject* object) {
     if (!object)
         return py::none();
-    // Handed over "owned" so that the pane's holder is made: it is the watch, and owns nothing.
     if (auto* image = qobject_cast<SnapshotPreviewImage*>(object))
-        return py::cast(image, py::return_value_policy::take_ownership);
+        return paneObject(image);
     if (auto* empty = qobject_cast<SnapshotPreviewEmpty*>(object))
-        return py::cast(empty, py::return_value_policy::take_ownership);
+        return paneObject(empty);
     if (auto* thumb = qobject_cast<SnapshotThumbnail*>(object))
-        return py::cast(thumb, py::return_value_policy::take_ownership);
+        return paneObject(thumb);
     return py::cast(static_cast<SnapshotBrowser*>(object), py::return_value_policy::reference);
 }
 

@@ -6,14 +6,18 @@
 #include "frame/guarded.h"
 #include "frame/host.h"
 #include "frame/siblings.h"
+#include "snapshots/snapshot_files.h"
 #include "snapshots/snapshot_preview.h"
 
 #include <QComboBox>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
+#include <QHeaderView>
 #include <QInputDialog>
 #include <QLineEdit>
 #include <QSlider>
+#include <QTableWidget>
 
 #include <stdexcept>
 
@@ -64,9 +68,22 @@ void SnapshotBrowser::populate_combo_pool() {
     if (!root.exists() || !QFileInfo(snapshotbrowser_root).isReadable())
         throw std::runtime_error("Cannot list the snapshot browser root '" +
                                  snapshotbrowser_root.toStdString() + "'.");
-    // In the file system's own order: artists know their directories by it.
-    const QStringList names =
-        root.entryList(QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Unsorted);
+    // A move that a killed process left half done is finished before anything is listed.
+    snapshot_files::recover_moves(snapshotbrowser_root);
+    // In the file system's own order: artists know their directories by it. A name that isn't
+    // valid text can't be spelled back to reach its directory, so it isn't offered.
+    QStringList names;
+    for (const QString& name :
+         root.entryList(QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Unsorted)) {
+        if (QFileInfo(root.filePath(name)).isDir())
+            names << name;
+        else
+            snapshot_files::report_once(
+                root.filePath(name),
+                QStringLiteral("the snapshot directory '%1' in '%2' has a name that is not valid "
+                               "text; it is left out of the snapshot browser")
+                    .arg(name, QDir::toNativeSeparators(snapshotbrowser_root)));
+    }
     combo_snapshot_dir->addItems(names);
 
     try {
@@ -103,6 +120,17 @@ void SnapshotBrowser::switch_snapshot_dir() {
     populate_table_thumbs();
     setup_version_slider();
     slider_versions->setValue(0);
+    // The preview follows the directory shown: the slider's snapshot, or nothing in an empty one.
+    const QStringList rows = row_sources();
+    const bool shows_own = !preview_image->isHidden() && rows.contains(preview_image->image);
+    if (rows.isEmpty())
+        preview_image->set_image(std::nullopt);
+    else if (!shows_own)
+        slide_versions();
+    // Once the column follows the table's width, the rows just made for a column of 200 take the
+    // width it has, not only after a later resize.
+    if (table_thumbs->horizontalHeader()->stretchLastSection())
+        adjust_splitter_sizes();
 }
 
 void SnapshotBrowser::ask_delete_snapshot_dir() {
@@ -117,7 +145,10 @@ void SnapshotBrowser::ask_delete_snapshot_dir() {
     // elsewhere) would take far more than one directory of snapshots with it.
     const QFileInfo info(path);
     const QString root = QFileInfo(snapshotbrowser_root).canonicalFilePath();
-    if (info.exists() && (root.isEmpty() || QFileInfo(info.canonicalFilePath()).path() != root)) {
+    // Judged by where the entry itself lies: a link in the root is one of its directories, and
+    // where it leads is no concern of this command.
+    const QString parent = QFileInfo(info.absolutePath()).canonicalFilePath();
+    if ((info.exists() || info.isSymLink()) && (root.isEmpty() || parent != root)) {
         siblings::show_message_box(
             this, QStringLiteral("'%1' is not a snapshot directory of the snapshot browser root "
                                  "'%2'; nothing was deleted.")
@@ -137,7 +168,13 @@ void SnapshotBrowser::ask_delete_snapshot_dir() {
         return;
 
     QString failure;
-    if (!info.isDir())
+    if (info.isSymLink()) {
+        // A link goes by itself; following it would empty the directory it leads to.
+        if (!QFile::remove(path) && !QDir().rmdir(path))
+            failure = QStringLiteral("Cannot remove the link '%1'; it is still there, and so is "
+                                     "everything it leads to.")
+                          .arg(path);
+    } else if (!info.isDir())
         failure = QStringLiteral("No such directory.");
     else if (!QDir(path).removeRecursively())
         failure = QStringLiteral("Cannot delete everything in the snapshot directory '%1'; what "

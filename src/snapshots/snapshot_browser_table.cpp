@@ -16,11 +16,13 @@
 #include <QResizeEvent>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QSet>
 #include <QSlider>
 #include <QSplitter>
 #include <QTableWidget>
 
 #include <algorithm>
+#include <exception>
 #include <stdexcept>
 
 namespace cobaltrig {
@@ -55,6 +57,23 @@ void SnapshotBrowser::create_table_signals() {
 void SnapshotBrowser::populate_table_thumbs() {
     if (!built())
         throw std::runtime_error("the snapshot browser has no table: it stopped while building");
+    // The directory is listed first: the thumbnail of a snapshot that is still listed stays the
+    // same object through the refresh, so what holds it (a script, its own open menu) goes on
+    // working. Only the rows of snapshots that are gone go.
+    QStringList thumbs_list;
+    std::exception_ptr unlisted;
+    if (current_snapshot_dir) {
+        // An absolute directory replaces the root in the join.
+        const QString look_dir = QDir(snapshotbrowser_root).filePath(*current_snapshot_dir);
+        try {
+            thumbs_list = listing(look_dir).images;
+        } catch (...) {
+            unlisted = std::current_exception();
+        }
+    }
+    const QSet<QString> listed(thumbs_list.begin(), thumbs_list.end());
+    QSet<QString> kept_sources;
+    QSet<SnapshotThumbnail*> kept;
     // The old thumbnails go before the style is set again, or each would be restyled on its way
     // out. Most are deleted at once; one whose menu was opened may be running that menu's action
     // (a flag can refresh the table), so those few wait for the event loop, outside the window.
@@ -62,6 +81,11 @@ void SnapshotBrowser::populate_table_thumbs() {
     for (SnapshotThumbnail* thumb : get_thumbnails_list()) {
         if (!thumb)
             continue;
+        if (listed.contains(thumb->get_src()) && !kept_sources.contains(thumb->get_src())) {
+            kept_sources.insert(thumb->get_src());
+            kept.insert(thumb);
+            continue;
+        }
         if (!thumb->menu_main) {
             delete thumb;
             continue;
@@ -75,14 +99,34 @@ void SnapshotBrowser::populate_table_thumbs() {
     }
     if (retired)
         retired->deleteLater();
-    table_thumbs->clear();
-    siblings::set_style_sheet(this);
+    if (kept.isEmpty()) {
+        table_thumbs->clear();
+    } else {
+        // Rows of what went are removed in runs, from the bottom, so the rows kept keep their order.
+        auto keeps = [&](int row) {
+            return kept.contains(qobject_cast<SnapshotThumbnail*>(table_thumbs->cellWidget(row, 0)));
+        };
+        for (int row = table_thumbs->rowCount() - 1; row >= 0;) {
+            if (keeps(row)) {
+                --row;
+                continue;
+            }
+            const int last = row;
+            while (row >= 0 && !keeps(row))
+                --row;
+            table_thumbs->model()->removeRows(row + 1, last - row);
+        }
+    }
+    // New thumbnails take the window's style from their parent; setting it again restyles every
+    // widget of the window, which only a list made anew (no row kept) can afford.
+    if (kept.isEmpty())
+        siblings::set_style_sheet(this);
+    if (unlisted)
+        std::rethrow_exception(unlisted);
     if (!current_snapshot_dir)
         return;
-    // An absolute directory replaces the root in the join.
-    const QString look_dir = QDir(snapshotbrowser_root).filePath(*current_snapshot_dir);
-    const QStringList thumbs_list = listing(look_dir).images;
-    table_thumbs->setRowCount(thumbs_list.size());
+    if (kept.isEmpty())
+        table_thumbs->setRowCount(thumbs_list.size());
     snapshot_files::SizesAhead sizes(thumbs_list);
 
     QHeaderView* header = table_thumbs->verticalHeader();
@@ -90,11 +134,23 @@ void SnapshotBrowser::populate_table_thumbs() {
     table_thumbs->setColumnWidth(0, 200);
     // Every listed snapshot keeps its row: one whose image can't be read shows as a tile that
     // says so, and can still be deleted or moved like any other.
+    const int width = table_thumbs->columnWidth(0);
     for (int row = 0; row < thumbs_list.size(); ++row) {
-        auto* thumb = new SnapshotThumbnail(thumbs_list[row], this, sizes.at(row));
-        table_thumbs->setCellWidget(row, 0, thumb);
-        header->resizeSection(row, thumb->shown_height(table_thumbs->columnWidth(0)));
+        // Both lists run newest first, so a kept row is met where its snapshot stands now.
+        auto* existing = qobject_cast<SnapshotThumbnail*>(table_thumbs->cellWidget(row, 0));
+        SnapshotThumbnail* thumb = existing;
+        if (existing && kept.contains(existing) && existing->get_src() == thumbs_list[row]) {
+            thumb->reuse(sizes.at(row));
+        } else {
+            thumb = new SnapshotThumbnail(thumbs_list[row], this, sizes.at(row));
+            if (!kept.isEmpty())
+                table_thumbs->insertRow(row);
+            table_thumbs->setCellWidget(row, 0, thumb);
+        }
+        header->resizeSection(row, thumb->shown_height(width));
     }
+    if (!kept.isEmpty())
+        table_thumbs->setRowCount(thumbs_list.size());
     header->setUpdatesEnabled(true);
     load_thumbs_visible_top_bottom();
 }
@@ -162,11 +218,6 @@ void SnapshotBrowser::adjust_splitter_sizes() {
         ~Resume() { header->setUpdatesEnabled(true); }
     } resume{header};
 
-    // The preview fits itself to its pane as the pane changes size.
-    const QPixmap preview_pixmap = preview_image->image_label->pixmap(Qt::ReturnByValue);
-    // Before any image was shown there is nothing to follow: the rows wait for a later pass.
-    if (preview_pixmap.isNull() || preview_pixmap.width() == 0)
-        return;
 
     const int width = table_thumbs->columnWidth(0);
     int row = 0;
@@ -188,16 +239,16 @@ void SnapshotBrowser::adjust_splitter_sizes() {
 void SnapshotBrowser::setup_version_slider() {
     if (!built())
         return;
-    // The copy taken at construction, not the store: the remembered preview has to survive the
-    // slider's own first moves, which store row 0 over it.
-    const std::optional<std::string> directory = settings.get("current_snapshot_dir");
+    // The range is the directory shown. The preview to find is the copy taken at construction,
+    // not the store: the remembered preview has to survive the slider's own first moves, which
+    // store row 0 over it.
     const std::optional<std::string> preview = settings.get("current_snapshot_preview");
-    if (!directory || !QFileInfo(qs(*directory)).isDir()) {
+    if (!current_snapshot_dir || !QFileInfo(*current_snapshot_dir).isDir()) {
         slider_versions->setVisible(false);
         return;
     }
     slider_versions->setMinimum(1);
-    slider_versions->setMaximum(listing(qs(*directory)).jpg_entries);
+    slider_versions->setMaximum(listing(*current_snapshot_dir).jpg_entries);
     int row = 0;
     for (SnapshotThumbnail* thumb : get_thumbnails_list()) {
         if (thumb && preview && thumb->get_src() == qs(*preview))
@@ -221,25 +272,32 @@ void SnapshotBrowser::slide_versions() {
 }
 
 void SnapshotBrowser::resizeEvent(QResizeEvent*) {
-    // The base class's handler does nothing a frameless window needs; the size is stored last.
+    // The base class's handler does nothing a frameless window needs.
     guarded("snapshot browser resized", [this] {
         // The table was filled before the window had its size: rows that have come into view
         // since get their pictures, and none is read twice.
         load_visible_thumbs(true);
-        const std::optional<std::string> cur_snapshot =
-            siblings::load_settings().get("current_snapshot_preview");
-        if (!cur_snapshot || cur_snapshot->empty() || !QFileInfo::exists(qs(*cur_snapshot)))
-            return;
-        if (!built())
-            return;
-        QLabel* label = preview_image->image_label;
-        const QPixmap pixmap = label->pixmap(Qt::ReturnByValue);
-        if (label->width() == 0 || pixmap.width() == 0)
-            return;
-        // The preview fits itself to its pane; the rows follow the column here.
-        if (window_resized > 0)
-            adjust_splitter_sizes();
-        ++window_resized;
+        const auto follow = [this] {
+            if (!built())
+                return;
+            const std::optional<std::string> cur_snapshot =
+                siblings::load_settings().get("current_snapshot_preview");
+            if (!cur_snapshot || cur_snapshot->empty() || !QFileInfo::exists(qs(*cur_snapshot))) {
+                // No preview to follow: the rows still follow the column.
+                adjust_splitter_sizes();
+                return;
+            }
+            QLabel* label = preview_image->image_label;
+            const QPixmap pixmap = label->pixmap(Qt::ReturnByValue);
+            if (label->width() == 0 || pixmap.width() == 0)
+                return;
+            // The preview fits itself to its pane; the rows follow the column here.
+            if (window_resized > 0)
+                adjust_splitter_sizes();
+            ++window_resized;
+        };
+        follow();
+        // Stored on every pass, preview or none, so the window opens next time as it was left.
         siblings::update_xml(
             "snapshotbrowser_size_current",
             QStringLiteral("%1,%2").arg(this->width()).arg(height()).toStdString());

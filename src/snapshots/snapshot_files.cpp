@@ -4,14 +4,21 @@
 
 #include "frame/siblings.h"
 
+#include "pools/atomic_write.h"
+
+#include <QCoreApplication>
+#include <QDateTime>
 #include <QDir>
 #include <QDomDocument>
 #include <QFile>
 #include <QFileInfo>
 #include <QImage>
 #include <QImageReader>
-#include <QSaveFile>
+#include <QRegularExpression>
+#include <QSet>
+#include <QSysInfo>
 #include <QThread>
+#include <QUrl>
 #include <QXmlStreamReader>
 
 #include <algorithm>
@@ -23,6 +30,11 @@
 #include <thread>
 #include <vector>
 
+#ifdef Q_OS_UNIX
+#include <cerrno>
+#include <csignal>
+#endif
+
 namespace cobaltrig::snapshot_files {
 
 namespace py = pybind11;
@@ -33,25 +45,95 @@ QString plain(const QString& path) {
     return QDir::toNativeSeparators(path);
 }
 
-QDomElement parseMetadata(const QString& metaxml, QDomDocument& document) {
+[[noreturn]] void refuse(const QString& metaxml, const QString& reason) {
+    throw FileError(
+        QStringLiteral("Cannot read '%1': %2").arg(plain(metaxml), reason).toStdString());
+}
+
+// The bytes of a metadata document, refused before reading when the file is too large to be one.
+QByteArray metadataBytes(const QString& metaxml) {
+    const QString too_large = QStringLiteral("it is larger than 1 MB, far more than snapshot "
+                                             "metadata holds");
+    if (QFileInfo(metaxml).size() > metadata_max_bytes)
+        refuse(metaxml, too_large);
     QFile file(metaxml);
     if (!file.open(QIODevice::ReadOnly))
-        throw FileError(QStringLiteral("Cannot read '%1': %2")
-                            .arg(plain(metaxml), file.errorString())
-                            .toStdString());
+        refuse(metaxml, file.errorString());
+    const QByteArray bytes = file.read(metadata_max_bytes + 1);
+    if (bytes.size() > metadata_max_bytes)
+        refuse(metaxml, too_large);
+    return bytes;
+}
+
+struct Scan {
+    bool has_metadata = false;
+    std::optional<QString> comment;
+    std::optional<QString> flag;
+};
+
+// One pass over the whole document, without recursion and within the limits: the first comment and
+// flag of the first `metadata` element, text as written (blanks included). A damaged document,
+// one nested too deeply and one with a document type (the only way to entities) are refused.
+Scan scanMetadata(const QString& metaxml) {
+    const QByteArray bytes = metadataBytes(metaxml);
+    QXmlStreamReader xml(bytes);
+    Scan scan;
+    int depth = 0;
+    bool in_metadata = false;
+    std::optional<QString>* capturing = nullptr;
+    QString text;
+    while (!xml.atEnd()) {
+        switch (xml.readNext()) {
+        case QXmlStreamReader::DTD:
+        case QXmlStreamReader::EntityReference:
+            refuse(metaxml, QStringLiteral("it declares a document type or entities, which "
+                                           "snapshot metadata never does"));
+        case QXmlStreamReader::StartElement:
+            if (++depth > metadata_max_depth)
+                refuse(metaxml, QStringLiteral("its elements are nested more than %1 levels deep")
+                                    .arg(metadata_max_depth));
+            if (depth == 2 && !scan.has_metadata && xml.name() == QLatin1String("metadata")) {
+                scan.has_metadata = in_metadata = true;
+            } else if (in_metadata && depth == 3 && xml.name() == QLatin1String("meta")) {
+                const auto name = xml.attributes().value(QLatin1String("name"));
+                if (name == QLatin1String("comment") && !scan.comment)
+                    capturing = &scan.comment;
+                else if (name == QLatin1String("flag") && !scan.flag)
+                    capturing = &scan.flag;
+                text.clear();
+            }
+            break;
+        case QXmlStreamReader::Characters:
+            if (capturing)
+                text += xml.text();
+            break;
+        case QXmlStreamReader::EndElement:
+            if (depth == 3 && capturing) {
+                *capturing = text;
+                capturing = nullptr;
+            }
+            if (depth == 2)
+                in_metadata = false;
+            --depth;
+            break;
+        default:
+            break;
+        }
+    }
+    if (xml.hasError())
+        refuse(metaxml, QStringLiteral("%1 (line %2)").arg(xml.errorString()).arg(xml.lineNumber()));
+    return scan;
+}
+
+QDomElement parseMetadata(const QString& metaxml, QDomDocument& document) {
+    // Checked first: the tree below is then small and shallow, and holds no entities.
+    if (!scanMetadata(metaxml).has_metadata)
+        refuse(metaxml, QStringLiteral("it holds no metadata"));
     QString error;
     int line = 0;
-    if (!document.setContent(&file, &error, &line))
-        throw FileError(QStringLiteral("Cannot read '%1': %2 (line %3)")
-                            .arg(plain(metaxml), error)
-                            .arg(line)
-                            .toStdString());
-    QDomElement metadata = document.documentElement().firstChildElement(QStringLiteral("metadata"));
-    if (metadata.isNull())
-        throw FileError(QStringLiteral("Cannot read '%1': it holds no metadata")
-                            .arg(plain(metaxml))
-                            .toStdString());
-    return metadata;
+    if (!document.setContent(metadataBytes(metaxml), &error, &line))
+        refuse(metaxml, QStringLiteral("%1 (line %2)").arg(error).arg(line));
+    return document.documentElement().firstChildElement(QStringLiteral("metadata"));
 }
 
 // Each `meta` element of `metadata`, in document order.
@@ -92,7 +174,7 @@ Listing list_directory(const QString& directory) {
         if (!entry.fileName().endsWith(QLatin1String(".jpg")))
             continue;
         ++listing.jpg_entries;
-        if (!entry.isDir())
+        if (entry.isFile())
             listing.images << entry.filePath();
     }
     // Stems start with the epoch seconds: the paths in descending order put the newest first.
@@ -243,63 +325,29 @@ Metadata load_metadata(const QString& src) {
         };
         return {text("comment"), text("flag")};
     }
-    // A streaming read: the list reads one document per row, and a tree is not needed for two
-    // values.
-    Metadata result;
-    QFile file(sibling(src, QStringLiteral(".xml")));
-    if (!file.open(QIODevice::ReadOnly))
-        return result;
-    QXmlStreamReader xml(&file);
-    bool comment_found = false, flag_found = false;
-    int depth = 0, metadata_depth = -1;
-    bool metadata_done = false;
-    while (!xml.atEnd() && !metadata_done) {
-        switch (xml.readNext()) {
-        case QXmlStreamReader::StartElement:
-            ++depth;
-            if (metadata_depth < 0 && depth == 2 && xml.name() == QLatin1String("metadata")) {
-                metadata_depth = depth;
-            } else if (metadata_depth > 0 && depth == metadata_depth + 1 &&
-                       xml.name() == QLatin1String("meta")) {
-                const auto name = xml.attributes().value(QLatin1String("name"));
-                const bool comment = name == QLatin1String("comment") && !comment_found;
-                const bool flag = name == QLatin1String("flag") && !flag_found;
-                const QString text = xml.readElementText(QXmlStreamReader::IncludeChildElements);
-                --depth;
-                if (comment) {
-                    comment_found = true;
-                    result.comment = text;
-                } else if (flag) {
-                    flag_found = true;
-                    result.flag = text;
-                }
-            }
-            break;
-        case QXmlStreamReader::EndElement:
-            if (depth == metadata_depth)
-                metadata_done = true;
-            --depth;
-            break;
-        default:
-            break;
-        }
-    }
-    // A damaged document shows no marks, as the package's own reader answers.
-    if (xml.hasError() && !metadata_done)
+    const QString metaxml = sibling(src, QStringLiteral(".xml"));
+    // A pipe or a device under that name is no document, and reading it could wait forever.
+    if (!QFileInfo(metaxml).isFile())
         return Metadata();
-    return result;
+    try {
+        const Scan scan = scanMetadata(metaxml);
+        return {scan.comment.value_or(QString()), scan.flag.value_or(QString())};
+    } catch (const FileError& error) {
+        // Shown without comment and flag; the file itself is left for the artist to mend.
+        report_once(metaxml, QString::fromStdString(error.what()));
+        return Metadata();
+    }
 }
 
 QString load_comment(const QString& metaxml) {
-    if (!QFileInfo(metaxml).isFile())
+    if (!QFileInfo::exists(metaxml))
         return QString();
-    QDomDocument document;
-    const QDomElement metadata = parseMetadata(metaxml, document);
-    for (QDomElement meta = metadata.firstChildElement(QStringLiteral("meta")); !meta.isNull();
-         meta = meta.nextSiblingElement(QStringLiteral("meta")))
-        if (meta.attribute(QStringLiteral("name")) == QLatin1String("comment"))
-            return meta.text();
-    return QString();
+    if (!QFileInfo(metaxml).isFile())
+        refuse(metaxml, QStringLiteral("it is not a regular file"));
+    const Scan scan = scanMetadata(metaxml);
+    if (!scan.has_metadata)
+        refuse(metaxml, QStringLiteral("it holds no metadata"));
+    return scan.comment.value_or(QString());
 }
 
 void save_comment(const QString& metaxml, const QString& text) {
@@ -313,20 +361,47 @@ void save_comment(const QString& metaxml, const QString& text) {
         if (!text.isEmpty())
             meta.appendChild(document.createTextNode(text));
     });
-    // Written beside the target and renamed over it: a failed write leaves the old document.
-    QSaveFile file(metaxml);
-    if (!file.open(QIODevice::WriteOnly))
-        throw FileError(QStringLiteral("Cannot write '%1': %2")
-                            .arg(plain(metaxml), file.errorString())
-                            .toStdString());
     QByteArray bytes = document.toByteArray(2);
     if (!bytes.startsWith("<?xml"))
         bytes.prepend("<?xml version='1.0' encoding='UTF-8'?>\n");
-    file.write(bytes);
-    if (!file.commit())
-        throw FileError(QStringLiteral("Cannot write '%1': %2")
-                            .arg(plain(metaxml), file.errorString())
-                            .toStdString());
+    // Written beside the target and renamed over it: a failed write leaves the old document.
+    pools::writeFileAtomically(metaxml, bytes);
+}
+
+std::optional<QColor> flag_colour(const QString& text) {
+    const QStringList parts = text.split(QLatin1Char(','));
+    if (parts.size() < 3)
+        return std::nullopt;
+    int rgb[3];
+    for (int i = 0; i < 3; ++i) {
+        bool ok = false;
+        rgb[i] = parts[i].trimmed().toInt(&ok);
+        if (!ok || rgb[i] < 0 || rgb[i] > 255)
+            return std::nullopt;
+    }
+    return QColor(rgb[0], rgb[1], rgb[2]);
+}
+
+void report_once(const QString& key, const QString& text) {
+    static QSet<QString> reported;
+    if (reported.contains(key))
+        return;
+    reported.insert(key);
+    try {
+        py::gil_scoped_acquire gil;
+        py::module_::import("sys").attr("stderr").attr("write")(
+            QStringLiteral("cobaltRig: %1\n").arg(text).toStdString());
+    } catch (...) {
+        // The console itself failed; there is nowhere left to report to.
+    }
+}
+
+bool same_directory(const QString& a, const QString& b) {
+    const QString real_a = QFileInfo(a).canonicalFilePath();
+    if (real_a.isEmpty())
+        return QDir::cleanPath(QFileInfo(a).absoluteFilePath()) ==
+               QDir::cleanPath(QFileInfo(b).absoluteFilePath());
+    return real_a == QFileInfo(b).canonicalFilePath();
 }
 
 void remove_snapshot(const QString& src) {
@@ -367,10 +442,66 @@ bool moveFile(const QString& from, const QString& to, QString& reason) {
     return true;
 }
 
+// The note of a move in progress. It names this machine and process, so that a browser opened
+// elsewhere leaves a move that is still running alone; each process has one, rewritten for each
+// snapshot, and removed once its files are all across.
+const QString kJournalPrefix = QStringLiteral(".snapshot-move.");
+const QString kJournalSuffix = QStringLiteral(".journal");
+const QByteArray kJournalHeader = QByteArrayLiteral("cobaltRig snapshot move");
+constexpr qint64 kJournalStaleSeconds = 3600;
+
+QString machineName() {
+    QString name = QSysInfo::machineHostName();
+    name.replace(QRegularExpression(QStringLiteral("[^A-Za-z0-9-]")), QStringLiteral("_"));
+    name.truncate(40);
+    return name.isEmpty() ? QStringLiteral("machine") : name;
+}
+
+QString journalPath(const QString& directory) {
+    const QString folder = QFileInfo(QDir::cleanPath(QFileInfo(directory).absoluteFilePath())).path();
+    return QDir(folder).filePath(kJournalPrefix + machineName() + QLatin1Char('.') +
+                                 QString::number(QCoreApplication::applicationPid()) +
+                                 kJournalSuffix);
+}
+
+// Best effort: a folder that takes no note still lets the move run, as it always did.
+bool writeJournal(const QString& path, const QString& from, const QString& to,
+                  const QString& stem) {
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        return false;
+    const QByteArray text = kJournalHeader + '\n' + machineName().toUtf8() + '\n' +
+                            QByteArray::number(QCoreApplication::applicationPid()) + '\n' +
+                            QUrl::toPercentEncoding(from) + '\n' + QUrl::toPercentEncoding(to) +
+                            '\n' + QUrl::toPercentEncoding(stem) + '\n';
+    return file.write(text) == text.size() && file.flush();
+}
+
+bool writerRunning(const QString& machine, qint64 pid, const QFileInfo& journal) {
+    if (machine != machineName())
+        return journal.lastModified().secsTo(QDateTime::currentDateTime()) < kJournalStaleSeconds;
+    // Moves are synchronous: a note of this process found now was left by an earlier one.
+    if (pid == QCoreApplication::applicationPid())
+        return false;
+#ifdef Q_OS_UNIX
+    return ::kill(static_cast<pid_t>(pid), 0) == 0 || errno != ESRCH;
+#else
+    return journal.lastModified().secsTo(QDateTime::currentDateTime()) < kJournalStaleSeconds;
+#endif
+}
+
 } // namespace
 
 void move_snapshot(const QString& src, const QString& directory) {
+    const QString src_dir = QFileInfo(src).absolutePath();
+    // The same directory under another name (a link, an alias of the root): replacing a file
+    // "there" would delete the file itself.
+    if (same_directory(src_dir, directory))
+        return;
     const QDir dest(directory);
+    const QString journal = journalPath(directory);
+    const bool noted = writeJournal(journal, src_dir, dest.absolutePath(),
+                                    QFileInfo(sibling(src, QString())).fileName());
     std::vector<std::pair<QString, QString>> moved;
     for (const QString& path : triad(src)) {
         if (!QFileInfo(path).isFile())
@@ -391,9 +522,67 @@ void move_snapshot(const QString& src, const QString& directory) {
                              .arg(plain(QFileInfo(it->first).fileName()), plain(it->second));
         }
         where << QStringLiteral("'%1' stayed where it was").arg(plain(path));
+        if (noted)
+            QFile::remove(journal);
         throw FileError(QStringLiteral("Cannot move '%1' to '%2': %3. %4.")
                             .arg(plain(path), plain(directory), reason, where.join("; "))
                             .toStdString());
+    }
+    if (noted)
+        QFile::remove(journal);
+}
+
+void recover_moves(const QString& root) {
+    const QDir folder(root);
+    const QStringList notes =
+        folder.entryList({kJournalPrefix + QLatin1Char('*') + kJournalSuffix},
+                         QDir::Files | QDir::Hidden | QDir::System);
+    for (const QString& name : notes) {
+        const QString path = folder.filePath(name);
+        const QFileInfo info(path);
+        QFile file(path);
+        if (!info.isFile() || info.size() > 64 * 1024 || !file.open(QIODevice::ReadOnly))
+            continue;
+        const QList<QByteArray> lines = file.readAll().split('\n');
+        file.close();
+        // A note cut short was being written when its process died, before any file moved.
+        if (lines.size() < 6 || lines[0] != kJournalHeader) {
+            QFile::remove(path);
+            continue;
+        }
+        bool pid_ok = false;
+        const qint64 pid = lines[2].toLongLong(&pid_ok);
+        if (pid_ok && writerRunning(QString::fromUtf8(lines[1]), pid, info))
+            continue;
+        const QString from = QUrl::fromPercentEncoding(lines[3]);
+        const QString to = QUrl::fromPercentEncoding(lines[4]);
+        const QString stem = QUrl::fromPercentEncoding(lines[5]);
+        if (QFileInfo(to).isDir() && !same_directory(from, to) && !stem.isEmpty()) {
+            QStringList finished, stayed;
+            for (const QString& path_from : triad(QDir(from).filePath(stem + ".jpg"))) {
+                if (!QFileInfo(path_from).isFile())
+                    continue;
+                const QString target = QDir(to).filePath(QFileInfo(path_from).fileName());
+                QString reason;
+                if (moveFile(path_from, target, reason))
+                    finished << QFileInfo(path_from).fileName();
+                else
+                    stayed << QStringLiteral("'%1' (%2)").arg(plain(path_from), reason);
+            }
+            if (!finished.isEmpty() || !stayed.isEmpty())
+                report_once(path, QStringLiteral("finished moving the snapshot '%1' from '%2' to "
+                                                 "'%3', which was interrupted: %4 moved%5")
+                                      .arg(stem, plain(from), plain(to),
+                                           finished.isEmpty() ? QStringLiteral("nothing")
+                                                              : finished.join(", "),
+                                           stayed.isEmpty()
+                                               ? QString()
+                                               : QStringLiteral("; still in place: ") +
+                                                     stayed.join(", ")));
+            if (!stayed.isEmpty())
+                continue;  // the note stays, for the next opening to try again
+        }
+        QFile::remove(path);
     }
 }
 

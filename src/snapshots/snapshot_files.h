@@ -3,6 +3,7 @@
 // stem. The image alone makes a snapshot; the script and the metadata may be missing at any time.
 // Nothing here knows a window: the thumbnail and the browser call in and show what comes back.
 
+#include <QColor>
 #include <QImage>
 #include <QSize>
 #include <QString>
@@ -12,6 +13,7 @@
 #include <exception>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <thread>
 #include <vector>
@@ -29,9 +31,10 @@ QString sibling(const QString& src, const QString& extension);
 /// The script, the image and the metadata path of the snapshot `src`, in this order.
 QStringList triad(const QString& src);
 
-/// One listing of a snapshot directory: its images (entries other than folders whose names end
-/// exactly in ".jpg"), full paths, newest first; and how many entries of any kind, folders too,
-/// have such a name, which is what the version slider counts.
+/// One listing of a snapshot directory: its images (regular files, or links to them, whose names
+/// end exactly in ".jpg"), full paths, newest first; and how many entries of any kind, folders
+/// too, have such a name, which is what the version slider counts. A pipe or a device under such a
+/// name is no image: opening it could wait forever.
 struct Listing {
     QStringList images;
     int jpg_entries = 0;
@@ -94,22 +97,46 @@ struct Metadata {
     QString comment;
     QString flag;
 };
-/// Comment and flag of the snapshot `src`; empty texts without a metadata file.
+/// Comment and flag of the snapshot `src`; empty texts without a metadata file. A document that
+/// can't be read, or that breaks the limits below, gives empty texts and is named once on the
+/// console.
 Metadata load_metadata(const QString& src);
 
-/// The stored comment of a metadata file; empty when the file is missing. A document that can't
-/// be read, or has no `metadata` element, raises.
+/// What a metadata document may be: no larger than this, nested no deeper, and without a document
+/// type (so without entities, whose expansion could take the host's memory). The files written
+/// here are a few hundred bytes, three levels deep.
+constexpr qint64 metadata_max_bytes = 1024 * 1024;
+constexpr int metadata_max_depth = 32;
+
+/// The stored comment of a metadata file, blanks and all; empty when the file is missing. A
+/// document that can't be read, breaks the limits or has no `metadata` element raises, naming it.
 QString load_comment(const QString& metaxml);
 /// Sets every comment entry of an existing metadata file to `text`, keeping everything else.
 void save_comment(const QString& metaxml, const QString& text);
+
+/// The colour of a flag entry "r,g,b": three whole numbers from 0 to 255; none otherwise.
+std::optional<QColor> flag_colour(const QString& text);
+
+/// Writes "cobaltRig: `text`" to the host's console, once per `key` in a session.
+void report_once(const QString& key, const QString& text);
+
+/// Whether two paths name the same directory, through links and aliases alike.
+bool same_directory(const QString& a, const QString& b);
 
 /// Removes the files of the snapshot that exist. A failure names what is gone and what stayed.
 void remove_snapshot(const QString& src);
 
 /// Moves the files of the snapshot that exist into `directory`, replacing files of the same
 /// names there. Either all of them arrive or, after a failure, those already moved are put back;
-/// the error then says where each file is.
+/// the error then says where each file is. A `directory` that is the snapshot's own, under
+/// whatever name, changes nothing. While the files travel, a note in the folder that holds
+/// `directory` (the browser root) names the snapshot, so that `recover_moves` can finish a move
+/// that a killed process left half done.
 void move_snapshot(const QString& src, const QString& directory);
+
+/// Finishes the moves noted in `root` whose process is gone: every file of such a snapshot still
+/// in its old directory joins the others in the new one. Each is named on the console.
+void recover_moves(const QString& root);
 
 /// Removes every file of `directory` (not its subdirectories); a file that can't be removed is
 /// passed over. Raises when the directory can't be listed.

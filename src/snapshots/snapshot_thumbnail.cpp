@@ -16,6 +16,7 @@
 #include <QCoreApplication>
 #include <QCursor>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QHash>
 #include <QIcon>
@@ -47,20 +48,12 @@ py::object browserObject(SnapshotBrowser* browser) {
     return py::cast(browser, py::return_value_policy::reference);
 }
 
-// The "r,g,b" of a flag entry as a colour; false when it isn't three whole numbers.
+// The "r,g,b" of a flag entry as a colour; false when it isn't three whole numbers from 0 to 255.
 bool parseColour(const QString& text, QColor& colour) {
-    const QStringList parts = text.split(QLatin1Char(','));
-    if (parts.size() < 3)
-        return false;
-    int rgb[3];
-    for (int i = 0; i < 3; ++i) {
-        bool ok = false;
-        rgb[i] = parts[i].trimmed().toInt(&ok);
-        if (!ok)
-            return false;
-    }
-    colour = QColor(rgb[0], rgb[1], rgb[2]);
-    return colour.isValid();
+    const std::optional<QColor> parsed = snapshot_files::flag_colour(text);
+    if (parsed)
+        colour = *parsed;
+    return parsed.has_value();
 }
 
 // The thumbnails of the top rows of the table's selected ranges, as the table stands now.
@@ -173,6 +166,10 @@ SnapshotThumbnail::SnapshotThumbnail(const QString& src, SnapshotBrowser* snapsh
     setContextMenuPolicy(Qt::CustomContextMenu);
     connect_guarded(this, &QLabel::customContextMenuRequested, this, "thumbnail menu",
                     [this] { show_right_click_menu(); });
+    judge_size();
+}
+
+void SnapshotThumbnail::judge_size() {
     // A header read as 1 by 1 is either an image that can't be read or a real one-pixel image:
     // only a second look tells them apart. An image that claims too much is never read.
     if (w == 1 && h == 1)
@@ -335,9 +332,15 @@ void SnapshotThumbnail::show_right_click_menu() {
     });
     for (const std::string& flag : settings.flags) {
         QColor colour;
-        if (!parseColour(qs(flag), colour))
-            throw std::invalid_argument("the flag colour '" + flag +
-                                        "' is not three whole numbers joined by commas");
+        // One bad entry in the settings costs its own swatch, not the whole menu.
+        if (!parseColour(qs(flag), colour)) {
+            snapshot_files::report_once(
+                QStringLiteral("flag colour ") + qs(flag),
+                QStringLiteral("the flag colour '%1' in the settings is not three whole numbers "
+                               "from 0 to 255 joined by commas; it is left out of the flag menu")
+                    .arg(qs(flag)));
+            continue;
+        }
         QPixmap swatch(100, 100);
         swatch.fill(colour);
         std::vector<std::string> parts;
@@ -356,8 +359,17 @@ void SnapshotThumbnail::show_right_click_menu() {
 
     menu_move = menu_main->addMenu(icon("icon_reveal"), QStringLiteral("move to"));
     for (const std::string& name : siblings::get_snapshot_dirs()) {
-        QAction* action = menu_move->addAction(qs(name));
-        const QString dest = qs(name);
+        // Names come as the file system's bytes. One that isn't text in this system's encoding
+        // can't be spelled back to reach the directory: it shows, but takes no snapshots.
+        const QByteArray bytes = QByteArray::fromStdString(name);
+        const QString dest = QFile::decodeName(bytes);
+        QAction* action = menu_move->addAction(dest);
+        if (QFile::encodeName(dest) != bytes) {
+            action->setEnabled(false);
+            action->setToolTip(QStringLiteral("The name of this directory is not valid text; "
+                                              "snapshots can't be moved into it from here."));
+            continue;
+        }
         connect_guarded(action, &QAction::triggered, this, "move snapshot",
                         [this, dest] { move_snapshot(dest); });
     }
@@ -380,6 +392,27 @@ void SnapshotThumbnail::show_right_click_menu() {
                     [this] { delete_snapshots_all(); });
 
     menu_main->popup(QCursor::pos());
+}
+
+void SnapshotThumbnail::reuse(QSize size) {
+    // The files may have changed under the same name (a snapshot taken again within the second,
+    // a comment saved): the size is the listing's, the pixels and the marks are read anew.
+    w = size.width();
+    h = size.height();
+    judge_size();
+    pixmap = QPixmap();
+    pixels_width_ = 0;
+    setPixmap(pixmap);
+    if (!seen_) {
+        meta_read_ = false;
+        return;
+    }
+    // A row in view reads its pixels again on the next pass; a tile says so at once.
+    if (cannot_read.isEmpty())
+        setText(QString());
+    else
+        show_cannot_read(cannot_read);
+    set_meta_ui_elements();
 }
 
 void SnapshotThumbnail::set_to_preview() {
@@ -458,7 +491,13 @@ void SnapshotThumbnail::delete_thumbnails(SnapshotBrowser* browser,
 }
 
 void SnapshotThumbnail::delete_snapshots_all() {
-    const QString cur_dir = snapshotbrowser->combo_snapshot_dir->currentText();
+    // The question runs a nested event loop, in which the browser may be refreshed or replaced
+    // and this thumbnail deleted: nothing of either is touched after it unless it still exists.
+    const QPointer<SnapshotBrowser> browser(snapshotbrowser);
+    const QString cur_dir = browser->combo_snapshot_dir->currentText();
+    // The directory named in the question is the one flushed, whatever happens meanwhile.
+    const std::optional<std::string> directory =
+        siblings::load_settings().get("current_snapshot_dir");
     if (!siblings::ask_dialog(
             "Flush snapshot directory",
             QStringLiteral("Flush the current snapshot directory '%1'? This can't be undone!")
@@ -466,27 +505,39 @@ void SnapshotThumbnail::delete_snapshots_all() {
                 .toStdString(),
             QStringLiteral("flush '%1'").arg(cur_dir).toStdString(), "45,0,0"))
         return;
-    const std::optional<std::string> directory =
-        siblings::load_settings().get("current_snapshot_dir");
     if (!directory)
         throw std::runtime_error("no snapshot directory is current");
     snapshot_files::flush_directory(qs(*directory));
-    QTableWidget* table = snapshotbrowser->table_thumbs;
+    if (!browser) {
+        // Replaced during the question: the window that took its place lists what is left.
+        py::object current = slots::get("snapshotbrowser");
+        if (!current.is_none())
+            current.attr("populate_table_thumbs")();
+        return;
+    }
+    if (!browser->built())
+        return;
+    QTableWidget* table = browser->table_thumbs;
     // The table lets go of its widgets later, so this thumbnail outlives its own reaction.
     table->clear();
     table->setRowCount(0);
-    clearPreviewIfGone(snapshotbrowser);
+    clearPreviewIfGone(browser);
 }
 
 void SnapshotThumbnail::move_snapshot(const QString& dest) {
-    const QString src_root_new = QDir(snapshotbrowser->snapshotbrowser_root).filePath(dest);
+    // The root as saved now: the settings panel may have changed it since the window was built,
+    // and the menu lists the directories of the saved root.
+    const std::optional<std::string> root = siblings::load_settings().get("snapshotbrowser_root");
+    const QString src_root_new =
+        QDir(root && !root->empty() ? qs(*root) : snapshotbrowser->snapshotbrowser_root)
+            .filePath(dest);
     QTableWidget* table = snapshotbrowser->table_thumbs;
     std::vector<QPointer<SnapshotThumbnail>> moved;
     for (const QPointer<SnapshotThumbnail>& thumb : selectedSnapshots(table)) {
         if (!thumb)
             continue;
-        const QString src_root_old = QFileInfo(thumb->get_src()).path();
-        if (src_root_old == src_root_new)
+        // Compared as real paths: a link or an alias names the same directory too.
+        if (snapshot_files::same_directory(QFileInfo(thumb->get_src()).path(), src_root_new))
             continue;
         snapshot_files::move_snapshot(thumb->get_src(), src_root_new);
         moved.push_back(thumb);

@@ -77,6 +77,9 @@ public:
     void release_pixels();
     /// Why the image can't be shown (it is then a "cannot read" tile); empty when it can.
     QString cannot_read;
+    /// Takes the thumbnail into a refreshed table: its size as listed now (a "cannot read" tile
+    /// again, or no more), its pixels read again when its row is in view, its marks read again.
+    void reuse(QSize size);
     /// The comment and the flag mark, made hidden on first use.
     QLabel* comment_mark();
     QLabel* flag_mark();
@@ -132,6 +135,9 @@ private:
     /// The column width the pixels were read for; 0 while none are held.
     int pixels_width_ = 0;
     void show_cannot_read(const QString& reason);
+    /// Whether the image of size `w` x `h` can be shown; sets `cannot_read` and, for an image that
+    /// can't, makes the size 1 x 1.
+    void judge_size();
     void update_tool_tip();
     QString comment_;
     void show_flag(const QString& flag);

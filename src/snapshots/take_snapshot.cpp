@@ -11,6 +11,7 @@
 #include <QString>
 
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -143,8 +144,16 @@ void snapshot() {
 
     const host::Node& source = *last_node_viewing;
     const int x = position(source, "xpos", 0);
-    const int render_width =
-        py::int_(py::str(siblings::load_settings().text("snapshot_render_width"))).cast<int>();
+    // The panel's field lets an empty or short text be saved; the artist learns which value is
+    // wrong before anything is made.
+    const std::string width_text = siblings::load_settings().text("snapshot_render_width");
+    bool width_ok = false;
+    const int render_width = QString::fromStdString(width_text).trimmed().toInt(&width_ok);
+    if (!width_ok || render_width <= 0)
+        throw std::invalid_argument(
+            "the snapshot render width '" + width_text +
+            "' in the settings is not a whole number of pixels; set one in the snapshot "
+            "browser's settings");
 
     // The temporary nodes never outlive the call: whatever fails on the way, they go again.
     host::Node reformat_tmp = host::makeNode("Reformat");
@@ -234,6 +243,10 @@ void snapshot() {
     if (save_mode == "all nodes") {
         host::scriptSave(snapshot_full_nk);
     } else if (save_mode == "upstream nodes") {
+        // The viewed node is what the image shows: the saved graph holds it, and everything it
+        // is made from; a source node alone makes a graph of one.
+        host::Node viewed = source;
+        viewed.setSelected(true);
         for (py::handle node : siblings::get_connected_nodes(source.object()))
             host::Node(py::reinterpret_borrow<py::object>(node)).setSelected(true);
         host::nodeCopy(snapshot_full_nk);

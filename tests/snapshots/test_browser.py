@@ -155,8 +155,9 @@ def test_the_camera_button_takes_a_snapshot_and_shows_it(rig, nuke, helper, snap
                if f.endswith(".jpg")]
     assert browser.row_sources() == [image]
     assert browser.preview_image.image == image and browser.preview_image.isVisible()
-    # With the browser there, the old selection comes back beside the upstream nodes.
-    assert sorted(n.name() for n in nuke.selectedNodes()) == ["CheckerBoard1", "ColorBars1"]
+    # With the browser there, the old selection comes back beside the nodes saved.
+    assert sorted(n.name() for n in nuke.selectedNodes()) == ["CheckerBoard1", "ColorBars1",
+                                                              "Grade1"]
 
 
 def test_a_closed_browser_in_its_slot_is_still_refreshed(rig, snap_dir, comp):

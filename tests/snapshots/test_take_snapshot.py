@@ -23,7 +23,7 @@ def pasted_classes(nuke, path):
 
 @pytest.mark.parametrize("mode, selected, expected", [
     ("all nodes", [], ["CheckerBoard2", "ColorBars", "Grade", "Viewer"]),
-    ("upstream nodes", [], ["CheckerBoard2"]),
+    ("upstream nodes", [], ["CheckerBoard2", "Grade"]),
     ("node selection", ["bars", "grade"], ["ColorBars", "Grade"]),
     ("no such mode", [], None),
 ])
@@ -51,6 +51,17 @@ def test_the_image_and_the_graph_its_mode_asks_for_are_written(
         assert not os.path.exists(nk)
     else:
         assert pasted_classes(nuke, nk) == expected
+
+
+def test_upstream_of_a_viewed_source_node_is_the_node_itself(rig, nuke, helper, comp, snap_dir,
+                                                              messages):
+    helper.update_xml("snapshot_selection", "upstream nodes")
+    comp["viewer"].setInput(0, comp["bars"])
+
+    rig.snapshot()
+
+    [nk] = taken(snap_dir, ".nk")
+    assert messages == [] and pasted_classes(nuke, nk) == ["ColorBars"]
 
 
 def test_the_render_is_of_the_viewed_node_at_this_frame_at_full_size(rig, nuke, comp, snap_dir,

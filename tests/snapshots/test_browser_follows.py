@@ -1,0 +1,104 @@
+"""What the browser shows follows what the artist did last: the root saved in the panel, the
+directory chosen, the window's size, and the rows that a refresh keeps."""
+
+import os
+
+import pytest
+from cobaltRig.qt import QtCore, QtWidgets
+
+from test_table import move_action, select_rows, write_snapshot
+
+pytestmark = pytest.mark.usefixtures("browser_slot")
+
+
+def choose(browser, text):
+    box = browser.combo_snapshot_dir
+    box.setCurrentIndex(box.findText(text))
+    QtWidgets.QApplication.processEvents()
+
+
+def test_a_move_after_the_root_was_changed_in_the_panel_goes_to_the_new_root(
+        rig, snap_dir, tmp_path):
+    src = write_snapshot(snap_dir, 1000, comment="c")
+    new_root = tmp_path / "new root"
+    (new_root / "elsewhere").mkdir(parents=True)
+    browser = rig.show_snapshot_browser()
+    browser.push_settings.click()
+    browser.input_snapshotbrowser_root.setText(str(new_root))
+    browser.push_save_settings.click()
+    select_rows(browser, (0, 0))
+
+    move_action(browser.get_thumbnails_list()[0], "elsewhere").trigger()
+
+    assert len(os.listdir(str(new_root / "elsewhere"))) == 3 and not os.path.exists(src)
+
+
+def test_switching_directory_brings_the_slider_and_the_preview_along(rig, helper, snap_dir):
+    root = snap_dir.parent
+    first = [write_snapshot(snap_dir, 1000 + i) for i in range(3)][::-1]
+    (root / "empty").mkdir()
+    (root / "b").mkdir()
+    second = write_snapshot(root / "b", 2000)
+    browser = rig.show_snapshot_browser()
+    slider, preview = browser.slider_versions, browser.preview_image
+    assert slider.maximum() == 3 and slider.value() == 1 and preview.image == first[0]
+
+    choose(browser, "b")
+    assert slider.maximum() == 1 and preview.image == second and preview.isVisible()
+    assert helper.load_settings()["current_snapshot_preview"] == second
+
+    choose(browser, "empty")
+    assert slider.maximum() == 0 and not preview.isVisible()
+
+    choose(browser, "shot")
+    assert slider.maximum() == 3 and preview.image == first[0] and preview.isVisible()
+
+
+def test_a_window_opened_without_a_directory_lays_out_the_rows_of_the_one_chosen(
+        rig, helper, snap_dir):
+    for i in range(3):
+        write_snapshot(snap_dir, 1000 + i, size=(400, 200))
+    helper.update_settings({"current_snapshot_dir": None, "current_snapshot_preview": None})
+    browser = rig.show_snapshot_browser()
+
+    choose(browser, "shot")
+
+    table = browser.table_thumbs
+    assert abs(table.columnWidth(0) - table.viewport().width()) <= 1
+    for row, thumb in enumerate(browser.get_thumbnails_list()):
+        assert table.rowHeight(row) == 200 * table.columnWidth(0) // 400
+        assert thumb.widget.pixmap().width() == table.columnWidth(0)
+
+
+def test_the_window_size_is_stored_when_it_closes_without_a_preview(rig, helper, snap_dir):
+    helper.update_xml("current_snapshot_preview", None)
+    browser = rig.show_snapshot_browser()
+
+    browser.widget.resize(1040, 640)
+    QtWidgets.QApplication.processEvents()
+    browser.push_close.click()
+
+    assert helper.load_settings()["snapshotbrowser_size_current"] == "1040,640"
+
+
+def test_a_refresh_keeps_the_thumbnails_of_snapshots_still_listed(rig, snap_dir):
+    for i in range(6):
+        write_snapshot(snap_dir, 1000 + i)
+    browser = rig.show_snapshot_browser()
+    kept = browser.get_thumbnails_list()
+    sources = [t.get_src() for t in kept]
+    gone = sources.pop(3)
+    os.remove(gone)
+    added = write_snapshot(snap_dir, 3000, comment="new")
+    write_snapshot(snap_dir, 1003, comment="now commented")
+
+    browser.populate_table_thumbs()
+    QtCore.QCoreApplication.sendPostedEvents(None, QtCore.QEvent.DeferredDelete)
+
+    # Only the row that went says so; a new row made where an old one was has its own object.
+    assert browser.row_sources() == [added] + sources
+    with pytest.raises(RuntimeError, match="window was closed"):
+        kept.pop(3).get_src()
+    assert [t.get_src() for t in kept] == sources
+    assert kept[2].widget.toolTip() == "now commented" and not kept[2].label_comment.isHidden()
+    assert browser.get_thumbnails_list()[0].widget.toolTip() == "new"
