@@ -1,13 +1,13 @@
 // The frame's Python names: the settings window entry and the test-only submodule.
 
+#include "frame/atomic_write.h"
 #include "frame/bindings.h"
 #include "frame/bridge_probe.h"
 #include "frame/guarded.h"
+#include "frame/preset_file.h"
 #include "frame/qt_bridge.h"
 #include "frame/siblings.h"
 #include "frame/window_slots.h"
-#include "pools/atomic_write.h"
-#include "pools/preset_file.h"
 
 #include <QLabel>
 #include <QLineEdit>
@@ -47,13 +47,13 @@ void bind_testing(py::module_& m) {
         "write_file_atomically",
         [](const std::string& path, const py::bytes& data) {
             const std::string bytes = data;
-            pools::writeFileAtomically(QString::fromStdString(path),
+            files::writeFileAtomically(QString::fromStdString(path),
                                        QByteArray(bytes.data(), static_cast<int>(bytes.size())));
         },
         py::arg("path"), py::arg("data"), "The module's file writer, for tests that kill it.");
     testing.def(
         "write_preset_through_host",
-        [](const std::string& path) { pools::writePresetThroughHost(QString::fromStdString(path)); },
+        [](const std::string& path) { files::writePresetThroughHost(QString::fromStdString(path)); },
         py::arg("path"), "The preset writer, for tests that kill it.");
     testing.def("throw_in_guard", [] {
         guarded("_testing.throw_in_guard",

@@ -2,9 +2,9 @@
 
 #include "frame/guarded.h"
 #include "frame/host.h"
+#include "frame/preset_file.h"
 #include "pools/line_edit_custom.h"
 #include "pools/pool_paths.h"
-#include "pools/preset_file.h"
 
 #include <QAction>
 #include <QComboBox>
@@ -323,7 +323,7 @@ void ExportWindow::write_node_as_preset() {
         }
         host::nodeCopy(host::cut_paste_file());
         try {
-            writePresetThroughHost(preset);
+            files::writePresetThroughHost(preset);
         } catch (const std::runtime_error& error) {
             message(QString::fromUtf8(error.what()));
             return;

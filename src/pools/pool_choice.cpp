@@ -1,6 +1,6 @@
 #include "pools/pool_choice.h"
 
-#include "pools/settings_file.h"
+#include "frame/settings_file.h"
 
 #include <QComboBox>
 #include <QSize>
@@ -52,15 +52,15 @@ void change_combo_tooltip(PoolWindow& window) {
 }
 
 void change_current_pool(PoolWindow& window) {
-    rewrite_settings({{"current_pool", window.poolCombo()->currentText().toStdString()}});
+    siblings::rewrite_settings({{"current_pool", window.poolCombo()->currentText().toStdString()}});
 }
 
 void set_tree_icon_size(QSlider* slider, QTreeWidget* tree) {
     // Parsing first means a broken settings file fails the change before anything moves.
-    py::object parsed = parse_settings_file();
+    py::object parsed = siblings::parse_settings_file();
     const int size = slider->value();
     tree->setIconSize(QSize(size, size));
-    write_settings_file(parsed, {{"icon_size", std::to_string(size)}});
+    siblings::write_settings_file(parsed, {{"icon_size", std::to_string(size)}});
 }
 
 int stored_icon_size() {
