@@ -1,6 +1,8 @@
 #include "pools/pool_choice.h"
 
 #include "frame/settings_file.h"
+#include "frame/siblings.h"
+#include "pools/pool_window.h"
 
 #include <QComboBox>
 #include <QSize>
@@ -20,8 +22,8 @@ QString qs(const std::string& text) {
 } // namespace
 
 void set_current_pool(PoolWindow& window) {
-    QComboBox* combo = window.poolCombo();
-    const siblings::Settings& settings = window.poolSettings();
+    QComboBox* combo = window.combo_pool;
+    const siblings::Settings& settings = window.settings;
     const int index = combo->findText(qs(settings.text("current_pool")));
     if (index == -1)
         return;
@@ -32,7 +34,7 @@ void set_current_pool(PoolWindow& window) {
 }
 
 void update_pool_combo(PoolWindow& window) {
-    if (window.poolCombo()->currentText() == QLatin1String(kNewPoolEntry)) {
+    if (window.combo_pool->currentText() == QLatin1String(kNewPoolEntry)) {
         siblings::show_panel_new_pool(window.pythonWindow());
         return;
     }
@@ -43,7 +45,7 @@ void update_pool_combo(PoolWindow& window) {
 void change_combo_tooltip(PoolWindow& window) {
     // A fresh reading: a pool added since the window opened must be found.
     const siblings::Settings fresh = siblings::load_settings();
-    QComboBox* combo = window.poolCombo();
+    QComboBox* combo = window.combo_pool;
     const std::string name = combo->currentText().toStdString();
     for (const auto& [pool, path] : fresh.pools)
         if (pool == name)
@@ -52,7 +54,7 @@ void change_combo_tooltip(PoolWindow& window) {
 }
 
 void change_current_pool(PoolWindow& window) {
-    siblings::rewrite_settings({{"current_pool", window.poolCombo()->currentText().toStdString()}});
+    siblings::rewrite_settings({{"current_pool", window.combo_pool->currentText().toStdString()}});
 }
 
 void set_tree_icon_size(QSlider* slider, QTreeWidget* tree) {
