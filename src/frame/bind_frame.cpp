@@ -1,3 +1,10 @@
+// src/frame: the ground the four subsystems stand on. The module's entry and load order, the
+// window slots, the host facade and the sibling facade (through which every subsystem reaches the
+// host's and the sibling modules' Python, looked up at call time), the Qt<->Python bridge, the
+// guarded way from Qt's event loop into a reaction, what differs between Qt 5 and Qt 6, and the
+// file writers every subsystem uses: the atomic file replacement, the preset written through the
+// host, the settings-file rewrite. It includes nothing from looks, resolution, pools or snapshots.
+//
 // The frame's Python names: the settings window entry and the test-only submodule.
 
 #include "frame/atomic_write.h"
