@@ -42,9 +42,6 @@ public:
 
     /// The settings store as the window read it when it was built.
     siblings::Settings settings;
-    std::map<std::string, std::string> icons;
-    DirItems dirlist;
-    int count_dirItem = 0;
 
     QLabel* label_name = nullptr;
     QLineEdit* input_name = nullptr;
@@ -52,9 +49,14 @@ public:
     /// The combo box of pool names; its tool tip is the path of the pool on show.
     QComboBox* combo_pool = nullptr;
     PoolTreeWidget* tree = nullptr;
+    /// The tree's folder items, and how many there are below the pool item.
+    DirItems dirlist;
+    int count_dirItem = 0;
     QHBoxLayout* layout_top = nullptr;
     QVBoxLayout* layout_master = nullptr;
     QMenu* tree_menu = nullptr;
+    /// Icon key to image path, for the menus.
+    std::map<std::string, std::string> icons;
 
 protected:
     /// `class_name` names the window's reactions in the console ("ExportWindow.close"). Reads the
