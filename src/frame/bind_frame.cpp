@@ -1,13 +1,20 @@
+// src/frame: the ground the four subsystems stand on. The module's entry and load order, the
+// window slots, the host facade and the sibling facade (through which every subsystem reaches the
+// host's and the sibling modules' Python, looked up at call time), the Qt<->Python bridge, the
+// guarded way from Qt's event loop into a reaction, what differs between Qt 5 and Qt 6, and the
+// file writers every subsystem uses: the atomic file replacement, the preset written through the
+// host, the settings-file rewrite. It includes nothing from looks, resolution, pools or snapshots.
+//
 // The frame's Python names: the settings window entry and the test-only submodule.
 
+#include "frame/atomic_write.h"
 #include "frame/bindings.h"
 #include "frame/bridge_probe.h"
 #include "frame/guarded.h"
+#include "frame/preset_file.h"
 #include "frame/qt_bridge.h"
 #include "frame/siblings.h"
 #include "frame/window_slots.h"
-#include "pools/atomic_write.h"
-#include "pools/preset_file.h"
 
 #include <QLabel>
 #include <QLineEdit>
@@ -47,13 +54,13 @@ void bind_testing(py::module_& m) {
         "write_file_atomically",
         [](const std::string& path, const py::bytes& data) {
             const std::string bytes = data;
-            pools::writeFileAtomically(QString::fromStdString(path),
+            files::writeFileAtomically(QString::fromStdString(path),
                                        QByteArray(bytes.data(), static_cast<int>(bytes.size())));
         },
         py::arg("path"), py::arg("data"), "The module's file writer, for tests that kill it.");
     testing.def(
         "write_preset_through_host",
-        [](const std::string& path) { pools::writePresetThroughHost(QString::fromStdString(path)); },
+        [](const std::string& path) { files::writePresetThroughHost(QString::fromStdString(path)); },
         py::arg("path"), "The preset writer, for tests that kill it.");
     testing.def("throw_in_guard", [] {
         guarded("_testing.throw_in_guard",

@@ -1,3 +1,8 @@
+// src/looks: looks of a node kept inside the script: the look knobs, storing, applying, updating
+// and deleting looks, and the slider that steps the selected nodes through them. It uses the
+// frame only (host and sibling facades, bridge, window slots, guarded reactions), no other
+// subsystem.
+//
 // The look subsystem's Python names.
 
 #include "frame/bindings.h"

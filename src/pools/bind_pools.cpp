@@ -1,3 +1,8 @@
+// src/pools: preset pools, the shared directory trees of presets: their paths and the walk
+// through them, the tree that shows a pool, the choice of pool, and the pool-window base under the
+// export and the import window. It uses the frame only (host and sibling facades, bridge, window
+// slots, guarded reactions, the preset writer and the settings-file rewrite), no other subsystem.
+//
 // The preset pools' Python names: the two windows and the four entries that open them.
 
 #include "frame/bindings.h"
@@ -7,7 +12,6 @@
 #include "frame/window_slots.h"
 #include "pools/export_window.h"
 #include "pools/import_window.h"
-#include "pools/line_edit_custom.h"
 
 #include <pybind11/stl.h>
 
@@ -35,6 +39,13 @@ QString qs(const std::string& text) {
     return QString::fromStdString(text);
 }
 
+// A widget of the pool-window base, bound on the window class that Python knows (the base is no
+// Python class of its own).
+template <class Window, class Class, class Member>
+void def_base_widget(Class& cls, const char* name, Member* pools::PoolWindow::*member) {
+    cls.def_property_readonly(name, [member](Window& self) { return bridge::wrap(self.*member); });
+}
+
 // What both pool windows offer Python: the window basics, the pool window's members and the
 // widgets they share.
 template <class Window, class Class> void def_pool_window(Class& cls, const char* what) {
@@ -44,14 +55,14 @@ template <class Window, class Class> void def_pool_window(Class& cls, const char
         .def_property_readonly("dirlist",
                                [](Window& w) { return pools::dir_items_to_python(w.dirlist); })
         .def_property_readonly("count_dirItem", [](Window& w) { return w.count_dirItem; });
-    bridge::def_widget(cls, "label_name", &Window::label_name);
-    bridge::def_widget(cls, "input_name", &Window::input_name);
-    bridge::def_widget(cls, "slider_size", &Window::slider_size);
-    bridge::def_widget(cls, "combo_pool", &Window::combo_pool);
-    bridge::def_widget(cls, "tree", &Window::tree);
-    bridge::def_widget(cls, "layout_top", &Window::layout_top);
-    bridge::def_widget(cls, "layout_master", &Window::layout_master);
-    bridge::def_widget(cls, "tree_menu", &Window::tree_menu);
+    def_base_widget<Window>(cls, "label_name", &Window::label_name);
+    def_base_widget<Window>(cls, "input_name", &Window::input_name);
+    def_base_widget<Window>(cls, "slider_size", &Window::slider_size);
+    def_base_widget<Window>(cls, "combo_pool", &Window::combo_pool);
+    def_base_widget<Window>(cls, "tree", &Window::tree);
+    def_base_widget<Window>(cls, "layout_top", &Window::layout_top);
+    def_base_widget<Window>(cls, "layout_master", &Window::layout_master);
+    def_base_widget<Window>(cls, "tree_menu", &Window::tree_menu);
 }
 
 void bind_export_window(py::module_& m) {
@@ -59,7 +70,7 @@ void bind_export_window(py::module_& m) {
         m, "ExportWindow", "The window that writes a node or a toolset as a preset into a pool.");
     cls.def(py::init<py::object>(), py::arg("node"));
     def_pool_window<ExportWindow>(cls, "export");
-    cls.def_property_readonly("node", [](ExportWindow& w) { return w.node; })
+    cls.def_property_readonly("node", [](ExportWindow& w) { return w.node.get(); })
         .def_property_readonly("mode", [](ExportWindow& w) { return w.mode.toStdString(); })
         .def("get_nodeclass_name",
              [](ExportWindow& w) { return w.get_nodeclass_name().toStdString(); })
@@ -89,7 +100,7 @@ void bind_import_window(py::module_& m) {
     cls.def(py::init<>());
     def_pool_window<ImportWindow>(cls, "import");
     cls.def_property_readonly("advanced_settings",
-                              [](ImportWindow& w) { return w.advanced_settings; })
+                              [](ImportWindow& w) { return w.advanced_settings.get(); })
         .def(
             "populate_tree",
             [](ImportWindow& w, py::object expand_list, py::args) {

@@ -2,23 +2,20 @@
 
 #include "frame/guarded.h"
 #include "frame/host.h"
+#include "frame/preset_file.h"
 #include "pools/line_edit_custom.h"
+#include "pools/pool_choice.h"
 #include "pools/pool_paths.h"
-#include "pools/preset_file.h"
 
 #include <QAction>
 #include <QComboBox>
 #include <QCursor>
 #include <QFileInfo>
 #include <QHBoxLayout>
-#include <QIcon>
 #include <QInputDialog>
-#include <QKeyEvent>
-#include <QLabel>
 #include <QMenu>
 #include <QPointer>
 #include <QPushButton>
-#include <QSlider>
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
@@ -32,52 +29,24 @@ using namespace pools;
 
 namespace {
 
-QString qs(const std::string& text) {
-    return QString::fromStdString(text);
-}
-
-std::string iconPath(const std::map<std::string, std::string>& icons, const char* key) {
-    auto it = icons.find(key);
-    return it == icons.end() ? std::string() : it->second;
+// "toolsets", or the class of the exported node.
+QString nodeClassName(const py::object& node) {
+    if (py::isinstance<py::str>(node) && node.cast<std::string>() == "toolsets")
+        return QStringLiteral("toolsets");
+    return QString::fromStdString(host::Node(node).Class());
 }
 
 } // namespace
 
-ExportWindow::ExportWindow(py::object node_) : node(std::move(node_)) {
-    setMinimumWidth(600);
-    setWindowFlags(Qt::WindowStaysOnTopHint);
-    setWindowTitle(QStringLiteral("Export %1 look").arg(get_nodeclass_name()));
-    settings = siblings::load_settings();
-    icons = siblings::load_icons();
+ExportWindow::ExportWindow(py::object node_)
+    : PoolWindow("ExportWindow", QStringLiteral("Export %1 look").arg(nodeClassName(node_))),
+      node(std::move(node_)) {
     build_ui();
     build_nodes_dir();
 }
 
-ExportWindow::~ExportWindow() {
-    // Qt may delete the window from its event loop, where the GIL is not held, or after the
-    // interpreter has gone; the Python objects are let go accordingly.
-    if (!Py_IsInitialized()) {
-        node.release();
-        settings.mapping.release();
-        dirlist.abandon();
-        return;
-    }
-    py::gil_scoped_acquire gil;
-    if (tree)
-        clear_pool_tree(tree);
-    node = py::object();
-    settings.mapping = py::object();
-    dirlist.clear();
-}
-
-py::object ExportWindow::pythonWindow() {
-    return py::cast(this, py::return_value_policy::reference);
-}
-
 QString ExportWindow::get_nodeclass_name() const {
-    if (py::isinstance<py::str>(node) && node.cast<std::string>() == "toolsets")
-        return QStringLiteral("toolsets");
-    return qs(host::Node(node).Class());
+    return nodeClassName(node.get());
 }
 
 QString ExportWindow::get_mode() const {
@@ -86,72 +55,25 @@ QString ExportWindow::get_mode() const {
 }
 
 void ExportWindow::build_ui() {
-    create_widgets();
-    create_layouts();
-    create_signals();
-}
-
-void ExportWindow::create_widgets() {
-    label_name = new QLabel(QStringLiteral("name: "), this);
-    input_name = new QLineEditCustom(this);
-
-    slider_size = new QSlider(Qt::Horizontal, this);
-    slider_size->setMinimum(5);
-    slider_size->setMaximum(40);
-    slider_size->setFixedHeight(20);
-    slider_size->setValue(stored_icon_size());
-
-    combo_pool = new QComboBox(this);
-    for (const auto& [name, path] : settings.pools)
-        combo_pool->addItem(qs(name));
-    combo_pool->addItem(QLatin1String(kNewPoolEntry));
-    set_current_pool(*this);
-
     // The export tree keeps Qt's icon size until the slider moves; the slider shows the stored one.
-    tree = new QTreeWidget(this);
-    tree->setColumnCount(1);
-    tree->setContextMenuPolicy(Qt::CustomContextMenu);
+    create_pool_widgets([this] { return new QLineEditCustom(this); }, stored_icon_size(), true);
     populate_tree();
-
     push_save = new QPushButton(QStringLiteral("save"), this);
     push_save->setObjectName(QStringLiteral("actionButton"));
     push_cancel = new QPushButton(QStringLiteral("cancel"), this);
-}
 
-void ExportWindow::create_layouts() {
-    layout_top = new QHBoxLayout();
-    layout_top->addWidget(label_name, 1);
-    layout_top->addWidget(input_name, 6);
-    layout_top->addWidget(slider_size, 2);
-
+    create_pool_layouts();
     layout_push = new QHBoxLayout();
     layout_push->addWidget(push_save);
     layout_push->addWidget(push_cancel);
-
-    layout_master = new QVBoxLayout(this);
-    layout_master->addLayout(layout_top);
-    layout_master->addWidget(combo_pool);
-    layout_master->addWidget(tree);
     layout_master->addLayout(layout_push);
     siblings::set_style_sheet(this);
-}
 
-void ExportWindow::create_signals() {
-    // Connected only now, after the stored pool was chosen, so that opening the window stores
-    // nothing.
-    connect_guarded(push_cancel, &QPushButton::clicked, this, "ExportWindow.close",
-                    [this] { close(); });
-    connect_guarded(combo_pool, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
-                    "ExportWindow.update_pool_combo", [this] { update_pool_combo(*this); });
+    create_pool_signals(push_cancel);
     connect_guarded(push_save, &QPushButton::clicked, this, "ExportWindow.write_node_as_preset",
                     [this] { write_node_as_preset(); });
-    connect_guarded(tree, &QTreeWidget::customContextMenuRequested, this,
-                    "ExportWindow.create_tree_right_click_menu",
-                    [this] { create_tree_right_click_menu(); });
     connect_guarded(tree, &QTreeWidget::itemClicked, this, "ExportWindow.set_input_name",
                     [this] { set_input_name(); });
-    connect_guarded(slider_size, &QSlider::valueChanged, this, "ExportWindow.set_tree_icon_size",
-                    [this] { set_tree_icon_size(slider_size, tree); });
 }
 
 void ExportWindow::populate_tree() {
@@ -211,8 +133,7 @@ void ExportWindow::create_tree_right_click_menu() {
     if (action_new_category)
         action_new_category->deleteLater();
     tree_menu = new QMenu(this);
-    action_new_category = new QAction(QIcon(qs(iconPath(icons, "icon_folder_white"))),
-                                      QStringLiteral("new category"), this);
+    action_new_category = make_action("icon_folder_white", QStringLiteral("new category"));
     tree_menu->addAction(action_new_category);
     connect_guarded(action_new_category, &QAction::triggered, this,
                     "ExportWindow.create_new_category",
@@ -249,7 +170,7 @@ void ExportWindow::create_new_category(const QString& current_path) {
         try {
             populate_tree();
         } catch (py::error_already_set& e) {
-            error = qs(py::str(e.value()));
+            error = QString::fromStdString(py::str(e.value()));
         }
     }
     if (!error.isEmpty())
@@ -317,13 +238,13 @@ void ExportWindow::write_node_as_preset() {
         std::optional<host::Node> exported;
         std::optional<host::GroupContext> context;
         if (node_class != QLatin1String("toolsets")) {
-            exported.emplace(node);
+            exported.emplace(node.get());
             context.emplace(host::parentGroup(*exported));
             exported->selectOnly();
         }
         host::nodeCopy(host::cut_paste_file());
         try {
-            writePresetThroughHost(preset);
+            files::writePresetThroughHost(preset);
         } catch (const std::runtime_error& error) {
             message(QString::fromUtf8(error.what()));
             return;
@@ -331,17 +252,6 @@ void ExportWindow::write_node_as_preset() {
     }
     close();
     message(QStringLiteral("Successfully exported preset."));
-}
-
-void ExportWindow::keyPressEvent(QKeyEvent* event) {
-    guarded("ExportWindow.keyPressEvent", [&] {
-        if (event->key() == Qt::Key_Escape)
-            close();
-    });
-}
-
-void ExportWindow::message(const QString& text) {
-    siblings::show_message_box(this, text.toStdString());
 }
 
 } // namespace cobaltrig

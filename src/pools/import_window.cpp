@@ -2,6 +2,7 @@
 
 #include "frame/guarded.h"
 #include "frame/host.h"
+#include "pools/pool_choice.h"
 #include "pools/pool_paths.h"
 
 #include <QAction>
@@ -10,17 +11,12 @@
 #include <QDrag>
 #include <QFile>
 #include <QFileInfo>
-#include <QHBoxLayout>
-#include <QIcon>
 #include <QInputDialog>
-#include <QKeyEvent>
-#include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMimeData>
 #include <QPointer>
 #include <QPushButton>
-#include <QSlider>
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
@@ -35,10 +31,6 @@ using namespace pools;
 
 namespace {
 
-QString qs(const std::string& text) {
-    return QString::fromStdString(text);
-}
-
 QString currentPath(QTreeWidget* tree) {
     QTreeWidgetItem* item = tree->currentItem();
     return item ? item->data(0, Qt::UserRole).toString() : QString();
@@ -49,7 +41,7 @@ QString failureText() {
     try {
         throw;
     } catch (py::error_already_set& e) {
-        return qs(py::str(e.value()));
+        return QString::fromStdString(py::str(e.value()));
     } catch (const std::exception& e) {
         return QString::fromUtf8(e.what());
     } catch (...) {
@@ -68,101 +60,30 @@ QString fileName(const QTreeWidgetItem* item) {
 
 } // namespace
 
-ImportWindow::ImportWindow() {
-    setMinimumWidth(600);
-    setWindowFlags(Qt::WindowStaysOnTopHint);
-    setWindowTitle(QStringLiteral("Import node/toolset"));
-    settings = siblings::load_settings();
+ImportWindow::ImportWindow() : PoolWindow("ImportWindow", QStringLiteral("Import node/toolset")) {
     advanced_settings = siblings::parse_advanced_settings();
-    icons = siblings::load_icons();
     build_ui();
-    if (siblings::advanced_text(advanced_settings, "import_window_transparent", "False") == "True")
+    if (siblings::advanced_text(advanced_settings.get(), "import_window_transparent", "False") ==
+        "True")
         setStyleSheet(QStringLiteral("QWidget{ background-color: transparent; }"));
 }
 
-ImportWindow::~ImportWindow() {
-    // See ExportWindow: the Python objects go with the GIL held, or are left alone after shutdown.
-    if (!Py_IsInitialized()) {
-        settings.mapping.release();
-        advanced_settings.release();
-        paste_group.release();
-        dirlist.abandon();
-        return;
-    }
-    py::gil_scoped_acquire gil;
-    if (tree)
-        clear_pool_tree(tree);
-    settings.mapping = py::object();
-    advanced_settings = py::object();
-    paste_group = py::object();
-    dirlist.clear();
-}
-
-py::object ImportWindow::pythonWindow() {
-    return py::cast(this, py::return_value_policy::reference);
-}
-
 void ImportWindow::build_ui() {
-    create_widgets();
-    create_layouts();
-    create_signals();
-}
-
-void ImportWindow::create_widgets() {
-    label_name = new QLabel(QStringLiteral("name: "), this);
-    input_name = new QLineEdit(this);
-
     const int icon_size = stored_icon_size();
-    slider_size = new QSlider(Qt::Horizontal, this);
-    slider_size->setMinimum(5);
-    slider_size->setMaximum(40);
-    slider_size->setFixedHeight(20);
-    slider_size->setValue(icon_size);
-
-    combo_pool = new QComboBox(this);
-    for (const auto& [name, path] : settings.pools)
-        combo_pool->addItem(qs(name));
-    set_current_pool(*this);
-
-    tree = new PoolTreeWidget(this);
-    tree->setColumnCount(1);
-    tree->setContextMenuPolicy(Qt::CustomContextMenu);
+    create_pool_widgets([this] { return new QLineEdit(this); }, icon_size, false);
     tree->setDragEnabled(true);
     tree->setSelectionMode(QAbstractItemView::SingleSelection);
     tree->setIconSize(QSize(icon_size, icon_size));
     populate_tree();
-
     push_close = new QPushButton(QStringLiteral("close"), this);
-}
 
-void ImportWindow::create_layouts() {
-    layout_top = new QHBoxLayout();
-    layout_top->addWidget(label_name, 1);
-    layout_top->addWidget(input_name, 6);
-    layout_top->addWidget(slider_size, 2);
-
-    layout_master = new QVBoxLayout(this);
-    layout_master->addLayout(layout_top);
-    layout_master->addWidget(combo_pool);
-    layout_master->addWidget(tree);
+    create_pool_layouts();
     layout_master->addWidget(push_close);
     siblings::set_style_sheet(this);
-}
 
-void ImportWindow::create_signals() {
-    // Connected only now, after the stored pool was chosen, so that opening the window stores
-    // nothing.
-    connect_guarded(push_close, &QPushButton::clicked, this, "ImportWindow.close",
-                    [this] { close(); });
-    connect_guarded(combo_pool, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
-                    "ImportWindow.update_pool_combo", [this] { update_pool_combo(*this); });
-    connect_guarded(tree, &QTreeWidget::customContextMenuRequested, this,
-                    "ImportWindow.create_tree_right_click_menu",
-                    [this] { create_tree_right_click_menu(); });
+    create_pool_signals(push_close);
     connect_guarded(tree, &QTreeWidget::doubleClicked, this, "ImportWindow.insert_in_dag",
                     [this] { insert_in_dag(currentPath(tree)); });
-    connect_guarded(slider_size, &QSlider::valueChanged, this, "ImportWindow.set_tree_icon_size",
-                    [this] { set_tree_icon_size(slider_size, tree); });
     connect_guarded(input_name, &QLineEdit::textChanged, this, "ImportWindow.search_item",
                     [this] { search_item(); });
 }
@@ -279,12 +200,6 @@ void ImportWindow::set_data() {
     drag->exec(Qt::MoveAction);
 }
 
-QAction* ImportWindow::make_action(const char* icon_key, const QString& text) {
-    auto it = icons.find(icon_key);
-    const QIcon icon(it == icons.end() ? QString() : qs(it->second));
-    return new QAction(icon, text, this);
-}
-
 void ImportWindow::drop_menu() {
     for (QObject* old : std::initializer_list<QObject*>{
              tree_menu, action_insert, action_reveal, action_refresh, action_rename, action_delete})
@@ -304,7 +219,8 @@ void ImportWindow::create_tree_right_click_menu() {
     tree_menu = new QMenu(this);
     action_insert = make_action("icon_insert", QStringLiteral("insert in dag"));
     action_reveal = make_action(
-        "icon_explorer", QStringLiteral("reveal in %1").arg(qs(siblings::get_explorer_name())));
+        "icon_explorer",
+        QStringLiteral("reveal in %1").arg(QString::fromStdString(siblings::get_explorer_name())));
     action_refresh = make_action("icon_refresh", QStringLiteral("refresh"));
     action_rename = make_action("icon_edit", QStringLiteral("rename"));
     action_delete = make_action("icon_delete", QStringLiteral("delete"));
@@ -312,9 +228,9 @@ void ImportWindow::create_tree_right_click_menu() {
     tree_menu->addAction(action_insert);
     tree_menu->addAction(action_reveal);
     tree_menu->addAction(action_refresh);
-    if (siblings::advanced_text(advanced_settings, "items_rename", "True") == "True")
+    if (siblings::advanced_text(advanced_settings.get(), "items_rename", "True") == "True")
         tree_menu->addAction(action_rename);
-    if (siblings::advanced_text(advanced_settings, "items_delete", "True") == "True")
+    if (siblings::advanced_text(advanced_settings.get(), "items_delete", "True") == "True")
         tree_menu->addAction(action_delete);
 
     connect_guarded(action_insert, &QAction::triggered, this, "ImportWindow.insert_in_dag",
@@ -343,8 +259,8 @@ void ImportWindow::insert_in_dag(const QString& path) {
         // One step of the host's undo however many nodes the preset holds.
         host::UndoGroup step("Insert preset " + QFileInfo(path).completeBaseName().toStdString());
         std::optional<host::GroupContext> context;
-        if (paste_group && !paste_group.is_none())
-            context.emplace(host::Node(paste_group));
+        if (paste_group && !paste_group.get().is_none())
+            context.emplace(host::Node(paste_group.get()));
         host::nodePaste(path.toStdString());
     } catch (...) {
         message(QStringLiteral("An error occurred. %1").arg(failureText()));
@@ -409,17 +325,6 @@ void ImportWindow::delete_item(const QString& path) {
     } catch (...) {
         message(QStringLiteral("An error occured. %1").arg(failureText()));
     }
-}
-
-void ImportWindow::keyPressEvent(QKeyEvent* event) {
-    guarded("ImportWindow.keyPressEvent", [&] {
-        if (event->key() == Qt::Key_Escape)
-            close();
-    });
-}
-
-void ImportWindow::message(const QString& text) {
-    siblings::show_message_box(this, text.toStdString());
 }
 
 } // namespace cobaltrig

@@ -1,6 +1,8 @@
 #include "pools/pool_choice.h"
 
-#include "pools/settings_file.h"
+#include "frame/settings_file.h"
+#include "frame/siblings.h"
+#include "pools/pool_window.h"
 
 #include <QComboBox>
 #include <QSize>
@@ -20,8 +22,8 @@ QString qs(const std::string& text) {
 } // namespace
 
 void set_current_pool(PoolWindow& window) {
-    QComboBox* combo = window.poolCombo();
-    const siblings::Settings& settings = window.poolSettings();
+    QComboBox* combo = window.combo_pool;
+    const siblings::Settings& settings = window.settings;
     const int index = combo->findText(qs(settings.text("current_pool")));
     if (index == -1)
         return;
@@ -32,7 +34,7 @@ void set_current_pool(PoolWindow& window) {
 }
 
 void update_pool_combo(PoolWindow& window) {
-    if (window.poolCombo()->currentText() == QLatin1String(kNewPoolEntry)) {
+    if (window.combo_pool->currentText() == QLatin1String(kNewPoolEntry)) {
         siblings::show_panel_new_pool(window.pythonWindow());
         return;
     }
@@ -43,7 +45,7 @@ void update_pool_combo(PoolWindow& window) {
 void change_combo_tooltip(PoolWindow& window) {
     // A fresh reading: a pool added since the window opened must be found.
     const siblings::Settings fresh = siblings::load_settings();
-    QComboBox* combo = window.poolCombo();
+    QComboBox* combo = window.combo_pool;
     const std::string name = combo->currentText().toStdString();
     for (const auto& [pool, path] : fresh.pools)
         if (pool == name)
@@ -52,15 +54,15 @@ void change_combo_tooltip(PoolWindow& window) {
 }
 
 void change_current_pool(PoolWindow& window) {
-    rewrite_settings({{"current_pool", window.poolCombo()->currentText().toStdString()}});
+    siblings::rewrite_settings({{"current_pool", window.combo_pool->currentText().toStdString()}});
 }
 
 void set_tree_icon_size(QSlider* slider, QTreeWidget* tree) {
     // Parsing first means a broken settings file fails the change before anything moves.
-    py::object parsed = parse_settings_file();
+    py::object parsed = siblings::parse_settings_file();
     const int size = slider->value();
     tree->setIconSize(QSize(size, size));
-    write_settings_file(parsed, {{"icon_size", std::to_string(size)}});
+    siblings::write_settings_file(parsed, {{"icon_size", std::to_string(size)}});
 }
 
 int stored_icon_size() {

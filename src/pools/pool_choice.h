@@ -2,32 +2,15 @@
 // Choosing a pool: the combo box of pool names that the export and the import window share, its
 // tool tip as the path of the pool on show, and the icon-size slider of both trees.
 
-#include "frame/siblings.h"
-
-#include <pybind11/pybind11.h>
-
-class QComboBox;
 class QSlider;
 class QTreeWidget;
 
 namespace cobaltrig::pools {
 
+class PoolWindow;
+
 /// The entry of the export window's combo box that opens the panel for a new pool.
 inline constexpr const char* kNewPoolEntry = "-- new pool --";
-
-/// What the pool operations use of a window.
-class PoolWindow {
-public:
-    virtual ~PoolWindow() = default;
-    /// The combo box of pool names; its tool tip is the path of the pool on show.
-    virtual QComboBox* poolCombo() const = 0;
-    /// The settings store as the window read it when it was built.
-    virtual const siblings::Settings& poolSettings() const = 0;
-    /// `populate_tree()` without arguments.
-    virtual void refreshTree() = 0;
-    /// The window as Python sees it, for the sibling panel that adds a pool.
-    virtual pybind11::object pythonWindow() = 0;
-};
 
 /// Puts the combo box on the stored `current_pool`, with its path as tool tip; with an unknown
 /// pool the box stays on its first entry without a tool tip.

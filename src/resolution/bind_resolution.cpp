@@ -1,3 +1,6 @@
+// src/resolution: the slider for the viewer's reduced-resolution mode. It uses the frame only
+// (host and sibling facades, bridge, window slots, guarded reactions), no other subsystem.
+//
 // The resolution subsystem's Python names.
 
 #include "frame/bindings.h"

@@ -1,3 +1,8 @@
+// src/snapshots: taking a snapshot of what the viewer shows (image, saved graph, comment, flag),
+// the snapshot files on disk, the preview panes, the comment window and the browser with its
+// settings panel. It uses the frame only (host and sibling facades, bridge, window slots, guarded
+// reactions, the settings-file rewrite), no other subsystem.
+//
 // The snapshots' Python names: the browser and its preview panes, `snapshot` and
 // `show_snapshot_browser`, and the address of the user guide.
 

@@ -5,7 +5,7 @@
 #include "frame/guarded.h"
 #include "frame/siblings.h"
 #include "frame/window_slots.h"
-#include "pools/settings_file.h"
+#include "frame/settings_file.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -87,7 +87,7 @@ void SnapshotBrowser::save_settings() {
     // it was and the panel open with what was typed.
     const int width = std::max(600, wholeNumber(input_custom_width, "width"));
     const int height = std::max(400, wholeNumber(input_custom_height, "height"));
-    pools::rewrite_settings({
+    siblings::rewrite_settings({
         {"snapshotbrowser_root", input_snapshotbrowser_root->text().toStdString()},
         {"snapshotbrowser_size_custom",
          QStringLiteral("%1,%2").arg(width).arg(height).toStdString()},

@@ -15,7 +15,7 @@
 
 #include <functional>
 
-namespace cobaltrig::pools {
+namespace cobaltrig::files {
 
 /// The file a write to `path` replaces: `path`, or the file its symbolic links lead to. Fails with
 /// std::runtime_error naming `path` when a link leads nowhere or a folder stands in the way.
@@ -59,4 +59,4 @@ void writeFileAtomically(const QString& path, const QByteArray& data);
 /// Removes the stale temporaries beside `target` (see above); gives how many it removed.
 int sweepStaleTemporaries(const QString& target);
 
-} // namespace cobaltrig::pools
+} // namespace cobaltrig::files

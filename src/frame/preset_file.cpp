@@ -1,14 +1,14 @@
-#include "pools/preset_file.h"
+#include "frame/preset_file.h"
 
+#include "frame/atomic_write.h"
 #include "frame/host.h"
-#include "pools/atomic_write.h"
 
 #include <QDir>
 #include <QFileInfo>
 
 #include <stdexcept>
 
-namespace cobaltrig::pools {
+namespace cobaltrig::files {
 
 void writePresetThroughHost(const QString& preset) {
     // The host writes the nodes by name, so it fills the replacement's temporary beside the preset;
@@ -24,4 +24,4 @@ void writePresetThroughHost(const QString& preset) {
     replacement.commit();
 }
 
-} // namespace cobaltrig::pools
+} // namespace cobaltrig::files

@@ -3,7 +3,7 @@
 
 #include <QString>
 
-namespace cobaltrig::pools {
+namespace cobaltrig::files {
 
 /// Has the host write its selection (of the current group) to `preset` through a temporary file
 /// beside it that replaces `preset` in one rename only once it holds something, so an existing
@@ -13,4 +13,4 @@ namespace cobaltrig::pools {
 /// on every path.
 void writePresetThroughHost(const QString& preset);
 
-} // namespace cobaltrig::pools
+} // namespace cobaltrig::files

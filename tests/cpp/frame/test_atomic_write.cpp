@@ -1,6 +1,6 @@
 // Replacing a file through a temporary file and one rename.
 
-#include "pools/atomic_write.h"
+#include "frame/atomic_write.h"
 
 #include <gtest/gtest.h>
 
@@ -15,7 +15,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-using namespace cobaltrig::pools;
+using namespace cobaltrig::files;
 
 namespace {
 

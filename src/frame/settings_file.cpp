@@ -1,12 +1,12 @@
-#include "pools/settings_file.h"
+#include "frame/settings_file.h"
 
+#include "frame/atomic_write.h"
 #include "frame/siblings.h"
-#include "pools/atomic_write.h"
 
 #include <QByteArray>
 #include <QString>
 
-namespace cobaltrig::pools {
+namespace cobaltrig::siblings {
 
 namespace py = pybind11;
 
@@ -49,12 +49,12 @@ void write_settings_file(const py::object& tree, const SettingValues& values) {
     // Ending in a line break like the files the sibling module writes, so the two writers'
     // files look alike.
     const std::string bytes = std::string(data) + "\n";
-    writeFileAtomically(QString::fromStdString(siblings::get_settings_xml()),
-                        QByteArray(bytes.data(), static_cast<int>(bytes.size())));
+    files::writeFileAtomically(QString::fromStdString(get_settings_xml()),
+                               QByteArray(bytes.data(), static_cast<int>(bytes.size())));
 }
 
 void rewrite_settings(const SettingValues& values) {
     write_settings_file(parse_settings_file(), values);
 }
 
-} // namespace cobaltrig::pools
+} // namespace cobaltrig::siblings

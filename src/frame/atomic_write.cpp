@@ -1,4 +1,4 @@
-#include "pools/atomic_write.h"
+#include "frame/atomic_write.h"
 
 #include <QCoreApplication>
 #include <QCryptographicHash>
@@ -21,7 +21,7 @@
 #include <unistd.h>
 #endif
 
-namespace cobaltrig::pools {
+namespace cobaltrig::files {
 
 namespace {
 
@@ -215,4 +215,4 @@ void writeFileAtomically(const QString& path, const QByteArray& data) {
     replacement.commit();
 }
 
-} // namespace cobaltrig::pools
+} // namespace cobaltrig::files

@@ -18,7 +18,7 @@
 #include <utility>
 #include <vector>
 
-namespace cobaltrig::pools {
+namespace cobaltrig::siblings {
 
 using SettingValues = std::vector<std::pair<std::string, std::string>>;
 
@@ -31,4 +31,4 @@ void write_settings_file(const pybind11::object& tree, const SettingValues& valu
 /// Both steps in one: parse, set, lay out, write.
 void rewrite_settings(const SettingValues& values);
 
-} // namespace cobaltrig::pools
+} // namespace cobaltrig::siblings
