@@ -22,6 +22,7 @@ import re
 
 from . import _graph as G
 from . import _knobs as K
+from ._host import NUKE_VERSION_MAJOR, NUKE_VERSION_MINOR, NUKE_VERSION_RELEASE
 
 
 class ScriptError(ValueError):
@@ -531,8 +532,6 @@ class _Writer:
 
 
 def _version():
-    from . import NUKE_VERSION_MAJOR, NUKE_VERSION_MINOR, NUKE_VERSION_RELEASE
-
     return "version {}.{} v{}".format(NUKE_VERSION_MAJOR, NUKE_VERSION_MINOR, NUKE_VERSION_RELEASE)
 
 

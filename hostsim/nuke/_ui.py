@@ -9,8 +9,9 @@ with no queued answer is a real modal Qt dialog.
 import os
 import sys
 
-from ._state import STATE
 from . import _script
+from ._state import STATE
+from ._undo import run_as_step
 
 
 class UnexpectedDialog(AssertionError):
@@ -186,29 +187,6 @@ class Panel:
 
 
 # ---------------------------------------------------------------------------------------------
-# The operating system's clipboard, which nodeCopy/nodePaste("%clipboard%") share with every other
-# program (and which a test can read through Qt)
-# ---------------------------------------------------------------------------------------------
-
-
-def clipboard_text():
-    """The clipboard's text, or None when it holds none."""
-    from cobaltRig.qt import QtWidgets
-
-    return QtWidgets.QApplication.clipboard().text() or None
-
-
-def set_clipboard_text(text):
-    from cobaltRig.qt import QtWidgets
-
-    clipboard = QtWidgets.QApplication.clipboard()
-    if text is None:
-        clipboard.clear()
-    else:
-        clipboard.setText(text)
-
-
-# ---------------------------------------------------------------------------------------------
 # Menus
 # ---------------------------------------------------------------------------------------------
 
@@ -247,12 +225,10 @@ class MenuItem:
 
     def invoke(self):
         """Runs the command as choosing the entry does: as one undo step of its own."""
-        from . import _undo
-
         if callable(self._command):
-            return _undo.run_as_step(self._command, self._name)
+            return run_as_step(self._command, self._name)
         if self._command:
-            _undo.run_as_step(lambda: _script.run(self._command, "<menu {}>".format(self._name)),
+            run_as_step(lambda: _script.run(self._command, "<menu {}>".format(self._name)),
                               self._name)
         return None
 
