@@ -7,6 +7,8 @@ from a Write up to its sources, through groups.
 
 Each node has exactly one Python object for its whole life, so handles compare with `is`. A deleted
 node's object stays around but is dead: any use of it raises ValueError, as the host's handles do.
+
+Layer: nodes and graph, on the knobs (`_knobs`) and the bottom layer (`_state`, `_journal`).
 """
 
 import operator

@@ -7,6 +7,9 @@ Value types follow the host: `value()` gives the natural Python type (text, bool
 pulldown), while `getValue()` of the numeric knobs gives a float, as the host's array knobs do. Setters
 are strict about types (a text for a string knob, a number for a numeric one), so that a caller that
 would fail in the host fails here too.
+
+Layer: knobs, on the bottom layer (`_state`, `_journal`, `_script`). Groups are the graph's, above:
+`_graph` hands in how a dotted path finds a node (`use_path_finder`).
 """
 
 import numbers

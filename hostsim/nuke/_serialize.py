@@ -3,6 +3,8 @@
 A copy writes the selected nodes of the current group with their connections among themselves; the
 first input that came from outside (or the input of a chain's first node that had none) takes what the
 paste lands on, as the host does: a paste hooks onto the selected node.
+
+Layer: script text, on `_nk`, the graph and the bottom layer (`_state`, `_host`, `_journal`).
 """
 
 import os

@@ -4,6 +4,8 @@ Dialogs answer in one of two ways. In tests (the default) they take their answer
 `hostctl` fills, and record what they offered; a dialog with no queued answer raises UnexpectedDialog,
 so a test notices a dialog it did not expect. In the demo host (`hostctl.set_interactive(True)`) a dialog
 with no queued answer is a real modal Qt dialog.
+
+Layer: UI, on `_undo` and the bottom layer (`_state`, `_script`).
 """
 
 import os
