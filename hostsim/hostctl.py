@@ -19,7 +19,8 @@ taken once keeps working.
 """
 
 import nuke
-from nuke import _nk, _ui
+import nukescripts  # noqa: F401  (the host loads it at start-up: commands see it by name)
+from nuke import _host, _nk
 from nuke._serialize import scriptClear
 from nuke._state import STATE
 from nuke._ui import UnexpectedDialog
@@ -75,11 +76,11 @@ def is_interactive():
 
 
 def clipboard():
-    return _ui.clipboard_text()
+    return _host.clipboard_text()
 
 
 def set_clipboard(text):
-    _ui.set_clipboard_text(text)
+    _host.set_clipboard_text(text)
 
 
 def set_node_under_pointer(node):

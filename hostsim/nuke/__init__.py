@@ -21,58 +21,41 @@ Where the host's reference leaves a choice open, this host decides so:
   expression on a number knob is kept, copied and followed by `dependencies()`, but not computed.
 - `Undo`'s methods answer on an instance and on the class, as the newest host's do;
   `hostctl.set_undo_instance_only()` makes it refuse the class-level form, as older hosts do.
+
+The package reads one way, each file using only those below it (a lower one gets what it needs from
+above as a hook the higher one hands in when it loads):
+1. `_state` (the one mutable state), `_host` (version, the Qt application, the clipboard), `_journal`
+   (recording undo steps), `_script` (running commands);
+2. `_knobs`, then `_graph` (nodes, groups, the root);
+3. `_nk` (the script text), `_serialize` (copy, paste, save, open), `_undo` (the host's `Undo`);
+4. `_render` (images), `_ui` (dialogs, panels, menus, the plug-in path);
+5. this file, which only gathers their public names. `nukescripts` stands on it.
 """
 
-import os
 import sys
 
-from cobaltRig.qt import QT_MAJOR, QtWidgets
-
-# The simulated host is a version that carries the binding in use: 15 with Qt 5, 16 with Qt 6.
-NUKE_VERSION_MAJOR = 16 if QT_MAJOR == 6 else 15
-NUKE_VERSION_MINOR = 1
-NUKE_VERSION_RELEASE = 2
-NUKE_VERSION_STRING = "%d.%dv%d" % (NUKE_VERSION_MAJOR, NUKE_VERSION_MINOR, NUKE_VERSION_RELEASE)
-GUI = True
-env = {"gui": True, "NukeVersionMajor": NUKE_VERSION_MAJOR, "NukeVersionMinor": NUKE_VERSION_MINOR,
-       "NukeVersionRelease": NUKE_VERSION_RELEASE, "NukeVersionString": NUKE_VERSION_STRING}
-
-
-def _ensure_application():
-    app = QtWidgets.QApplication.instance()
-    if app is None:
-        # Without a display Qt would abort the process; draw offscreen instead.
-        if sys.platform.startswith("linux") and not (os.environ.get("DISPLAY")
-                                                     or os.environ.get("WAYLAND_DISPLAY")):
-            os.environ.setdefault("QT_QPA_PLATFORM", "offscreen")
-        app = QtWidgets.QApplication(sys.argv[:1] or ["host"])
-    return app
-
-
-_application = _ensure_application()
-
-from ._knobs import (  # noqa: E402
-    AColor_Knob, Array_Knob, Boolean_Knob, Color_Knob, ColorChip_Knob, DISABLED, DO_NOT_WRITE,
-    Double_Knob, ENDLINE, Enumeration_Knob, EvalString_Knob, File_Knob, Format, Format_Knob,
-    INVISIBLE, Int_Knob, Knob, Multiline_Eval_String_Knob, PyScript_Knob, PythonKnob, READ_ONLY,
-    STARTLINE, String_Knob, Tab_Knob, Text_Knob, WH_Knob, XY_Knob)
-from ._graph import (  # noqa: E402
+from . import _script
+from ._host import (
+    GUI, NUKE_VERSION_MAJOR, NUKE_VERSION_MINOR, NUKE_VERSION_RELEASE, NUKE_VERSION_STRING, env)
+from ._host import application as _application
+from ._knobs import (
+    AColor_Knob, Array_Knob, BBox_Knob, Boolean_Knob, Color_Knob, ColorChip_Knob, DISABLED,
+    DO_NOT_WRITE, Double_Knob, ENDLINE, Enumeration_Knob, EvalString_Knob, File_Knob, Format,
+    Format_Knob, INVISIBLE, Int_Knob, Knob, Link_Knob, Multiline_Eval_String_Knob, PyScript_Knob,
+    PythonKnob, READ_ONLY, STARTLINE, String_Knob, Tab_Knob, Text_Knob, UV_Knob, WH_Knob, XY_Knob,
+    XYZ_Knob, formats)
+from ._graph import (
     EXPRESSIONS, HIDDEN_INPUTS, INPUTS, Group, Node, Root, ViewerWindow, activeViewer, allNodes,
     createNode, delete, frame, nodes, root, selectedNode, selectedNodes, thisGroup, thisKnob,
     thisNode, toNode)
-from ._serialize import (  # noqa: E402
+from ._serialize import (
     makeGroup, nodeCopy, nodePaste, scriptClear, scriptName, scriptOpen, scriptReadFile, scriptSave,
     scriptSaveAs)
-from ._render import execute  # noqa: E402
-from ._ui import (  # noqa: E402
+from ._undo import Undo, redo, undo
+from ._render import execute
+from ._ui import (
     Menu, MenuItem, Panel, ask, getInput, menu, message, pluginAddPath, pluginAppendPath,
     pluginPath, toolbar)
-from ._undo import Undo, redo, undo  # noqa: E402
-from ._knobs import BBox_Knob, Link_Knob, UV_Knob, XYZ_Knob  # noqa: E402
 
-
-def formats():
-    from ._knobs import FORMATS
-
-    return list(FORMATS)
-
+# Commands run with this module in their namespace.
+_script.provide("nuke", sys.modules[__name__])

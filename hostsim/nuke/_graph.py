@@ -7,6 +7,8 @@ from a Write up to its sources, through groups.
 
 Each node has exactly one Python object for its whole life, so handles compare with `is`. A deleted
 node's object stays around but is dead: any use of it raises ValueError, as the host's handles do.
+
+Layer: nodes and graph, on the knobs (`_knobs`) and the bottom layer (`_state`, `_journal`).
 """
 
 import operator
@@ -14,7 +16,7 @@ import re
 
 from . import _knobs as K
 from ._state import STATE
-from ._undo import recorded, setattr_hook
+from ._journal import recorded, setattr_hook
 
 # What dependencies()/dependent() follow, with the host's values.
 EXPRESSIONS = 1
@@ -214,6 +216,7 @@ class Node:
     # Undo sees a node before it changes; one without knobs yet is still being made.
     __setattr__ = setattr_hook
     _undo_complete = "_knobs"
+    _undo_is_node = True
 
     def __init__(self, cls, info=None, knobs=None):
         self._alive = True
@@ -679,6 +682,9 @@ def _find_path(group, parts):
         if node is None:
             return None
     return node
+
+
+K.use_path_finder(_find_path)
 
 
 def toNode(s):

@@ -7,13 +7,18 @@ Value types follow the host: `value()` gives the natural Python type (text, bool
 pulldown), while `getValue()` of the numeric knobs gives a float, as the host's array knobs do. Setters
 are strict about types (a text for a string knob, a number for a numeric one), so that a caller that
 would fail in the host fails here too.
+
+Layer: knobs, on the bottom layer (`_state`, `_journal`, `_script`). Groups are the graph's, above:
+`_graph` hands in how a dotted path finds a node (`use_path_finder`).
 """
 
 import numbers
 import operator
 import re
 
-from ._undo import recorded, setattr_hook
+from . import _script
+from ._journal import recorded, setattr_hook
+from ._state import STATE
 
 DEAD_HANDLE = "A PythonObject is not attached to a node"
 
@@ -111,6 +116,7 @@ class Knob:
     # Undo sees a knob before it changes; one without a value yet is still being made.
     __setattr__ = setattr_hook
     _undo_complete = "_value"
+    _undo_is_node = False
 
     def __init__(self, name, label=None, *args):
         if not isinstance(name, str):
@@ -273,18 +279,31 @@ def _bracket_commands(text):
     return found
 
 
+def _no_path(group, parts):
+    return None
+
+
+# How a dotted path ("Group1.Blur1") leads from a group to a node: groups are the graph's, a layer
+# above the knobs, which hands its look-up in when it loads (`use_path_finder`).
+_find_path = _no_path
+
+
+def use_path_finder(find):
+    """Makes `find(group, names)` the look-up that knob expressions use to name other nodes."""
+    global _find_path
+    _find_path = find
+
+
 def _resolve_node(node, parts):
     """The node that `parts` (a dotted node path from an expression) names, seen from `node`: a
     path leads from the node's group into groups by name, as toNode's does; `parent` is that group
     itself (again for each further `parent`), `root` the script's root, `this` the node."""
     if node is None:
         return None
-    from . import _graph
-
     if not parts or parts == ["this"]:
         return node
     if parts[0] == "root":
-        return _graph._find_path(_graph.STATE.root, parts[1:])
+        return _find_path(STATE.root, parts[1:])
     start = node._parent
     if parts[0] == "parent":
         parts = parts[1:]
@@ -292,7 +311,7 @@ def _resolve_node(node, parts):
             start, parts = start._parent, parts[1:]
         if start is None or not parts:
             return start
-    return None if start is None else _graph._find_path(start, parts)
+    return None if start is None else _find_path(start, parts)
 
 
 def _resolve_knob(knob, reference):
@@ -433,8 +452,6 @@ class PyScript_Knob(String_Knob):
 
     def execute(self):
         """Runs the command as a press of the button would; its failures propagate."""
-        from . import _script
-
         _script.run_knob_command(self)
 
 
@@ -731,3 +748,7 @@ KNOB_CLASSES = {cls.__name__: cls for cls in (
     PythonKnob, PyScript_Knob, Boolean_Knob, Int_Knob, ColorChip_Knob, Array_Knob, Double_Knob,
     WH_Knob, XY_Knob, Color_Knob, AColor_Knob, Enumeration_Knob, Format_Knob, XYZ_Knob, UV_Knob,
     BBox_Knob, Link_Knob)}
+
+
+def formats():
+    return list(FORMATS)

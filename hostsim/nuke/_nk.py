@@ -16,12 +16,15 @@ of its own block (its position, mostly) on top; it is written back as a clone wh
 the original's (a change to one is not passed on to the other here). A `Gizmo` block, like a Group's, is followed by its
 nodes and `end_group`. The host defines `cut_paste_input` itself: a paste sets it to the node it lands
 on, anything else to an empty input.
+
+Layer: script text, on the graph (`_graph`, `_knobs`) and the bottom layer (`_host`).
 """
 
 import re
 
 from . import _graph as G
 from . import _knobs as K
+from ._host import NUKE_VERSION_MAJOR, NUKE_VERSION_MINOR, NUKE_VERSION_RELEASE
 
 
 class ScriptError(ValueError):
@@ -531,8 +534,6 @@ class _Writer:
 
 
 def _version():
-    from . import NUKE_VERSION_MAJOR, NUKE_VERSION_MINOR, NUKE_VERSION_RELEASE
-
     return "version {}.{} v{}".format(NUKE_VERSION_MAJOR, NUKE_VERSION_MINOR, NUKE_VERSION_RELEASE)
 
 

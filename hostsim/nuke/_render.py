@@ -8,6 +8,8 @@ Sizes are whole numbers: a height scaled to a new width is the height times the 
 the old width, multiplied first and rounded down. The root's proxy mode halves what a render gives.
 
 There is no time: every frame of a render is the same image.
+
+Layer: rendering, on the graph (`_graph`) and the bottom layer (`_state`).
 """
 
 import os

@@ -1,19 +1,31 @@
-"""Running Python the way the host runs a button's command or a menu entry."""
+"""Running Python the way the host runs a button's command or a menu entry.
+
+The bottom layer, with `_state`, which it uses alone. The modules that commands see (`nuke`,
+`nukescripts`) stand above everything here, so each hands itself in when it loads (`provide`).
+"""
 
 import builtins
-import sys
 
 from ._state import STATE
+
+# The modules every command sees by name, as handed in by `provide`.
+_MODULES = {}
+
+
+def provide(name, module):
+    """Makes `module` visible to every command as `name`, from now on and in a namespace made
+    already."""
+    _MODULES[name] = module
+    if STATE.script_globals is not None:
+        STATE.script_globals[name] = module
 
 
 def namespace():
     """The one namespace all commands share, like the host's script editor: `nuke` and
-    `nukescripts` are imported there, and what a command defines stays for the next one."""
+    `nukescripts` are there, and what a command defines stays for the next one."""
     if STATE.script_globals is None:
-        import nukescripts
-
-        STATE.script_globals = {"__name__": "__main__", "__builtins__": builtins,
-                                "nuke": sys.modules["nuke"], "nukescripts": nukescripts}
+        STATE.script_globals = {"__name__": "__main__", "__builtins__": builtins}
+        STATE.script_globals.update(_MODULES)
     return STATE.script_globals
 
 

@@ -3,15 +3,17 @@
 A copy writes the selected nodes of the current group with their connections among themselves; the
 first input that came from outside (or the input of a chain's first node that had none) takes what the
 paste lands on, as the host does: a paste hooks onto the selected node.
+
+Layer: script text, on `_nk`, the graph and the bottom layer (`_state`, `_host`, `_journal`).
 """
 
 import os
 
 from . import _graph as G
 from . import _nk
-from . import _ui
+from ._host import clipboard_text, set_clipboard_text
+from ._journal import forget, recorded
 from ._state import STATE
-from ._undo import forget, recorded
 
 CLIPBOARD = "%clipboard%"
 
@@ -52,7 +54,7 @@ def nodeCopy(s):
         return False
     text = _nk.write_copy(nodes)
     if s == CLIPBOARD:
-        _ui.set_clipboard_text(text)
+        set_clipboard_text(text)
     elif not STATE.copy_writes_nothing:
         _write(s, text)
     return True
@@ -78,7 +80,7 @@ def nodePaste(s):
     clipboard is empty.
     """
     if s == CLIPBOARD:
-        text = _ui.clipboard_text()
+        text = clipboard_text()
         if text is None:
             return None
     else:

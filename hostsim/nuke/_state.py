@@ -3,6 +3,8 @@
 Everything that outlives a single call lives here, in one object, so that `hostctl.reset()` can put the
 host back to a known state without reloading modules, and so that the graph, the dialogs and the test
 control all see the same thing.
+
+The bottom layer: it uses no other file of this package.
 """
 
 

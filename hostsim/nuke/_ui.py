@@ -4,13 +4,16 @@ Dialogs answer in one of two ways. In tests (the default) they take their answer
 `hostctl` fills, and record what they offered; a dialog with no queued answer raises UnexpectedDialog,
 so a test notices a dialog it did not expect. In the demo host (`hostctl.set_interactive(True)`) a dialog
 with no queued answer is a real modal Qt dialog.
+
+Layer: UI, on `_undo` and the bottom layer (`_state`, `_script`).
 """
 
 import os
 import sys
 
-from ._state import STATE
 from . import _script
+from ._state import STATE
+from ._undo import run_as_step
 
 
 class UnexpectedDialog(AssertionError):
@@ -186,29 +189,6 @@ class Panel:
 
 
 # ---------------------------------------------------------------------------------------------
-# The operating system's clipboard, which nodeCopy/nodePaste("%clipboard%") share with every other
-# program (and which a test can read through Qt)
-# ---------------------------------------------------------------------------------------------
-
-
-def clipboard_text():
-    """The clipboard's text, or None when it holds none."""
-    from cobaltRig.qt import QtWidgets
-
-    return QtWidgets.QApplication.clipboard().text() or None
-
-
-def set_clipboard_text(text):
-    from cobaltRig.qt import QtWidgets
-
-    clipboard = QtWidgets.QApplication.clipboard()
-    if text is None:
-        clipboard.clear()
-    else:
-        clipboard.setText(text)
-
-
-# ---------------------------------------------------------------------------------------------
 # Menus
 # ---------------------------------------------------------------------------------------------
 
@@ -247,12 +227,10 @@ class MenuItem:
 
     def invoke(self):
         """Runs the command as choosing the entry does: as one undo step of its own."""
-        from . import _undo
-
         if callable(self._command):
-            return _undo.run_as_step(self._command, self._name)
+            return run_as_step(self._command, self._name)
         if self._command:
-            _undo.run_as_step(lambda: _script.run(self._command, "<menu {}>".format(self._name)),
+            run_as_step(lambda: _script.run(self._command, "<menu {}>".format(self._name)),
                               self._name)
         return None
 

@@ -1,6 +1,12 @@
-"""The host's `nukescripts` helpers that the add-on uses, simulated."""
+"""The host's `nukescripts` helpers that the add-on uses, simulated.
+
+Stands on `nuke` (which never imports it) and hands itself to the namespace commands run in.
+"""
+
+import sys
 
 import nuke
+from nuke import _script
 
 
 def cut_paste_file():
@@ -14,3 +20,6 @@ def clear_selection_recursive(group=nuke.root()):
         node.setSelected(False)
         if isinstance(node, nuke.Group):
             clear_selection_recursive(node)
+
+
+_script.provide("nukescripts", sys.modules[__name__])
