@@ -4,7 +4,7 @@
 
 #include "frame/siblings.h"
 
-#include "pools/atomic_write.h"
+#include "frame/atomic_write.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
@@ -365,7 +365,7 @@ void save_comment(const QString& metaxml, const QString& text) {
     if (!bytes.startsWith("<?xml"))
         bytes.prepend("<?xml version='1.0' encoding='UTF-8'?>\n");
     // Written beside the target and renamed over it: a failed write leaves the old document.
-    pools::writeFileAtomically(metaxml, bytes);
+    files::writeFileAtomically(metaxml, bytes);
 }
 
 std::optional<QColor> flag_colour(const QString& text) {
