@@ -81,6 +81,9 @@ cobaltrig_build() {
   if command -v ccache >/dev/null; then
     launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
     export CCACHE_BASEDIR=$COBALTRIG_ROOT
+    # Debug builds name their folder in the debug information; a hit from another checkout only
+    # points a debugger at that checkout's sources.
+    export CCACHE_NOHASHDIR=1
   fi
   /usr/bin/cmake -S "$COBALTRIG_ROOT" -B "$COBALTRIG_BUILD" -DPython_EXECUTABLE=/usr/bin/python3 \
     -DCOBALTRIG_QT="$COBALTRIG_QT" "${launcher[@]}" \
