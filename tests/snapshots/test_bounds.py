@@ -44,8 +44,12 @@ def test_fit_shows_the_whole_image_and_the_zoom_steps_from_it_within_bounds(rig,
     preview.zoom_out()
     assert preview.image_label.width() == round(whole.width() * 0.8)
     preview.normal_size()
+    assert preview.scaleFactor == 1.0 and preview.image_label.size() == whole
     preview.zoom_in()
     assert preview.image_label.width() == round(whole.width() * 1.25)
+    # And back the other way to the fitted size itself.
+    preview.zoom_out()
+    assert preview.scaleFactor == 1.0 and preview.image_label.size() == whole
 
     widths = []
     for _ in range(20):

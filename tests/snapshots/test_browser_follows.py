@@ -33,27 +33,6 @@ def test_a_move_after_the_root_was_changed_in_the_panel_goes_to_the_new_root(
     assert len(os.listdir(str(new_root / "elsewhere"))) == 3 and not os.path.exists(src)
 
 
-def test_switching_directory_brings_the_slider_and_the_preview_along(rig, helper, snap_dir):
-    root = snap_dir.parent
-    first = [write_snapshot(snap_dir, 1000 + i) for i in range(3)][::-1]
-    (root / "empty").mkdir()
-    (root / "b").mkdir()
-    second = write_snapshot(root / "b", 2000)
-    browser = rig.show_snapshot_browser()
-    slider, preview = browser.slider_versions, browser.preview_image
-    assert slider.maximum() == 3 and slider.value() == 1 and preview.image == first[0]
-
-    choose(browser, "b")
-    assert slider.maximum() == 1 and preview.image == second and preview.isVisible()
-    assert helper.load_settings()["current_snapshot_preview"] == second
-
-    choose(browser, "empty")
-    assert slider.maximum() == 0 and not preview.isVisible()
-
-    choose(browser, "shot")
-    assert slider.maximum() == 3 and preview.image == first[0] and preview.isVisible()
-
-
 def test_a_window_opened_without_a_directory_lays_out_the_rows_of_the_one_chosen(
         rig, helper, snap_dir):
     for i in range(3):
