@@ -6,6 +6,7 @@ import os
 import pytest
 from cobaltRig.qt import QtCore, QtWidgets
 
+from conftest import rows_follow_the_column
 from test_table import move_action, select_rows, write_snapshot
 
 pytestmark = pytest.mark.usefixtures("browser_slot")
@@ -44,9 +45,7 @@ def test_a_window_opened_without_a_directory_lays_out_the_rows_of_the_one_chosen
 
     table = browser.table_thumbs
     assert abs(table.columnWidth(0) - table.viewport().width()) <= 1
-    for row, thumb in enumerate(browser.get_thumbnails_list()):
-        assert table.rowHeight(row) == 200 * table.columnWidth(0) // 400
-        assert thumb.widget.pixmap().width() == table.columnWidth(0)
+    rows_follow_the_column(browser, 400, 200)
 
 
 def test_the_window_size_is_stored_when_it_closes_without_a_preview(rig, helper, snap_dir):

@@ -9,7 +9,7 @@ import threading
 import pytest
 from cobaltRig.qt import QtCore, QtGui, QtWidgets
 
-from conftest import snapshots_in
+from conftest import rows_follow_the_column, snapshots_in
 
 pytestmark = pytest.mark.usefixtures("browser_slot")
 
@@ -350,7 +350,4 @@ def test_a_resize_stores_the_size_and_lays_out_the_rows_with_or_without_a_previe
 
     assert helper.load_settings()["snapshotbrowser_size_current"] == "1040,640"
     # The rows follow the column, which now stretches with the table.
-    thumb = browser.get_thumbnails_list()[0]
-    width = browser.table_thumbs.columnWidth(0)
-    assert browser.table_thumbs.rowHeight(0) == 200 * width // 400
-    assert thumb.widget.pixmap().width() == width
+    rows_follow_the_column(browser, 400, 200)
