@@ -1,5 +1,5 @@
 """What the browser shows follows what the artist did last: the root saved in the panel, the
-directory chosen, the window's size, and the rows that a refresh keeps."""
+directory chosen, and the rows that a refresh keeps."""
 
 import os
 
@@ -46,17 +46,6 @@ def test_a_window_opened_without_a_directory_lays_out_the_rows_of_the_one_chosen
     table = browser.table_thumbs
     assert abs(table.columnWidth(0) - table.viewport().width()) <= 1
     rows_follow_the_column(browser, 400, 200)
-
-
-def test_the_window_size_is_stored_when_it_closes_without_a_preview(rig, helper, snap_dir):
-    helper.update_xml("current_snapshot_preview", None)
-    browser = rig.show_snapshot_browser()
-
-    browser.widget.resize(1040, 640)
-    QtWidgets.QApplication.processEvents()
-    browser.push_close.click()
-
-    assert helper.load_settings()["snapshotbrowser_size_current"] == "1040,640"
 
 
 def test_a_refresh_keeps_the_thumbnails_of_snapshots_still_listed(rig, snap_dir):

@@ -336,17 +336,20 @@ def test_a_comment_editor_deleted_elsewhere_is_refused_and_replaced(rig, helper,
     assert helper.load_metadata(src)["comment"] == "kept"
 
 
-@pytest.mark.parametrize("remembered", [True, False])
+@pytest.mark.parametrize("case", ["preview", "preview forgotten", "no snapshot, closed"])
 def test_a_resize_stores_the_size_and_lays_out_the_rows_with_or_without_a_preview(
-        rig, helper, snap_dir, remembered):
-    write_snapshot(snap_dir, 1000, size=(400, 200))
+        rig, helper, snap_dir, case):
+    if case != "no snapshot, closed":
+        write_snapshot(snap_dir, 1000, size=(400, 200))
     browser = rig.show_snapshot_browser()
-    if not remembered:
+    if case != "preview":
         helper.update_xml("current_snapshot_preview", None)
 
     for width in (1000, 1040):
         browser.widget.resize(width, 640)
         QtWidgets.QApplication.processEvents()
+    if case == "no snapshot, closed":
+        browser.push_close.click()
 
     assert helper.load_settings()["snapshotbrowser_size_current"] == "1040,640"
     # The rows follow the column, which now stretches with the table.
