@@ -241,9 +241,15 @@ def run_unprivileged(root, kind, variant):
     result = subprocess.run([sys.executable, "-c", code, root, kind, variant], env=env,
                             capture_output=True, text=True, timeout=120,
                             preexec_fn=drop_privileges)
+    return outcome_of(result, "child failed")
+
+
+def outcome_of(result, death):
+    """The JSON a child printed after "OUTCOME "; fails with its console when it died."""
     marker = result.stdout.rfind("OUTCOME ")
     if result.returncode != 0 or marker < 0:
-        raise AssertionError("child failed ({}):\n{}\n{}".format(result.returncode, result.stdout,
-                                                                 result.stderr))
+        raise AssertionError("{} ({}):\n{}\n{}".format(death, result.returncode,
+                                                        result.stdout[-2000:],
+                                                        result.stderr[-4000:]))
     return json.loads(result.stdout[marker + len("OUTCOME "):])
 

@@ -2,18 +2,12 @@
 test instead of the test run. The child inherits the settings (COBALTRIG_HOME) the parent laid out,
 works on the browser as an artist would, and prints what it was told and saw as one JSON line."""
 
-import hashlib
 import json
 import os
 import subprocess
 import sys
 
-
-def tree(root):
-    """Every file under root with its bytes' hash (the folders hold no pipes here)."""
-    return {os.path.join(folder, name): hashlib.sha256(open(os.path.join(folder, name), "rb")
-                                                       .read()).hexdigest()
-            for folder, _, files in os.walk(root) for name in files}
+from fault_scenarios import outcome_of, snapshot as tree  # noqa: F401  (tree: for the tests)
 
 
 def run(scenario, *args, timeout=60):
@@ -26,11 +20,7 @@ def run(scenario, *args, timeout=60):
                                 capture_output=True, text=True, timeout=timeout)
     except subprocess.TimeoutExpired as expired:
         raise AssertionError("the child hung for {} s:\n{}".format(timeout, expired.stderr))
-    marker = result.stdout.rfind("OUTCOME ")
-    if result.returncode != 0 or marker < 0:
-        raise AssertionError("the child died ({}):\n{}".format(result.returncode,
-                                                               result.stderr[-4000:]))
-    outcome = json.loads(result.stdout[marker + len("OUTCOME "):])
+    outcome = outcome_of(result, "the child died")
     outcome["console"] = [line for line in result.stderr.splitlines()
                           if line.startswith("cobaltRig")]
     return outcome

@@ -41,46 +41,59 @@ def temporaries(folder):
     return [name for name in os.listdir(folder) if name.endswith(".tmp")]
 
 
-def test_kills_during_rewrites_leave_a_whole_file_and_no_temporary(rig, settings_home):
-    path = helper.get_settings_xml()
-    helper.update_xml("presetnodes_ignore", "v0:" + "x" * PAYLOAD)
-    chance = random.Random(12)
+def kill_rounds(seed, folder, write_forever, check, write_next):
+    """Forks a child that writes forever and kills it, at random moments on odd rounds and, on
+    even ones, the moment a temporary exists (between its creation and the rename); then checks
+    the file is whole and that the next write sweeps what the killed one left. Gives the number
+    of aimed kills that met a temporary."""
+    chance = random.Random(seed)
     aimed_hits = 0
     started = time.monotonic()
     for round_ in range(ROUNDS):
         pid = os.fork()
         if pid == 0:
             try:
-                rewrite_forever(rig, path, round_ * 1000)
+                write_forever(round_ * 1000)
             finally:
                 os._exit(0)
         if round_ % 2:
-            time.sleep(chance.uniform(0.0, 0.03))  # a random moment
+            time.sleep(chance.uniform(0.0, 0.03))
         else:
-            # Aimed: the moment a temporary exists, between its creation and the rename.
             deadline = time.monotonic() + 2
-            while not temporaries(str(settings_home)) and time.monotonic() < deadline:
+            while not temporaries(folder) and time.monotonic() < deadline:
                 time.sleep(0.0005)
-            aimed_hits += bool(temporaries(str(settings_home)))
+            aimed_hits += bool(temporaries(folder))
         os.kill(pid, signal.SIGKILL)
         os.waitpid(pid, 0)
 
+        check(round_)
+        write_next(round_)
+        assert temporaries(folder) == [], "round {}".format(round_)
+    if "ASAN_OPTIONS" not in os.environ:  # the budget is the normal suite's; sanitizers are slower
+        assert time.monotonic() - started < 60
+    return aimed_hits
+
+
+def test_kills_during_rewrites_leave_a_whole_file_and_no_temporary(rig, settings_home):
+    path = helper.get_settings_xml()
+    helper.update_xml("presetnodes_ignore", "v0:" + "x" * PAYLOAD)
+
+    def check(round_):
         value = [e.text for e in ET.parse(path).getroot().find("settings").findall("setting")
                  if e.get("name") == "presetnodes_ignore"]
         assert len(value) == 1 and VALUE.match(value[0]), "round {}: not a whole version".format(
             round_)
 
-        # The next write, by either writer, sweeps what the killed one left.
+    def write_next(round_):  # by either writer
         if round_ % 4 < 2:
             helper.update_xml("icon_size", str(10 + round_ % 20))
         else:
             with open(path, "rb") as handle:
                 rig._testing.write_file_atomically(path, handle.read())
-        assert temporaries(str(settings_home)) == [], "round {}".format(round_)
 
+    aimed_hits = kill_rounds(12, str(settings_home),
+                             lambda first: rewrite_forever(rig, path, first), check, write_next)
     assert aimed_hits > ROUNDS // 4, "the aimed kills rarely met a temporary"
-    if "ASAN_OPTIONS" not in os.environ:  # the budget is the normal suite's; sanitizers are slower
-        assert time.monotonic() - started < 60
 
 
 PRESET = re.compile(r'^ label "?v(\d+):x{%d}"?$' % PAYLOAD, re.M)
@@ -103,31 +116,12 @@ def test_kills_during_preset_overwrites_leave_a_whole_preset_and_no_temporary(ri
     node["label"].setValue("v0:" + "x" * PAYLOAD)
     node.selectOnly()
     rig._testing.write_preset_through_host(path)
-    chance = random.Random(21)
-    started = time.monotonic()
-    for round_ in range(ROUNDS):
-        pid = os.fork()
-        if pid == 0:
-            try:
-                overwrite_forever(rig, node, path, round_ * 1000)
-            finally:
-                os._exit(0)
-        if round_ % 2:
-            time.sleep(chance.uniform(0.0, 0.03))
-        else:
-            deadline = time.monotonic() + 2
-            while not temporaries(str(folder)) and time.monotonic() < deadline:
-                time.sleep(0.0005)
-        os.kill(pid, signal.SIGKILL)
-        os.waitpid(pid, 0)
 
+    def check(round_):
         with open(path) as handle:
             text = handle.read()
         assert len(PRESET.findall(text)) == 1 and text.rstrip().endswith("}"), (
             "round {}: not a whole preset".format(round_))
 
-        rig._testing.write_preset_through_host(path)
-        assert temporaries(str(folder)) == [], "round {}".format(round_)
-
-    if "ASAN_OPTIONS" not in os.environ:
-        assert time.monotonic() - started < 60
+    kill_rounds(21, str(folder), lambda first: overwrite_forever(rig, node, path, first), check,
+                lambda round_: rig._testing.write_preset_through_host(path))

@@ -119,3 +119,14 @@ def write_jpg(path, width=40, height=30, color="#4080c0"):
     image.fill(QtGui.QColor(color))
     assert image.save(str(path), "JPG")
     return str(path)
+
+
+def rows_follow_the_column(browser, width, height):
+    """Asserts each row is as high as its `width` x `height` image at the column's width, its
+    pixels read at that width (not blown up); gives the column's width."""
+    table = browser.table_thumbs
+    column = table.columnWidth(0)
+    for row, thumb in enumerate(browser.get_thumbnails_list()):
+        assert table.rowHeight(row) == height * column // width
+        assert thumb.pixmap.width() == thumb.widget.pixmap().width() == column
+    return column

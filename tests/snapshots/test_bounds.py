@@ -5,7 +5,7 @@ only by a click of its own."""
 import pytest
 from cobaltRig.qt import QtCore, QtTest, QtWidgets, shiboken
 
-from conftest import write_jpg
+from conftest import rows_follow_the_column, write_jpg
 from test_table import write_snapshot
 
 pytestmark = pytest.mark.usefixtures("browser_slot")
@@ -21,11 +21,6 @@ def open_on(rig, helper, image, size="1200,800"):
     return browser
 
 
-def fitted(preview):
-    room = preview.scroll_area.maximumViewportSize()
-    return preview.image_label.pixmap().size().scaled(room, Qt.KeepAspectRatio)
-
-
 @pytest.mark.parametrize("shape", [(480, 270), (300, 900)], ids=["landscape", "portrait"])
 def test_fit_shows_the_whole_image_and_the_zoom_steps_from_it_within_bounds(rig, helper,
                                                                              snap_dir, shape):
@@ -36,7 +31,7 @@ def test_fit_shows_the_whole_image_and_the_zoom_steps_from_it_within_bounds(rig,
 
     preview.normal_size()
     whole = preview.image_label.size()
-    assert whole == fitted(preview)
+    assert whole == preview.image_label.pixmap().size().scaled(view, Qt.KeepAspectRatio)
     assert whole.width() <= view.width() and whole.height() <= view.height()
     assert view.width() - whole.width() <= 1 or view.height() - whole.height() <= 1
 
@@ -44,8 +39,12 @@ def test_fit_shows_the_whole_image_and_the_zoom_steps_from_it_within_bounds(rig,
     preview.zoom_out()
     assert preview.image_label.width() == round(whole.width() * 0.8)
     preview.normal_size()
+    assert preview.scaleFactor == 1.0 and preview.image_label.size() == whole
     preview.zoom_in()
     assert preview.image_label.width() == round(whole.width() * 1.25)
+    # And back the other way to the fitted size itself.
+    preview.zoom_out()
+    assert preview.scaleFactor == 1.0 and preview.image_label.size() == whole
 
     widths = []
     for _ in range(20):
@@ -62,7 +61,6 @@ def test_fit_shows_the_whole_image_and_the_zoom_steps_from_it_within_bounds(rig,
 def test_thumbnails_keep_only_the_pixels_they_show(rig, helper, snap_dir):
     images = [write_snapshot(snap_dir, 1000 + i, size=(2048, 1152)) for i in range(3)]
     browser = open_on(rig, helper, images[0])
-    table = browser.table_thumbs
 
     for thumb in browser.get_thumbnails_list():
         assert thumb.pixmap.size().toTuple() == (200, 112)
@@ -70,11 +68,7 @@ def test_thumbnails_keep_only_the_pixels_they_show(rig, helper, snap_dir):
     # When the column grows, the pixels are read again at the new width, not blown up.
     browser.splitter.setSizes([500, 700])
     browser.adjust_splitter_sizes()
-    width = table.columnWidth(0)
-    assert width > 300
-    for row, thumb in enumerate(browser.get_thumbnails_list()):
-        assert thumb.pixmap.width() == width
-        assert table.rowHeight(row) == 1152 * width // 2048
+    assert rows_follow_the_column(browser, 2048, 1152) > 300
 
 
 def test_resizing_scales_only_the_rows_that_hold_pixels(rig, helper, snap_dir, qtlog):

@@ -1,5 +1,5 @@
 """The snapshot browser window: how it opens and is replaced, what it makes on disk, its tool tips
-and help menu, and its camera button."""
+and help menu. Its camera button is tried with the settings panel."""
 
 import gc
 import os
@@ -22,7 +22,6 @@ def test_it_opens_frameless_on_top_centred_at_the_stored_size(rig, helper, snap_
     assert rig.snapshotbrowser is browser and browser.isVisible()
     flags = window.windowFlags()
     assert flags & QtCore.Qt.FramelessWindowHint and flags & QtCore.Qt.WindowStaysOnTopHint
-    assert window.objectName() == "snapshotbrowser" and window.windowTitle() == "snapshot browser"
     assert window.size().toTuple() == (900, 600)
     screen = QtGui.QGuiApplication.primaryScreen().availableGeometry()
     assert abs(window.frameGeometry().center().x() - screen.center().x()) <= 1
@@ -128,7 +127,6 @@ def test_the_help_menu_opens_the_installed_guide_and_the_support_page(rig, helpe
     browser.push_help.click()
 
     menu = browser.menu_help
-    assert menu.title() == "Help"
     assert [a.text() for a in menu.actions()] == ["Browse online documentation", "Show changelog",
                                                   "Support", "About"]
     for action in menu.actions():
@@ -141,34 +139,9 @@ def test_the_help_menu_opens_the_installed_guide_and_the_support_page(rig, helpe
     assert shown == ["changelog", "about"]
 
 
-def test_the_camera_button_takes_a_snapshot_and_shows_it(rig, nuke, helper, snap_dir, comp,
-                                                         messages):
-    comp["bars"].setSelected(True)
-    helper.update_xml("snapshot_selection", "upstream nodes")
-    browser = rig.show_snapshot_browser()
-    assert browser.row_sources() == []
-
-    browser.push_snapshot.click()
-
-    assert messages == []
-    [image] = [os.path.join(str(snap_dir), f) for f in snapshots_in(snap_dir)
-               if f.endswith(".jpg")]
-    assert browser.row_sources() == [image]
-    assert browser.preview_image.image == image and browser.preview_image.isVisible()
-    # With the browser there, the old selection comes back beside the nodes saved.
-    assert sorted(n.name() for n in nuke.selectedNodes()) == ["CheckerBoard1", "ColorBars1",
-                                                              "Grade1"]
-
-
-def test_a_closed_browser_in_its_slot_is_still_refreshed(rig, snap_dir, comp):
-    browser = rig.show_snapshot_browser()
-    browser.close()
-    rig.snapshot()
-    assert len(browser.row_sources()) == 1
-
-
 def test_the_size_buttons_reopen_at_the_stored_size_and_the_close_button_closes(rig, helper,
-                                                                               snap_dir, qtbot):
+                                                                               snap_dir, qtbot,
+                                                                               comp):
     helper.update_settings({"snapshotbrowser_size_custom": "700,450",
                             "snapshotbrowser_size_current": "1000,650"})
     first = rig.show_snapshot_browser()
@@ -182,6 +155,9 @@ def test_the_size_buttons_reopen_at_the_stored_size_and_the_close_button_closes(
     second.push_close.click()
     qtbot.waitUntil(lambda: not second.isVisible(), timeout=3000)
     assert rig.snapshotbrowser is second
+    # A closed browser in its slot is still refreshed by a snapshot.
+    rig.snapshot()
+    assert len(second.row_sources()) == 1
 
 
 def test_a_browser_deleted_elsewhere_is_refused_and_replaced(rig, snap_dir, comp, messages):

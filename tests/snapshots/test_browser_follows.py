@@ -1,11 +1,12 @@
 """What the browser shows follows what the artist did last: the root saved in the panel, the
-directory chosen, the window's size, and the rows that a refresh keeps."""
+directory chosen, and the rows that a refresh keeps."""
 
 import os
 
 import pytest
 from cobaltRig.qt import QtCore, QtWidgets
 
+from conftest import rows_follow_the_column
 from test_table import move_action, select_rows, write_snapshot
 
 pytestmark = pytest.mark.usefixtures("browser_slot")
@@ -33,27 +34,6 @@ def test_a_move_after_the_root_was_changed_in_the_panel_goes_to_the_new_root(
     assert len(os.listdir(str(new_root / "elsewhere"))) == 3 and not os.path.exists(src)
 
 
-def test_switching_directory_brings_the_slider_and_the_preview_along(rig, helper, snap_dir):
-    root = snap_dir.parent
-    first = [write_snapshot(snap_dir, 1000 + i) for i in range(3)][::-1]
-    (root / "empty").mkdir()
-    (root / "b").mkdir()
-    second = write_snapshot(root / "b", 2000)
-    browser = rig.show_snapshot_browser()
-    slider, preview = browser.slider_versions, browser.preview_image
-    assert slider.maximum() == 3 and slider.value() == 1 and preview.image == first[0]
-
-    choose(browser, "b")
-    assert slider.maximum() == 1 and preview.image == second and preview.isVisible()
-    assert helper.load_settings()["current_snapshot_preview"] == second
-
-    choose(browser, "empty")
-    assert slider.maximum() == 0 and not preview.isVisible()
-
-    choose(browser, "shot")
-    assert slider.maximum() == 3 and preview.image == first[0] and preview.isVisible()
-
-
 def test_a_window_opened_without_a_directory_lays_out_the_rows_of_the_one_chosen(
         rig, helper, snap_dir):
     for i in range(3):
@@ -65,20 +45,7 @@ def test_a_window_opened_without_a_directory_lays_out_the_rows_of_the_one_chosen
 
     table = browser.table_thumbs
     assert abs(table.columnWidth(0) - table.viewport().width()) <= 1
-    for row, thumb in enumerate(browser.get_thumbnails_list()):
-        assert table.rowHeight(row) == 200 * table.columnWidth(0) // 400
-        assert thumb.widget.pixmap().width() == table.columnWidth(0)
-
-
-def test_the_window_size_is_stored_when_it_closes_without_a_preview(rig, helper, snap_dir):
-    helper.update_xml("current_snapshot_preview", None)
-    browser = rig.show_snapshot_browser()
-
-    browser.widget.resize(1040, 640)
-    QtWidgets.QApplication.processEvents()
-    browser.push_close.click()
-
-    assert helper.load_settings()["snapshotbrowser_size_current"] == "1040,640"
+    rows_follow_the_column(browser, 400, 200)
 
 
 def test_a_refresh_keeps_the_thumbnails_of_snapshots_still_listed(rig, snap_dir):

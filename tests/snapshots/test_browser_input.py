@@ -20,23 +20,17 @@ def hover_preview(browser):
     assert browser.hover_preview
 
 
-def test_opening_fades_in_to_full_opacity_and_stops(rig, snap_dir, qtbot):
+@pytest.mark.parametrize("how", ["escape", "close button", "escape twice", "escape fading in"])
+def test_opening_fades_in_and_escape_and_the_close_button_fade_out_and_close(rig, snap_dir,
+                                                                            qtbot, how):
     browser = rig.show_snapshot_browser()
     assert browser.widget.windowOpacity() == 0 and browser.fade_method == "in"
-
-    qtbot.waitUntil(lambda: browser.fade_method == "", timeout=3000)
-
-    assert browser.widget.windowOpacity() == 1 and not browser.timer_fade.isActive()
-
-
-@pytest.mark.parametrize("how", ["escape", "close button", "escape twice", "escape fading in"])
-def test_escape_and_the_close_button_fade_out_and_close(rig, snap_dir, qtbot, how):
-    browser = rig.show_snapshot_browser()
     if how == "escape fading in":
         # A fade out turns a fade in around.
         qtbot.waitUntil(lambda: browser.widget.windowOpacity() > 0.25, timeout=3000)
     else:
         qtbot.waitUntil(lambda: browser.fade_method == "", timeout=3000)
+        assert browser.widget.windowOpacity() == 1 and not browser.timer_fade.isActive()
         browser.push_settings.click()
 
     if how == "close button":

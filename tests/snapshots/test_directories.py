@@ -66,17 +66,18 @@ def test_the_box_lists_the_commands_shown_then_the_directories_of_the_root(
     assert browser.combo_snapshot_dir.currentText() == "shot"
 
 
-def test_opening_selects_the_current_directory_and_switching_fills_the_table(
+def test_opening_selects_the_current_directory_and_switching_brings_rows_slider_and_preview(
         rig, helper, snap_dir):
     root = snap_dir.parent
-    shown = jpg(snap_dir, "1700000000_shot")
+    shown = [jpg(snap_dir, "17000000{}0_shot".format(i)) for i in range(3)][::-1]
     other = root / "other"
     other.mkdir()
+    (root / "empty").mkdir()
     older, newer = jpg(other, "1600000000_other"), jpg(other, "1650000000_other")
     browser = rig.show_snapshot_browser()
-    assert browser.row_sources() == [shown]
-    browser.slider_versions.setMaximum(5)
-    browser.slider_versions.setValue(3)
+    slider, preview = browser.slider_versions, browser.preview_image
+    assert browser.row_sources() == shown and slider.maximum() == 3 and preview.image == shown[0]
+    slider.setValue(3)
 
     choose(browser, "other")
 
@@ -84,11 +85,18 @@ def test_opening_selects_the_current_directory_and_switching_fills_the_table(
     assert helper.load_settings()["current_snapshot_dir"] == str(other)
     assert browser.row_sources() == [newer, older]
     # The slider goes back to its first value, the newest snapshot of the new directory.
-    assert browser.slider_versions.value() == 1 and browser.preview_image.image == newer
+    assert slider.maximum() == 2 and slider.value() == 1
+    assert preview.image == newer and preview.isVisible()
+    assert helper.load_settings()["current_snapshot_preview"] == newer
     # The title and the divider do nothing.
     for text in (DIVIDER, TITLE):
         choose(browser, text)
         assert browser.current_snapshot_dir == str(other)
+
+    choose(browser, "empty")
+    assert slider.maximum() == 0 and not preview.isVisible()
+    choose(browser, "shot")
+    assert slider.maximum() == 3 and preview.image == shown[0] and preview.isVisible()
 
 
 def test_a_current_directory_outside_the_root_leaves_the_box_on_its_title(rig, helper,
@@ -104,69 +112,53 @@ def test_a_current_directory_outside_the_root_leaves_the_box_on_its_title(rig, h
     assert browser.row_sources() == []
 
 
-@pytest.mark.parametrize("script, typed, made", [
-    ("/shows/abc/comp_v012.nk", "shot 020  final", "shot_020__final"),
-    (None, "plain", "plain"),
-])
-def test_a_new_directory_is_made_selected_and_named_in_the_message(
-        rig, nuke, helper, snap_dir, messages, script, typed, made):
+@pytest.mark.parametrize("script, typed, made, message", [
+    ("/shows/abc/comp_v012.nk", "shot 020  final", "shot_020__final",
+     "Successfully create snapshot directory 'shot_020__final'"),
+    (None, "plain", "plain", "Successfully create snapshot directory 'plain'"),
+    (None, None, None, None),
+    (None, "", None, None),
+    (None, "shot", None,
+     "The snapshot directory 'shot' already exists. Please choose another name."),
+    (None, "blocker/sub", None, "Cannot create snapshot directory. "),
+    (None, "no root", None, "Please set your snapshot browser root first."),
+], ids=["script name", "plain", "cancelled", "empty", "exists", "cannot be made", "no root"])
+def test_a_new_directory_is_made_selected_and_named_or_nothing_changes(
+        rig, nuke, helper, snap_dir, messages, script, typed, made, message):
     if script:
         nuke.root()["name"].setValue(script)
     root = snap_dir.parent
+    (root / "blocker").write_text("")
+    shown = jpg(snap_dir, "1700000000_shot")
     browser = rig.show_snapshot_browser()
+    before = sorted(os.listdir(str(root)))
     suggested = []
-    answer_name(typed, suggested)
+    if typed == "no root":
+        helper.update_xml("snapshotbrowser_root", "")
+    else:
+        answer_name(typed, suggested)
 
     choose(browser, NEW)
 
-    expected = "comp_v012" if script else ""
+    if typed == "blocker/sub":
+        [text] = messages
+        assert text.startswith(message) and typed in text
+    else:
+        assert messages == ([message] if message else [])
+    if made is None:
+        assert sorted(os.listdir(str(root))) == before
+        assert helper.load_settings()["current_snapshot_dir"] == str(snap_dir)
+        if message is None:  # cancelled: the box and the table stay as they were
+            assert browser.combo_snapshot_dir.currentText() == NEW
+            assert browser.row_sources() == [shown]
+        return
     assert suggested == [("Create new snapshot directory", "New snapshot directory name:",
-                          expected)]
+                          "comp_v012" if script else "")]
     assert (root / made).is_dir()
-    assert messages == ["Successfully create snapshot directory '{}'".format(made)]
     assert browser.combo_snapshot_dir.currentText() == made
     assert browser.current_snapshot_dir == str(root / made)
     assert helper.load_settings()["current_snapshot_dir"] == str(root / made)
     assert browser.row_sources() == []
-
-
-@pytest.mark.parametrize("typed", [None, ""])
-def test_a_cancelled_or_empty_name_changes_nothing(rig, helper, snap_dir, messages, typed):
-    shown = jpg(snap_dir, "1700000000_shot")
-    browser = rig.show_snapshot_browser()
-    before = sorted(os.listdir(str(snap_dir.parent)))
-    answer_name(typed)
-
-    choose(browser, NEW)
-
-    assert sorted(os.listdir(str(snap_dir.parent))) == before and messages == []
-    assert browser.combo_snapshot_dir.currentText() == NEW
-    assert helper.load_settings()["current_snapshot_dir"] == str(snap_dir)
-    assert browser.row_sources() == [shown]
-
-
-@pytest.mark.parametrize("typed, text", [
-    ("shot", "The snapshot directory 'shot' already exists. Please choose another name."),
-    ("blocker/sub", "Cannot create snapshot directory. "),
-    (None, "Please set your snapshot browser root first."),
-], ids=["exists", "cannot be made", "no root"])
-def test_a_new_directory_that_cannot_be_made_says_why(rig, helper, snap_dir, messages, typed,
-                                                      text):
-    (snap_dir.parent / "blocker").write_text("")
-    browser = rig.show_snapshot_browser()
-    if typed is None:
-        helper.update_xml("snapshotbrowser_root", "")
-    else:
-        answer_name(typed)
-
-    choose(browser, NEW)
-
-    [message] = messages
-    if typed == "blocker/sub":
-        assert message.startswith(text) and typed in message
-    else:
-        assert message == text
-    assert helper.load_settings()["current_snapshot_dir"] == str(snap_dir)
 
 
 def test_deleting_the_current_directory_asks_removes_it_and_leaves_none_current(
@@ -193,17 +185,6 @@ def test_deleting_the_current_directory_asks_removes_it_and_leaves_none_current(
     assert messages == ["Please set a snapshot directory before creating a snapshot."]
 
 
-def test_a_declined_question_keeps_everything(rig, helper, snap_dir, asked, messages):
-    asked.answer = False
-    browser = rig.show_snapshot_browser()
-
-    choose(browser, DELETE)
-
-    assert len(asked) == 1 and snap_dir.is_dir() and messages == []
-    assert helper.load_settings()["current_snapshot_dir"] == str(snap_dir)
-    assert browser.combo_snapshot_dir.currentText() == DELETE
-
-
 def test_a_directory_removed_meanwhile_is_reported_and_still_unset(rig, helper, snap_dir,
                                                                    asked, messages):
     browser = rig.show_snapshot_browser()
@@ -216,12 +197,20 @@ def test_a_directory_removed_meanwhile_is_reported_and_still_unset(rig, helper, 
     assert "shot" not in entries(browser)
 
 
-def test_the_root_itself_is_never_deleted_as_a_snapshot_directory(rig, helper, snap_dir,
-                                                                  asked, messages):
+@pytest.mark.parametrize("declined", [True, False], ids=["declined", "the root"])
+def test_a_declined_question_or_the_root_keeps_everything(rig, helper, snap_dir, asked,
+                                                          messages, declined):
+    asked.answer = False
     browser = rig.show_snapshot_browser()
-    helper.update_xml("current_snapshot_dir", str(snap_dir.parent))
+    current = str(snap_dir) if declined else str(snap_dir.parent)
+    helper.update_xml("current_snapshot_dir", current)
 
     choose(browser, DELETE)
 
-    assert asked == [] and snap_dir.is_dir()
-    assert len(messages) == 1 and "nothing was deleted" in messages[0]
+    # The root itself is never deleted as a snapshot directory: not even asked.
+    assert len(asked) == declined and snap_dir.is_dir()
+    if declined:
+        assert messages == [] and browser.combo_snapshot_dir.currentText() == DELETE
+    else:
+        assert len(messages) == 1 and "nothing was deleted" in messages[0]
+    assert helper.load_settings()["current_snapshot_dir"] == current

@@ -2,7 +2,7 @@
 preview through the rows. "d" and keys from other widgets are in test_keys_and_pointer."""
 
 import pytest
-from cobaltRig.qt import QtCore, QtWidgets
+from cobaltRig.qt import QtCore
 
 from test_table import write_snapshot
 
@@ -64,5 +64,10 @@ def test_down_onto_an_image_that_cannot_be_read_says_so_in_the_preview(rig, snap
     qtbot.keyClick(table, Qt.Key_Down)
     qtbot.keyClick(table, Qt.Key_Down)
 
-    assert browser.preview_image.image == str(broken)
-    assert browser.preview_image.image_label.text() == "cannot read"
+    preview = browser.preview_image
+    pixmap = preview.image_label.pixmap()
+    assert preview.image == str(broken) and preview.isVisible()
+    assert (pixmap is None or pixmap.isNull()) and preview.image_label.text() == "cannot read"
+    assert preview.image_label.toolTip().startswith("cannot read 0999_broken.jpg: ")
+    preview.zoom_in()
+    assert preview.scaleFactor == 1.0

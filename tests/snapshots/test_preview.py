@@ -1,10 +1,10 @@
-"""The preview pane: showing an image, zoom and fit, its right-click menu, and putting a snapshot
-back into the graph."""
+"""The preview pane: showing an image, its scroll bars on zoom, its right-click menu, and putting a
+snapshot back into the graph."""
 
 import os
 
 import pytest
-from cobaltRig.qt import QtCore, QtGui, QtWidgets
+from cobaltRig.qt import QtWidgets
 
 from conftest import answer_modal, write_jpg
 
@@ -28,49 +28,28 @@ def remembered(helper):
     return helper.load_settings()["current_snapshot_preview"]
 
 
-def test_an_image_shows_at_the_pane_width_and_is_remembered(browser, preview, shot, helper):
-    preview.set_image(shot)
-
-    assert preview.isVisible() and not browser.preview_empty.isVisible()
-    assert preview.image == shot and preview.scaleFactor == 1.0
-    label = preview.image_label
-    assert label.height() == 200 * label.width() // 400
-    assert remembered(helper) == shot
-
-
 @pytest.mark.parametrize("src, update_xml", [
+    ("shot", True),
+    ("shot", False),
     ("missing", True),
     (None, True),
     ("", True),
-    ("shot", False),
 ])
-def test_what_leaves_the_remembered_preview_alone(browser, preview, shot, helper, snap_dir, src,
-                                                  update_xml):
+def test_only_a_real_image_shown_when_asked_is_remembered(browser, preview, shot, helper,
+                                                          snap_dir, src, update_xml):
     helper.update_xml("current_snapshot_preview", "/kept.jpg")
     path = {"missing": str(snap_dir / "gone.jpg"), "shot": shot}.get(src, src)
 
     preview.set_image(path, update_xml)
 
-    assert remembered(helper) == "/kept.jpg"
-    assert preview.isVisible() is (src == "shot")
-    assert browser.preview_empty.isVisible() is (src != "shot")
-
-
-def test_zoom_steps_from_the_fitted_size_and_fit_comes_back_to_it(preview, shot):
-    preview.set_image(shot)
-    preview.normal_size()
-    fitted = preview.image_label.size()
-    room = preview.scroll_area.maximumViewportSize()
-    assert fitted == QtCore.QSize(400, 200).scaled(room, QtCore.Qt.KeepAspectRatio)
-
-    preview.zoom_in()
-    assert preview.image_label.size() == fitted * 1.25
-    preview.zoom_out()
-    assert preview.image_label.size() == fitted and preview.scaleFactor == 1.0
-
-    preview.zoom_in()
-    preview.normal_size()
-    assert preview.scaleFactor == 1.0 and preview.image_label.size() == fitted
+    shown = src == "shot"
+    assert remembered(helper) == (shot if shown and update_xml else "/kept.jpg")
+    assert preview.isVisible() is shown and browser.preview_empty.isVisible() is not shown
+    if shown:
+        # At the pane width, in the image's shape.
+        label = preview.image_label
+        assert preview.image == shot and preview.scaleFactor == 1.0
+        assert label.height() == 200 * label.width() // 400
 
 
 @pytest.mark.parametrize("factor, expected", [
@@ -117,15 +96,17 @@ def test_the_menu_offers_view_insert_flag_comment_and_clear(preview, shot, helpe
     assert not preview.isVisible() and remembered(helper) is None
 
 
-def test_insert_preview_makes_a_read_of_the_remembered_image(preview, shot, nuke, messages):
+def test_insert_preview_and_snapshot_need_their_files(preview, shot, nuke, messages):
     preview.set_image(shot)
+    preview.ask_insert_snapshot()
+    assert messages == ["Cannot find snapshot nuke file."]
     preview.insert_preview()
     [read] = nuke.allNodes("Read")
     assert read["file"].value() == shot
 
     os.remove(shot)
     preview.insert_preview()
-    assert messages == ["Cannot find current preview image"]
+    assert messages[1:] == ["Cannot find current preview image"]
     assert len(nuke.allNodes("Read")) == 1
 
 
@@ -169,21 +150,3 @@ def test_inserting_a_snapshot_asks_append_or_overwrite(preview, saved_graph, nuk
     assert names(nuke) == expected
     # The deletions and the paste of an overwrite are one step of the host's undo.
     assert undo == (["begin", ("end", expected)] if answer == "overwrite" else [])
-
-
-def test_inserting_a_snapshot_without_its_graph_says_so(preview, shot, nuke, messages):
-    preview.set_image(shot)
-    preview.ask_insert_snapshot()
-    assert messages == ["Cannot find snapshot nuke file."]
-
-
-def test_dragging_the_preview_moves_the_browser_under_the_pointer(browser, preview, shot, qtbot):
-    preview.set_image(shot)
-    QtGui.QCursor.setPos(QtCore.QPoint(700, 500))
-    event = QtGui.QMouseEvent(QtCore.QEvent.MouseMove, QtCore.QPointF(5, 5),
-                              QtCore.QPointF(QtGui.QCursor.pos()),
-                              QtCore.Qt.LeftButton, QtCore.Qt.LeftButton, QtCore.Qt.NoModifier)
-    QtWidgets.QApplication.sendEvent(preview.widget, event)
-    pos = QtGui.QCursor.pos()
-    assert browser.widget.pos().toTuple() == (pos.x() - browser.widget.width() // 2,
-                                              pos.y() - browser.widget.height() // 2)

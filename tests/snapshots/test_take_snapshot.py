@@ -24,14 +24,19 @@ def pasted_classes(nuke, path):
 @pytest.mark.parametrize("mode, selected, expected", [
     ("all nodes", [], ["CheckerBoard2", "ColorBars", "Grade", "Viewer"]),
     ("upstream nodes", [], ["CheckerBoard2", "Grade"]),
+    # Upstream of a viewed source node is the node itself.
+    ("upstream nodes", "bars", ["ColorBars"]),
     ("node selection", ["bars", "grade"], ["ColorBars", "Grade"]),
     ("no such mode", [], None),
 ])
 def test_the_image_and_the_graph_its_mode_asks_for_are_written(
         rig, nuke, helper, comp, snap_dir, graph, messages, mode, selected, expected):
     helper.update_xml("snapshot_selection", mode)
-    for name in selected:
-        comp[name].setSelected(True)
+    if selected == "bars":
+        comp["viewer"].setInput(0, comp["bars"])
+    else:
+        for name in selected:
+            comp[name].setSelected(True)
     before = graph()
     assert nuke.activeViewer().activeInput() == 0  # input 0 is an input like any other
 
@@ -53,19 +58,9 @@ def test_the_image_and_the_graph_its_mode_asks_for_are_written(
         assert pasted_classes(nuke, nk) == expected
 
 
-def test_upstream_of_a_viewed_source_node_is_the_node_itself(rig, nuke, helper, comp, snap_dir,
-                                                              messages):
-    helper.update_xml("snapshot_selection", "upstream nodes")
-    comp["viewer"].setInput(0, comp["bars"])
-
-    rig.snapshot()
-
-    [nk] = taken(snap_dir, ".nk")
-    assert messages == [] and pasted_classes(nuke, nk) == ["ColorBars"]
-
-
 def test_the_render_is_of_the_viewed_node_at_this_frame_at_full_size(rig, nuke, comp, snap_dir,
-                                                                      monkeypatch):
+                                                                      tmp_path, monkeypatch):
+    nuke.scriptSaveAs(str(tmp_path / "sq010_comp.v003.nk"))
     seen = []
     real_execute = nuke.execute
     monkeypatch.setattr(nuke, "execute", lambda node, first, last: (
@@ -79,6 +74,8 @@ def test_the_render_is_of_the_viewed_node_at_this_frame_at_full_size(rig, nuke, 
 
     [image] = taken(snap_dir, ".jpg")
     assert seen == [(image, 7, 7, "Grade1", False)]
+    # The stem carries the saved script's name.
+    assert STEM.match(os.path.basename(image)).group(2) == "sq010_comp.v003.jpg"
     # Proxy mode is back on afterwards; during the render it would have halved the image.
     assert nuke.root()["proxy"].value() is True and image_size(image)[0] == 240
 
@@ -102,9 +99,13 @@ def fake_viewer(nuke, monkeypatch, active_input, node):
     ("no viewer node", "There is no active viewer node at the moment. Please select or create a "
                        "viewer."),
     ("nothing connected", "Cannot find comp node to create snapshot from."),
+    # A failed render says so once and leaves no trace.
+    ("nothing to render", "No valid data to write"),
+    ("refused", "cannot write: disk full"),
 ])
-def test_each_precondition_shows_its_message_and_leaves_everything_alone(
-        rig, nuke, helper, comp, snap_dir, graph, messages, monkeypatch, case, text):
+@pytest.mark.parametrize("proxy", [False, True])
+def test_each_precondition_or_failed_render_shows_its_message_and_leaves_everything_alone(
+        rig, nuke, helper, comp, snap_dir, graph, messages, monkeypatch, case, text, proxy):
     if case == "empty selection":
         helper.update_xml("snapshot_selection", "node selection")
     elif case == "no directory":
@@ -115,40 +116,16 @@ def test_each_precondition_shows_its_message_and_leaves_everything_alone(
         comp["viewer"].setInput(0, None)
     elif case == "no viewer node":
         fake_viewer(nuke, monkeypatch, 0, None)
-    else:
+    elif case == "nothing connected":
         fake_viewer(nuke, monkeypatch, 1, comp["viewer"])
-    before = graph()
-
-    rig.snapshot()
-
-    assert messages == [text]
-    assert graph() == before
-    assert snapshots_in(snap_dir) == []
-
-
-def test_the_stem_carries_the_saved_script_name(rig, nuke, comp, snap_dir, tmp_path):
-    nuke.scriptSaveAs(str(tmp_path / "sq010_comp.v003.nk"))
-    rig.snapshot()
-    [image] = taken(snap_dir, ".jpg")
-    assert STEM.match(os.path.basename(image)).group(2) == "sq010_comp.v003.jpg"
-
-
-@pytest.mark.parametrize("failure, text", [
-    ("nothing to render", "No valid data to write"),
-    ("refused", "cannot write: disk full"),
-])
-@pytest.mark.parametrize("proxy", [False, True])
-def test_a_failed_render_says_so_once_and_leaves_no_trace(
-        rig, nuke, helper, comp, snap_dir, graph, messages, monkeypatch, failure, text, proxy):
-    if failure == "nothing to render":
+    elif case == "nothing to render":
         comp["grade"].setInput(0, None)
     else:
-        def refuse(*args):
-            raise RuntimeError("cannot write: disk full")
-
-        monkeypatch.setattr(nuke, "execute", refuse)
+        monkeypatch.setattr(nuke, "execute", lambda *args: (_ for _ in ()).throw(
+            RuntimeError("cannot write: disk full")))
     nuke.root()["proxy"].setValue(proxy)
-    comp["bars"].setSelected(True)
+    if case in ("nothing to render", "refused"):
+        comp["bars"].setSelected(True)
     helper.update_xml("current_snapshot_preview", "/earlier/snapshot.jpg")
     before = graph()
 
