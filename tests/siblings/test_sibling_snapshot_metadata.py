@@ -39,15 +39,6 @@ def test_missing_or_unreadable_metadata_reads_empty(snapshot, content):
     assert helper.load_metadata(snapshot) == {"comment": "", "flag": ""}
 
 
-def test_new_metadata_document_has_the_comment_entry(snapshot):
-    path = metaxml(snapshot)
-    helper.create_metaxml(path)
-    with open(path, "rb") as handle:
-        assert handle.read().startswith(b"<?xml version='1.0' encoding='utf-8'?>")
-    metadata = ET.parse(path).getroot().find("metadata")
-    assert [m.get("name") for m in metadata.findall("meta")].count("comment") == 1
-
-
 @pytest.mark.parametrize("comment", [None, "first line\nsecond, ünïcode"])
 def test_flag_round_trip_keeps_the_comment_and_makes_a_missing_file(snapshot, comment):
     if comment is not None:
@@ -56,6 +47,10 @@ def test_flag_round_trip_keeps_the_comment_and_makes_a_missing_file(snapshot, co
                          "<meta name='comment'>{}</meta></metadata></s>".format(comment))
     helper.set_flag(None, snapshot, ["205", "60", "60"])
     assert helper.load_metadata(snapshot) == {"comment": comment or "", "flag": "205,60,60"}
+    with open(metaxml(snapshot), "rb") as handle:
+        assert handle.read().startswith(b"<?xml version='1.0' encoding='utf-8'?>")
+    metadata = ET.parse(metaxml(snapshot)).getroot().find("metadata")
+    assert [m.get("name") for m in metadata.findall("meta")].count("comment") == 1
     helper.set_flag(None, snapshot, None)
     assert helper.load_metadata(snapshot) == {"comment": comment or "", "flag": ""}
 
