@@ -24,6 +24,7 @@ def test_dependencies_follow_the_what_flags_and_by_default_all_links(what, hidde
     merge["mix"].setExpression("Grade1.mix")
     found = merge.dependencies() if what is None else merge.dependencies(what)
     assert found == [{"source": source, "key": key}[name] for name in expected]
+    assert source.dependent() == [merge]
 
 
 @pytest.mark.parametrize("link", [
@@ -88,6 +89,7 @@ def test_menu_arguments_after_the_name_go_by_keyword():
     with pytest.raises(TypeError):
         sub.addSeparator(0)
     menu.removeItem("Tools")
+    assert menu.findItem("Tools") is None and nuke.menu("Nope") is None
 
 
 def fails():
