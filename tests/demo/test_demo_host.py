@@ -51,14 +51,6 @@ def test_it_starts_on_the_sample_with_the_add_on_menu_and_the_look_tab(demo):
     assert new.text() == "new" and not new.icon().isNull()
 
 
-def test_a_pressed_look_button_runs_its_command_on_its_node(demo, qtbot, monkeypatch, rig):
-    calls = []
-    monkeypatch.setattr(rig, "set_look", lambda node: calls.append(node), raising=False)
-    button = demo.properties.panel(demo.grade).findChild(QtWidgets.QPushButton, "look_new")
-    qtbot.mouseClick(button, QtCore.Qt.LeftButton)
-    assert calls == [demo.grade]
-
-
 def test_a_failing_button_reports_to_the_console_and_the_host_goes_on(demo, qtbot):
     # pytest puts its own sys.stderr in place between the fixture and the test.
     demo.console.release()

@@ -5,17 +5,6 @@ import textwrap
 import pytest
 
 
-def test_show_settings_replaces_the_open_window(rig, qtbot):
-    rig.__dict__.pop("settingswindow", None)
-    first = rig.show_settings()
-    assert rig.settingswindow is first and first.isVisible()
-    second = rig.show_settings("extra signal value")
-    assert rig.settingswindow is second
-    assert second is not first
-    assert not first.isVisible() and second.isVisible()
-    second.close()
-
-
 @pytest.mark.parametrize("old", [
     "broken close",   # the old window fails to close
     "no close",       # the slot holds something that is no window at all

@@ -20,10 +20,11 @@ pytestmark = pytest.mark.usefixtures("host")
 def test_dependencies_follow_the_what_flags_and_by_default_all_links(what, hidden, expected):
     source, key = nuke.nodes.Constant(), nuke.nodes.Grade()
     merge = nuke.nodes.Merge2(hide_input=hidden)
-    merge.setInput(1, source)
+    assert merge.setInput(1, source) and merge.inputs() == 2 and merge.input(0) is None
     merge["mix"].setExpression("Grade1.mix")
     found = merge.dependencies() if what is None else merge.dependencies(what)
     assert found == [{"source": source, "key": key}[name] for name in expected]
+    assert source.dependent() == [merge]
 
 
 @pytest.mark.parametrize("link", [
@@ -88,6 +89,7 @@ def test_menu_arguments_after_the_name_go_by_keyword():
     with pytest.raises(TypeError):
         sub.addSeparator(0)
     menu.removeItem("Tools")
+    assert menu.findItem("Tools") is None and nuke.menu("Nope") is None
 
 
 def fails():

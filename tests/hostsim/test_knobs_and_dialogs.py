@@ -1,4 +1,4 @@
-"""Knob values and commands, the root and the viewer, panels, messages and menus."""
+"""Knob values and commands, the root and the viewer, panels and messages."""
 
 import pytest
 
@@ -116,20 +116,6 @@ def test_messages_and_questions():
     assert hostctl.messages == ["cannot find preset node"] and hostctl.pending_answers() == 0
     with pytest.raises(hostctl.UnexpectedDialog):
         nuke.ask("again?")
-
-
-def test_menus_make_submenus_and_run_their_commands():
-    called = []
-    top = nuke.menu("Nuke")
-    item = top.addCommand("Rig/Looks/store", lambda: called.append("store"), "alt+shift+L")
-    top.addCommand("Rig/Looks/text", "nuke.message('from the menu')")
-    assert top.findItem("Rig/Looks") is top.findItem("Rig").findItem("Looks")
-    assert top.findItem("Rig/Looks/store") is item and item.shortcut() == "alt+shift+L"
-    item.invoke()
-    top.findItem("Rig/Looks/text").invoke()
-    assert called == ["store"] and hostctl.messages == ["from the menu"]
-    top.removeItem("Rig")
-    assert top.findItem("Rig/Looks/store") is None and nuke.menu("Nope") is None
 
 
 def test_interactive_panel_is_a_real_modal_dialog(qapp):

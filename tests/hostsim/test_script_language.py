@@ -126,20 +126,6 @@ def test_a_clipboard_script_pushing_the_hosts_own_variable_first_hooks_onto_the_
     assert last.Class() == "apEdgeTool" and len(nuke.allNodes()) == 4
 
 
-@pytest.mark.parametrize("text, where", [
-    ("push $nowhere\nBlur {\n}\n", "line 1"),
-    ("Blur {\n inputs 1+x\n}\n", "line 1"),
-    ("set C [stack 0]\nclone $D {\n xpos 1\n}\n", "line 2"),
-    ("Blur {\n label {open\n}\n", "{ without its }"),
-])
-def test_a_really_broken_script_fails_with_its_name_and_where(text, where, tmp_path):
-    path = tmp_path / "broken.nk"
-    path.write_text(text)
-    with pytest.raises(RuntimeError, match=r"broken\.nk.*" + re.escape(where)):
-        nuke.scriptOpen(str(path))
-    assert nuke.allNodes() == []
-
-
 def test_undoing_a_paste_of_a_published_script_gives_back_the_script_before(tmp_path):
     nuke.scriptOpen(script("masks_and_clones.nk"))
     before = script_text()

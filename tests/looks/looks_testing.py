@@ -28,6 +28,15 @@ def with_looks(nuke, node, mixes):
     return node
 
 
+def nested_group(nuke, depth):
+    """Group1 at the root, and inside it Group2 and so on, `depth` levels deep: the innermost."""
+    group = nuke.root()
+    for level in range(1, depth + 1):
+        with group:
+            group = nuke.nodes.Group(name="Group{}".format(level))
+    return group
+
+
 def select(*nodes):
     for node in nodes:
         node.setSelected(True)

@@ -4,19 +4,10 @@ import pytest
 from cobaltRig import helper
 from cobaltRig.qt import QtCore
 
-from looks_testing import look_knobs, press, select, store, with_looks
+from looks_testing import look_knobs, nested_group, press, select, store, with_looks
 
 UPDATE = ("Select a preset to update", "look_update")
 DELETE = ("Select a preset to delete", "look_delete")
-
-
-def nested_group(nuke, depth):
-    """Group1 at the root, and inside it Group2 and so on, `depth` levels deep: the innermost."""
-    group = nuke.root()
-    for level in range(1, depth + 1):
-        with group:
-            group = nuke.nodes.Group(name="Group{}".format(level))
-    return group
 
 
 def chain_in(nuke, group):

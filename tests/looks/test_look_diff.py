@@ -5,19 +5,11 @@ import os
 import pytest
 from cobaltRig.qt import QtCore, QtTest, QtWidgets
 
-from looks_testing import press, select, store, stored_copies
+from looks_testing import nested_group, press, select, store, stored_copies
 
 LEFT, RIGHT = QtCore.Qt.MouseButton.LeftButton, QtCore.Qt.MouseButton.RightButton
 ANIMATED = "{{curve x1 0 x10 0.2 x20 0.1}}"
 EXPRESSION = "{{parent.mix*0.5}}"
-
-
-def nested_group(nuke, depth):
-    group = nuke.root()
-    for level in range(1, depth + 1):
-        with group:
-            group = nuke.nodes.Group(name="Group{}".format(level))
-    return group
 
 
 def grade_with_looks(nuke, host, tmp_path, depth=0):

@@ -55,18 +55,18 @@ def test_refused_classes_are_compared_as_exact_text(rig, blur, monkeypatch, node
     assert (look_part(blur) == []) == refused
 
 
-def test_an_existing_looks_tab_is_left_as_it_is(rig, nuke, blur, host):
-    blur.addKnob(nuke.Tab_Knob("looks", "my own looks"))
+@pytest.mark.parametrize("made_by", ["the artist", "the add-on, then lost a button"])
+def test_an_existing_looks_tab_is_left_as_it_is(rig, nuke, blur, host, made_by):
+    if made_by == "the artist":
+        blur.addKnob(nuke.Tab_Knob("looks", "my own looks"))
+        expected = ["looks"]
+    else:
+        rig.create_looks_widgets(blur)
+        blur.removeKnob(blur["look_update"])
+        expected = [w for w in WIDGETS if w != "look_update"]
     for _ in range(2):
         rig.create_looks_widgets(blur)
-    assert look_part(blur) == ["looks"] and host.messages == []
-
-
-def test_a_tab_that_lost_its_buttons_does_not_get_them_back(rig, blur):
-    rig.create_looks_widgets(blur)
-    blur.removeKnob(blur["look_update"])
-    rig.create_looks_widgets(blur)
-    assert look_part(blur) == [w for w in WIDGETS if w != "look_update"]
+    assert look_part(blur) == expected and host.messages == []
 
 
 def test_a_failing_host_adds_nothing_and_reports_nothing(rig, nuke, blur, monkeypatch, capsys,

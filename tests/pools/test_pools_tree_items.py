@@ -70,11 +70,14 @@ def test_an_item_held_by_a_script_across_a_rebuild_fails_cleanly(rig, pool, user
 def test_the_helper_still_makes_items_for_any_tree(qtbot, helper):
     tree = QtWidgets.QTreeWidget()
     qtbot.addWidget(tree)
-    top = helper.build_tree_widget_item(tree, "pool", "/p", False, False, is_dir=True)
+    top = helper.build_tree_widget_item(tree, "pool", "/p", False, True, is_dir=True, expanded=True)
     child = helper.build_tree_widget_item(top, "soft", "/p/soft.nk", True, False)
+    assert (top.isSelected(), top.isExpanded(), top.isDisabled()) == (True, True, False)
+    # Items without an icon of their own still get one: a folder, or a preset file.
+    assert not top.icon(0).isNull() and top.icon(0).cacheKey() != child.icon(0).cacheKey()
     del top
     assert tree.topLevelItem(0).child(0) is child and child.data(0, QtCore.Qt.UserRole) == "/p/soft.nk"
-    assert child.isDisabled() and not child.icon(0).isNull()
+    assert child.text(0) == "soft" and child.isDisabled() and not child.icon(0).isNull()
     tree.clear()
     with pytest.raises(RuntimeError):
         child.text(0)

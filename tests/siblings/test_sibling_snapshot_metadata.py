@@ -39,30 +39,20 @@ def test_missing_or_unreadable_metadata_reads_empty(snapshot, content):
     assert helper.load_metadata(snapshot) == {"comment": "", "flag": ""}
 
 
-def test_new_metadata_document_has_the_comment_entry(snapshot):
-    path = metaxml(snapshot)
-    helper.create_metaxml(path)
-    with open(path, "rb") as handle:
-        assert handle.read().startswith(b"<?xml version='1.0' encoding='utf-8'?>")
-    metadata = ET.parse(path).getroot().find("metadata")
-    assert [m.get("name") for m in metadata.findall("meta")].count("comment") == 1
-
-
-def test_flag_round_trip_keeps_the_comment(snapshot):
-    path = metaxml(snapshot)
-    with open(path, "w", encoding="utf-8") as handle:
-        handle.write("<?xml version='1.0' encoding='utf-8'?><s><metadata>"
-                     "<meta name='comment'>first line\nsecond, ünïcode</meta></metadata></s>")
-
+@pytest.mark.parametrize("comment", [None, "first line\nsecond, ünïcode"])
+def test_flag_round_trip_keeps_the_comment_and_makes_a_missing_file(snapshot, comment):
+    if comment is not None:
+        with open(metaxml(snapshot), "w", encoding="utf-8") as handle:
+            handle.write("<?xml version='1.0' encoding='utf-8'?><s><metadata>"
+                         "<meta name='comment'>{}</meta></metadata></s>".format(comment))
     helper.set_flag(None, snapshot, ["205", "60", "60"])
-    assert helper.load_metadata(snapshot) == {"comment": "first line\nsecond, ünïcode", "flag": "205,60,60"}
+    assert helper.load_metadata(snapshot) == {"comment": comment or "", "flag": "205,60,60"}
+    with open(metaxml(snapshot), "rb") as handle:
+        assert handle.read().startswith(b"<?xml version='1.0' encoding='utf-8'?>")
+    metadata = ET.parse(metaxml(snapshot)).getroot().find("metadata")
+    assert [m.get("name") for m in metadata.findall("meta")].count("comment") == 1
     helper.set_flag(None, snapshot, None)
-    assert helper.load_metadata(snapshot) == {"comment": "first line\nsecond, ünïcode", "flag": ""}
-
-
-def test_flag_creates_a_missing_metadata_file(snapshot):
-    helper.set_flag(None, snapshot, ["1", "2", "3"])
-    assert helper.load_metadata(snapshot) == {"comment": "", "flag": "1,2,3"}
+    assert helper.load_metadata(snapshot) == {"comment": comment or "", "flag": ""}
 
 
 @pytest.mark.parametrize("shown", [True, False], ids=["redraws its thumbnail", "rebuilds the table"])
