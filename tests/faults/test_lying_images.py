@@ -77,4 +77,6 @@ def test_lying_headers_open_at_once_in_little_memory(tmp_path, qapp):
     assert os.path.basename(tall) == "1000_tall.jpg" and tall_tip == ""
     assert tall_height <= 800
     assert outcome["previews"][0] == huge_tip
-    assert outcome["seconds"] < 20 and outcome["peak_mb"] < 400
+    # The lie is worth gigabytes; the sanitizers' own bookkeeping is worth a few hundred megabytes.
+    budget_mb = 400 if "ASAN_OPTIONS" not in os.environ else 1500
+    assert outcome["seconds"] < 20 and outcome["peak_mb"] < budget_mb
