@@ -44,13 +44,13 @@ def delete_now(window):
     shiboken.delete(window.widget)
 
 
-# With the sanitizer runtime preloaded, shiboken2.delete does not run Qt's destructor (plain PySide2
+# With the sanitizer runtime preloaded, shiboken.delete does not run Qt's destructor (plain PySide2
 # widgets included) and leaves the process in a state that aborts later; that variant runs in the
 # normal suite only.
 SANITIZED = "libasan" in os.environ.get("LD_PRELOAD", "")
 KILLS = [pytest.param(delete_later, id="deleteLater"),
-         pytest.param(delete_now, id="shiboken2.delete",
-                      marks=pytest.mark.skipif(SANITIZED, reason="shiboken2.delete under ASan"))]
+         pytest.param(delete_now, id="shiboken.delete",
+                      marks=pytest.mark.skipif(SANITIZED, reason="shiboken.delete under ASan"))]
 
 
 @pytest.fixture
