@@ -31,6 +31,18 @@ HERE = os.path.dirname(os.path.abspath(__file__))
 BUILD = os.environ.get("COBALTRIG_BUILD") or os.path.join(os.path.dirname(HERE), "build")
 
 
+def write_images(directory, count, jpg):
+    """Writes count snapshots of the image `jpg`, each with a script, newest last; yields the stem
+    of each, for what the caller adds beside it."""
+    for i in range(count):
+        stem = os.path.join(directory, "{}_shot".format(1600000000 + i))
+        with open(stem + ".jpg", "wb") as handle:
+            handle.write(jpg)
+        with open(stem + ".nk", "w") as handle:
+            handle.write("# nodes\n")
+        yield stem
+
+
 def make_snapshots(directory, count):
     """count snapshots of one small real jpg, each with a script and a metadata document; one in
     five has a comment, one in seven a flag."""
@@ -42,13 +54,7 @@ def make_snapshots(directory, count):
     buffer = QtCore.QBuffer(data)
     buffer.open(QtCore.QIODevice.WriteOnly)
     image.save(buffer, "JPG")
-    jpg = bytes(data)
-    for i in range(count):
-        stem = os.path.join(directory, "{}_shot".format(1600000000 + i))
-        with open(stem + ".jpg", "wb") as handle:
-            handle.write(jpg)
-        with open(stem + ".nk", "w") as handle:
-            handle.write("# nodes\n")
+    for i, stem in enumerate(write_images(directory, count, bytes(data))):
         with open(stem + ".xml", "w") as handle:
             handle.write("<?xml version='1.0' encoding='UTF-8'?>\n<snapshot>\n  <metadata>\n"
                          "    <meta name=\"comment\">{}</meta>\n"
@@ -148,12 +154,8 @@ def make_large_snapshots(directory, count, width, height):
     assert image.save(path, "JPG", 90)
     jpg = open(path, "rb").read()
     os.remove(path)
-    for i in range(count):
-        stem = os.path.join(directory, "{}_shot".format(1600000000 + i))
-        with open(stem + ".jpg", "wb") as handle:
-            handle.write(jpg)
-        with open(stem + ".nk", "w") as handle:
-            handle.write("# nodes\n")
+    for _ in write_images(directory, count, jpg):
+        pass
 
 
 def scroll_child(directory):
