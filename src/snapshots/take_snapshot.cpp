@@ -92,34 +92,18 @@ void selectAll(const std::vector<host::Node>& nodes) {
         node.setSelected(true);
 }
 
-} // namespace
-
-void snapshot() {
-    siblings::Settings settings = siblings::load_settings();
-    const std::vector<host::Node> selection_old = host::selectedNodes();
+// The node the active viewer shows, after the checks that a render needs; none after a message
+// that says what is missing.
+std::optional<host::Node> viewed_node(QWidget* parent) {
     const std::optional<host::ViewerWindow> viewer = host::activeViewer();
-    QWidget* parent = browserParent();
-
-    const std::string selection_mode = settings.text("snapshot_selection");
-    if (selection_mode == "node selection" && host::selectedNodes().empty()) {
-        siblings::show_message_box(parent, "Please select some nodes to export.");
-        return;
-    }
-    // Only an unset directory is refused: an empty text means the host's working directory.
-    const std::optional<std::string> current_snapshot_dir = settings.get("current_snapshot_dir");
-    if (!current_snapshot_dir) {
-        siblings::show_message_box(parent,
-                                   "Please set a snapshot directory before creating a snapshot.");
-        return;
-    }
     if (!viewer) {
         siblings::show_message_box(parent, "No active viewer found. Please create a viewer node.");
-        return;
+        return std::nullopt;
     }
     const std::optional<int> active_input = viewer->activeInput();
     if (!active_input) {
         siblings::show_message_box(parent, "Please set a viewer input.");
-        return;
+        return std::nullopt;
     }
     const std::optional<host::ViewerWindow> viewer_now = host::activeViewer();
     const std::optional<host::Node> viewer_node = viewer_now ? viewer_now->node() : std::nullopt;
@@ -127,22 +111,20 @@ void snapshot() {
         siblings::show_message_box(
             parent,
             "There is no active viewer node at the moment. Please select or create a viewer.");
-        return;
+        return std::nullopt;
     }
-    const std::optional<host::Node> last_node_viewing = viewer_node->input(*active_input);
+    std::optional<host::Node> last_node_viewing = viewer_node->input(*active_input);
     if (!last_node_viewing) {
         siblings::show_message_box(parent, "Cannot find comp node to create snapshot from.");
-        return;
+        return std::nullopt;
     }
+    return last_node_viewing;
+}
 
-    const QString shot_name =
-        QFileInfo(QString::fromStdString(host::root().name())).completeBaseName();
-    const QString snapshot_name =
-        QStringLiteral("%1_%2").arg(QDateTime::currentSecsSinceEpoch()).arg(shot_name);
-    const std::string snapshot_full_img = joined(*current_snapshot_dir, snapshot_name + ".jpg");
-    const std::string snapshot_full_nk = joined(*current_snapshot_dir, snapshot_name + ".nk");
-
-    const host::Node& source = *last_node_viewing;
+// Renders `source` at this frame, scaled to the configured width, into `image` through temporary
+// nodes that never outlive the call. Gives the text of a failed render; a render width that is no
+// number throws before anything is made.
+std::optional<std::string> render_node(const host::Node& source, const std::string& image) {
     const int x = position(source, "xpos", 0);
     // The panel's field lets an empty or short text be saved; the artist learns which value is
     // wrong before anything is made.
@@ -170,7 +152,7 @@ void snapshot() {
     write_tmp.setXYpos(x, position(source, "ypos", 90));
     write_tmp.setInput(0, reformat_tmp);
     write_tmp["file"].setValue(
-        QDir::fromNativeSeparators(QString::fromStdString(snapshot_full_img)).toStdString());
+        QDir::fromNativeSeparators(QString::fromStdString(image)).toStdString());
 
     reformat_tmp.selectOnly();
     write_tmp.setSelected(true);
@@ -202,10 +184,7 @@ void snapshot() {
 
     // What follows a failed render: the group holds a single Write, so nothing is left to render
     // once one fails. The loop stops there, the group's context is left while the group still
-    // exists, the group is deleted once, and the message is shown once. Without an image there is
-    // no snapshot, so the rest of the sequence (remembering the preview, saving a `.nk` that would
-    // stand alone, refreshing the browser) does not run; the proxy mode and the artist's selection
-    // come back as on every other path.
+    // exists, the group is deleted once, and the caller shows the message once.
     std::optional<std::string> render_failure;
     {
         host::GroupContext inside(group_tmp);
@@ -227,13 +206,53 @@ void snapshot() {
     restore_proxy.dismiss();
     if (is_proxy_mode)
         proxy_knob.setValue(py::bool_(true));
+    return render_failure;
+}
 
-    if (render_failure) {
+void show_render_failure(QWidget* parent, const std::string& failure) {
+    const std::string text = failure.find("has no valid channels") != std::string::npos
+                                 ? std::string("No valid data to write")
+                                 : failure;
+    siblings::show_message_box(parent, text);
+}
+
+} // namespace
+
+void snapshot() {
+    siblings::Settings settings = siblings::load_settings();
+    const std::vector<host::Node> selection_old = host::selectedNodes();
+    QWidget* parent = browserParent();
+
+    const std::string selection_mode = settings.text("snapshot_selection");
+    if (selection_mode == "node selection" && host::selectedNodes().empty()) {
+        siblings::show_message_box(parent, "Please select some nodes to export.");
+        return;
+    }
+    // Only an unset directory is refused: an empty text means the host's working directory.
+    const std::optional<std::string> current_snapshot_dir = settings.get("current_snapshot_dir");
+    if (!current_snapshot_dir) {
+        siblings::show_message_box(parent,
+                                   "Please set a snapshot directory before creating a snapshot.");
+        return;
+    }
+    const std::optional<host::Node> last_node_viewing = viewed_node(parent);
+    if (!last_node_viewing)
+        return;
+
+    const QString shot_name =
+        QFileInfo(QString::fromStdString(host::root().name())).completeBaseName();
+    const QString snapshot_name =
+        QStringLiteral("%1_%2").arg(QDateTime::currentSecsSinceEpoch()).arg(shot_name);
+    const std::string snapshot_full_img = joined(*current_snapshot_dir, snapshot_name + ".jpg");
+    const std::string snapshot_full_nk = joined(*current_snapshot_dir, snapshot_name + ".nk");
+
+    const host::Node& source = *last_node_viewing;
+    // Without an image there is no snapshot, so the rest of the sequence (remembering the
+    // preview, saving a `.nk` that would stand alone, refreshing the browser) does not run; the
+    // proxy mode and the artist's selection come back as on every other path.
+    if (const std::optional<std::string> failure = render_node(source, snapshot_full_img)) {
         selectAll(selection_old);
-        const std::string text = render_failure->find("has no valid channels") != std::string::npos
-                                     ? std::string("No valid data to write")
-                                     : *render_failure;
-        siblings::show_message_box(parent, text);
+        show_render_failure(parent, *failure);
         return;
     }
 
@@ -270,6 +289,34 @@ void snapshot() {
         return;
     }
     selectAll(selection_old);
+}
+
+bool render_current(const std::string& image) {
+    QWidget* parent = browserParent();
+    const std::optional<host::Node> source = viewed_node(parent);
+    if (!source)
+        return false;
+    // Everything the render makes goes again; what it leaves in the undo list is one step at
+    // most, and the selection is put back exactly, since it is part of the script too.
+    std::vector<host::Node> selection_old;
+    for (const host::Node& node : host::allNodes())
+        if (node.isSelected())
+            selection_old.push_back(node);
+    std::optional<std::string> failure;
+    {
+        host::UndoGroup undo("compare with current");
+        OnExit reselect("restoring the selection", [&] {
+            for (host::Node node : host::allNodes())
+                node.setSelected(false);
+            selectAll(selection_old);
+        });
+        failure = render_node(*source, image);
+    }
+    if (failure) {
+        show_render_failure(parent, *failure);
+        return false;
+    }
+    return true;
 }
 
 } // namespace cobaltrig::snapshots
