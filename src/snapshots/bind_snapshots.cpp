@@ -176,6 +176,19 @@ void bind_preview_image(PreviewImageClass& cls) {
     bridge::def_widget(cls, "action_comment", &SnapshotPreviewImage::action_comment);
     bridge::def_widget(cls, "sep", &SnapshotPreviewImage::sep);
     bridge::def_widget(cls, "action_clear", &SnapshotPreviewImage::action_clear);
+    // Compare.
+    cls.def("compare_with",
+            [](SnapshotPreviewImage& p, const std::string& src) {
+                p.compare_with(QString::fromStdString(src));
+            })
+        .def("compare_with_current", [](SnapshotPreviewImage& p) { p.compare_with_current(); })
+        .def("end_compare", [](SnapshotPreviewImage& p) { p.end_compare(); })
+        .def_property_readonly("comparing", &SnapshotPreviewImage::comparing)
+        .def_property_readonly("wipe_split", &SnapshotPreviewImage::wipe_split);
+    bridge::def_widget(cls, "action_compare_current", &SnapshotPreviewImage::action_compare_current);
+    bridge::def_widget(cls, "action_end_compare", &SnapshotPreviewImage::action_end_compare);
+    bridge::def_widget(cls, "label_compare_a", &SnapshotPreviewImage::label_compare_a);
+    bridge::def_widget(cls, "label_compare_b", &SnapshotPreviewImage::label_compare_b);
 }
 
 void bind_preview_empty(PreviewEmptyClass& cls) {
@@ -387,6 +400,7 @@ void bind_thumbnail(ThumbnailClass& cls) {
     COBALTRIG_WIDGET(menu_flags);
     COBALTRIG_WIDGET(menu_move);
     COBALTRIG_WIDGET(action_preview);
+    COBALTRIG_WIDGET(action_compare);
     COBALTRIG_WIDGET(action_unflag);
     COBALTRIG_WIDGET(action_comment);
     COBALTRIG_WIDGET(action_reveal);

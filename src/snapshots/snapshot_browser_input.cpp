@@ -125,6 +125,12 @@ bool SnapshotBrowser::claims_key(const QKeyEvent& event, QObject* watched) const
     const QString text = event.text();
     if (event.key() == Qt::Key_Escape || text == QLatin1String("d"))
         return true;
+    if (text == QLatin1String("c") && hover_thumbnails && !current_thumb_src.isEmpty())
+        return true;
+    if (built() && preview_image->comparing() &&
+        (text.compare(QLatin1String("w"), Qt::CaseInsensitive) == 0 ||
+         text.compare(QLatin1String("s"), Qt::CaseInsensitive) == 0))
+        return true;
     if (hover_preview && (text == QLatin1String("+") || text == QLatin1String("=") ||
                           text == QLatin1String("-") || text == QLatin1String("h")))
         return true;
@@ -134,6 +140,11 @@ bool SnapshotBrowser::claims_key(const QKeyEvent& event, QObject* watched) const
 }
 
 bool SnapshotBrowser::browser_key(QKeyEvent& event, QObject* watched) {
+    // While comparing, Escape ends the compare; the next one closes the window as ever.
+    if (event.key() == Qt::Key_Escape && built() && preview_image->comparing()) {
+        preview_image->end_compare();
+        return true;
+    }
     if (event.key() == Qt::Key_Escape) {
         fade_method = QStringLiteral("out");
         fade();
@@ -147,6 +158,21 @@ bool SnapshotBrowser::browser_key(QKeyEvent& event, QObject* watched) {
     if (text == QLatin1String("d")) {
         delete_pointed(*this);
         return true;
+    }
+    // "c" compares the preview with the thumbnail under the pointer, as "d" acts on it.
+    if (text == QLatin1String("c") && hover_thumbnails && !current_thumb_src.isEmpty()) {
+        preview_image->compare_with(current_thumb_src);
+        return true;
+    }
+    if (preview_image->comparing()) {
+        if (text.compare(QLatin1String("w"), Qt::CaseInsensitive) == 0) {
+            preview_image->toggle_wipe();
+            return true;
+        }
+        if (text.compare(QLatin1String("s"), Qt::CaseInsensitive) == 0) {
+            preview_image->swap_compare();
+            return true;
+        }
     }
     if (hover_preview) {
         QScrollBar* vertical = preview_image->scroll_area->verticalScrollBar();

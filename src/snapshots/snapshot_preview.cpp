@@ -5,14 +5,18 @@
 #include "frame/siblings.h"
 #include "frame/window_slots.h"
 #include "snapshots/snapshot_browser.h"
+#include "snapshots/snapshot_compare.h"
 #include "snapshots/snapshot_thumbnail.h"
+#include "snapshots/take_snapshot.h"
 
 #include <pybind11/stl.h>
 
 #include <QAction>
 #include <QColor>
 #include <QCursor>
+#include <QDir>
 #include <QFileInfo>
+#include <QHideEvent>
 #include <QIcon>
 #include <QImage>
 #include <QKeyEvent>
@@ -24,6 +28,7 @@
 #include <QResizeEvent>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QTemporaryDir>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -50,23 +55,6 @@ bool isFile(const std::optional<QString>& path) {
     return path && !path->isEmpty() && QFileInfo(*path).isFile();
 }
 
-// The label that shows the preview: it paints only the part of the zoomed image in view. A plain
-// QLabel keeps a copy of its pixmap scaled to its whole size, gigabytes at a high zoom.
-class ImageLabel : public QLabel {
-public:
-    using QLabel::QLabel;
-
-protected:
-    void paintEvent(QPaintEvent* event) override {
-        if (pixmap(Qt::ReturnByValue).isNull())
-            QLabel::paintEvent(event);
-        else {
-            QFrame::paintEvent(event);
-            paint_scaled_pixmap(*this, event->rect());
-        }
-    }
-};
-
 } // namespace
 
 QPoint centred_under_pointer(const QWidget* window) {
@@ -83,7 +71,8 @@ SnapshotPreviewImage::SnapshotPreviewImage(SnapshotBrowser* browser) : snapshotb
                     [this] { show_right_click_menu(); });
     icons = siblings::load_icons();
 
-    image_label = new ImageLabel(this);
+    wipe_label_ = new PreviewLabel(this);
+    image_label = wipe_label_;
     image_label->setBackgroundRole(QPalette::Base);
     image_label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Ignored);
     image_label->setScaledContents(true);
@@ -97,6 +86,24 @@ SnapshotPreviewImage::SnapshotPreviewImage(SnapshotBrowser* browser) : snapshotb
     layout_main = new QVBoxLayout(this);
     layout_main->addWidget(scroll_area);
     setLayout(layout_main);
+
+    // Over the pane's corners, out of the layout, and never in the way of a drag.
+    for (QLabel** corner : {&label_compare_a, &label_compare_b}) {
+        *corner = new QLabel(this);
+        (*corner)->setObjectName(corner == &label_compare_a ? QStringLiteral("compare_a")
+                                                            : QStringLiteral("compare_b"));
+        (*corner)->setStyleSheet(QStringLiteral(
+            "QLabel {background-color: rgba(0, 0, 0, 150); color: rgb(230, 230, 230); "
+            "padding: 2px 6px;}"));
+        (*corner)->setAttribute(Qt::WA_TransparentForMouseEvents);
+        (*corner)->hide();
+    }
+}
+
+SnapshotPreviewImage::~SnapshotPreviewImage() {
+    // The label paints from the compare; it goes after this, with the other children.
+    if (wipe_label_)
+        wipe_label_->set_compare(nullptr);
 }
 
 QIcon SnapshotPreviewImage::icon(const char* key) const {
@@ -109,6 +116,7 @@ void SnapshotPreviewImage::message(const std::string& text) {
 }
 
 void SnapshotPreviewImage::set_image(const std::optional<QString>& src, bool update_xml) {
+    drop_compare();
     if (!isFile(src)) {
         snapshotbrowser->preview_empty->setVisible(true);
         snapshotbrowser->preview_image->setVisible(false);
@@ -199,7 +207,10 @@ void SnapshotPreviewImage::normal_size() {
 void SnapshotPreviewImage::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
     // The pane's new size gives a new fitted size; the zoom stays what it was relative to it.
-    guarded("preview resized", [this] { show_at_zoom(); });
+    guarded("preview resized", [this] {
+        show_at_zoom();
+        show_compare_labels();
+    });
 }
 
 void SnapshotPreviewImage::show_right_click_menu() {
@@ -264,6 +275,18 @@ void SnapshotPreviewImage::show_right_click_menu() {
         slots::module().attr("show_comment_window")(
             comment_src, py::cast(snapshotbrowser, py::return_value_policy::reference));
     });
+
+    action_compare_current =
+        menu_main->addAction(icon("icon_snapshot"), QStringLiteral("compare with current"));
+    connect_guarded(action_compare_current, &QAction::triggered, this, "compare with current",
+                    [this] { compare_with_current(); });
+    if (comparing()) {
+        action_end_compare = menu_main->addAction(icon("icon_x"), QStringLiteral("end compare"));
+        connect_guarded(action_end_compare, &QAction::triggered, this, "end compare",
+                        [this] { end_compare(); });
+    } else {
+        action_end_compare = nullptr;
+    }
 
     sep = menu_main->addSeparator();
     action_clear = menu_main->addAction(icon("icon_x"), QStringLiteral("clear"));
@@ -361,6 +384,16 @@ void SnapshotPreviewImage::keyReleaseEvent(QKeyEvent* event) {
         alt_hold = false;
 }
 
+void SnapshotPreviewImage::hideEvent(QHideEvent* event) {
+    QWidget::hideEvent(event);
+    // The browser closing ends a compare and takes the render of "now" with it; the settings
+    // panel taking the pane's place does not.
+    guarded("preview hidden", [&] {
+        if (comparing() && !event->spontaneous() && !snapshotbrowser->isVisible())
+            end_compare();
+    });
+}
+
 void SnapshotPreviewImage::enterEvent(EnterEvent* event) {
     QWidget::enterEvent(event);
     snapshotbrowser->hover_preview = true;
@@ -369,6 +402,147 @@ void SnapshotPreviewImage::enterEvent(EnterEvent* event) {
 void SnapshotPreviewImage::leaveEvent(QEvent* event) {
     QWidget::leaveEvent(event);
     snapshotbrowser->hover_preview = false;
+}
+
+// --- Compare ---
+
+namespace {
+
+constexpr const char* kNothingToCompare =
+    "There is no snapshot in the preview to compare with. Show one there first.";
+
+} // namespace
+
+std::optional<double> SnapshotPreviewImage::wipe_split() const {
+    if (!compare_)
+        return std::nullopt;
+    return compare_->split;
+}
+
+bool SnapshotPreviewImage::start_compare(const QString& b, const QString& caption_b) {
+    if (isHidden() || preview_pixmap.isNull()) {
+        message(kNothingToCompare);
+        return false;
+    }
+    // B is read whole, as A is: the pane shows both at the same zoom.
+    ShownImage shown = read_shown_image(b);
+    if (shown.image.isNull()) {
+        message(QStringLiteral("Cannot compare with %1: %2")
+                    .arg(QFileInfo(b).fileName(), shown.reason)
+                    .toStdString());
+        return false;
+    }
+    const QString base = compare_ ? compare_->base : image;
+    drop_compare();
+    compare_ = std::make_unique<WipeCompare>();
+    compare_->base = base;
+    compare_->a = image;
+    compare_->caption_a = compare_caption(image);
+    compare_->b = b;
+    compare_->caption_b = caption_b;
+    compare_->pixmap_b = QPixmap::fromImage(std::move(shown.image));
+    wipe_label_->set_compare(compare_.get());
+    show_compare_labels();
+    return true;
+}
+
+void SnapshotPreviewImage::compare_with(const QString& src) {
+    start_compare(src, compare_caption(src));
+}
+
+void SnapshotPreviewImage::compare_with_current() {
+    const std::optional<QString> remembered = rememberedPreview();
+    if (!isFile(remembered)) {
+        message(kNothingToCompare);
+        return;
+    }
+    // "Now" is compared with the remembered snapshot, whatever the pane showed last.
+    if (comparing() || image != *remembered || isHidden())
+        set_image(remembered, false);
+    if (preview_pixmap.isNull()) {
+        message(kNothingToCompare);
+        return;
+    }
+    auto now_dir = std::make_unique<QTemporaryDir>(QDir(QDir::tempPath())
+                                                       .filePath(QStringLiteral("cobaltRig_compare_XXXXXX")));
+    if (!now_dir->isValid()) {
+        message(QStringLiteral("Cannot make a temporary file to render the viewer into: %1")
+                    .arg(now_dir->errorString())
+                    .toStdString());
+        return;
+    }
+    const QString now = now_dir->filePath(QStringLiteral("now.jpg"));
+    // The checks and their messages are those of taking a snapshot.
+    if (!snapshots::render_current(now.toStdString()))
+        return;
+    if (!QFileInfo(now).isFile()) {
+        message("The render of the viewer wrote no image; there is nothing to compare with.");
+        return;
+    }
+    if (start_compare(now, QStringLiteral("now")))
+        compare_->now_dir = std::move(now_dir);
+}
+
+void SnapshotPreviewImage::drop_compare() {
+    if (!compare_)
+        return;
+    wipe_label_->set_compare(nullptr);
+    label_compare_a->hide();
+    label_compare_b->hide();
+    compare_.reset();
+}
+
+void SnapshotPreviewImage::end_compare() {
+    if (!compare_)
+        return;
+    const QString base = compare_->base;
+    drop_compare();
+    set_image(base, false);
+}
+
+void SnapshotPreviewImage::toggle_wipe() {
+    if (!compare_)
+        return;
+    compare_->wipe = !compare_->wipe;
+    wipe_label_->update();
+    show_compare_labels();
+}
+
+void SnapshotPreviewImage::swap_compare() {
+    if (!compare_)
+        return;
+    std::swap(compare_->a, compare_->b);
+    std::swap(compare_->caption_a, compare_->caption_b);
+    std::swap(preview_pixmap, compare_->pixmap_b);
+    image = compare_->a;
+    image_label->setPixmap(preview_pixmap);
+    // Same zoom and offset: the label takes the new A's shape at the zoom it had.
+    show_at_zoom();
+    wipe_label_->update();
+    show_compare_labels();
+}
+
+void SnapshotPreviewImage::show_compare_labels() {
+    if (!compare_)
+        return;
+    QWidget* viewport = scroll_area->viewport();
+    const QRect view(viewport->mapTo(this, QPoint(0, 0)), viewport->size());
+    constexpr int margin = 6;
+    const int room = std::max(20, view.width() / 2 - 2 * margin);
+    auto place = [&](QLabel* label, const QString& text, bool right) {
+        label->setText(label->fontMetrics().elidedText(text, Qt::ElideMiddle, room));
+        label->setToolTip(text);
+        label->adjustSize();
+        const int x = right ? view.right() + 1 - margin - label->width() : view.left() + margin;
+        label->move(x, view.top() + margin);
+        label->raise();
+        label->show();
+    };
+    place(label_compare_a, compare_->caption_a, false);
+    if (compare_->wipe)
+        place(label_compare_b, compare_->caption_b, true);
+    else
+        label_compare_b->hide();
 }
 
 // --- SnapshotPreviewEmpty ---

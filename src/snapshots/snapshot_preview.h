@@ -11,6 +11,7 @@
 #include <QWidget>
 
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -23,11 +24,14 @@ class QVBoxLayout;
 namespace cobaltrig {
 
 class SnapshotBrowser;
+class PreviewLabel;
+struct WipeCompare;
 
 class SnapshotPreviewImage : public QWidget {
     Q_OBJECT
 public:
     explicit SnapshotPreviewImage(SnapshotBrowser* snapshotbrowser);
+    ~SnapshotPreviewImage() override;
 
     /// Shows the image at `src` at the pane's width, or the empty pane when there is no such file;
     /// `update_xml` also makes it the remembered preview.
@@ -50,6 +54,22 @@ public:
     void insert_preview();
     /// Inserts the remembered snapshot's node graph, beside the current graph or in its place.
     void ask_insert_snapshot();
+
+    // Compare: the shown image (A) left of a wipe line, another (B) right of it. Showing any
+    // single image ends a compare.
+    /// Compares the image shown with the snapshot at `src`; a message when either can't be shown.
+    void compare_with(const QString& src);
+    /// Compares the remembered preview with what the viewer shows now, rendered as a snapshot
+    /// would be but into a temporary file that goes when the compare ends.
+    void compare_with_current();
+    /// Shows again the single image shown before the compare.
+    void end_compare();
+    /// Off shows A alone.
+    void toggle_wipe();
+    void swap_compare();
+    bool comparing() const { return compare_ != nullptr; }
+    /// Where the wipe line stands, as a part of the image's width; none without a compare.
+    std::optional<double> wipe_split() const;
 
     SnapshotBrowser* snapshotbrowser;
     QString image;
@@ -75,6 +95,11 @@ public:
     QAction* action_comment = nullptr;
     QAction* sep = nullptr;
     QAction* action_clear = nullptr;
+    QAction* action_compare_current = nullptr;
+    QAction* action_end_compare = nullptr;
+    /// The names of A and B in the pane's top corners while comparing.
+    QLabel* label_compare_a = nullptr;
+    QLabel* label_compare_b = nullptr;
 
     /// How far the zoom goes either way from the fitted size.
     static constexpr double kMinZoom = 1.0 / 8;
@@ -88,12 +113,20 @@ protected:
     void keyReleaseEvent(QKeyEvent* event) override;
     void enterEvent(EnterEvent* event) override;
     void leaveEvent(QEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
 
 private:
     QIcon icon(const char* key) const;
     void message(const std::string& text);
     /// Sizes the label to the fitted size times the zoom.
     void show_at_zoom();
+    /// Starts a compare of the shown image with `b`, read whole; false after a message.
+    bool start_compare(const QString& b, const QString& caption_b);
+    /// Forgets the compare and removes the render of "now"; the image shown stays.
+    void drop_compare();
+    void show_compare_labels();
+    PreviewLabel* wipe_label_ = nullptr;
+    std::unique_ptr<WipeCompare> compare_;
 };
 
 class SnapshotPreviewEmpty : public QLabel {

@@ -324,6 +324,9 @@ void SnapshotThumbnail::show_right_click_menu() {
     action_preview = menu_main->addAction(icon("icon_eye"), QStringLiteral("preview snapshot"));
     connect_guarded(action_preview, &QAction::triggered, this, "preview snapshot",
                     [this] { set_to_preview(); });
+    action_compare = menu_main->addAction(icon("icon_half"), QStringLiteral("compare with preview"));
+    connect_guarded(action_compare, &QAction::triggered, this, "compare with preview",
+                    [this] { snapshotbrowser->preview_image->compare_with(src); });
 
     menu_flags = menu_main->addMenu(icon("icon_flag"), QStringLiteral("flag"));
     action_unflag = menu_flags->addAction(icon("icon_nocolor"), QString());

@@ -110,6 +110,7 @@ public:
     QMenu* menu_flags = nullptr;
     QMenu* menu_move = nullptr;
     QAction* action_preview = nullptr;
+    QAction* action_compare = nullptr;
     QAction* action_unflag = nullptr;
     QAction* action_comment = nullptr;
     QAction* action_reveal = nullptr;
