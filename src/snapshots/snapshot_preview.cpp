@@ -530,7 +530,7 @@ void SnapshotPreviewImage::show_compare_labels() {
     constexpr int margin = 6;
     const int room = std::max(20, view.width() / 2 - 2 * margin);
     auto place = [&](QLabel* label, const QString& text, bool right) {
-        label->setText(label->fontMetrics().elidedText(text, Qt::ElideMiddle, room));
+        label->setText(label->fontMetrics().elidedText(text, Qt::ElideRight, room));
         label->setToolTip(text);
         label->adjustSize();
         const int x = right ? view.right() + 1 - margin - label->width() : view.left() + margin;
