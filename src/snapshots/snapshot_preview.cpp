@@ -387,10 +387,11 @@ void SnapshotPreviewImage::keyReleaseEvent(QKeyEvent* event) {
 void SnapshotPreviewImage::hideEvent(QHideEvent* event) {
     QWidget::hideEvent(event);
     // The browser closing ends a compare and takes the render of "now" with it; the settings
-    // panel taking the pane's place does not.
+    // panel taking the pane's place does not. A window being deleted hides too, with its other
+    // panes possibly gone already: nothing but this pane's own parts is touched here.
     guarded("preview hidden", [&] {
-        if (comparing() && !event->spontaneous() && !snapshotbrowser->isVisible())
-            end_compare();
+        if (comparing() && !event->spontaneous() && !window()->isVisible())
+            drop_compare();
     });
 }
 

@@ -148,7 +148,7 @@ def test_the_line_drags_w_hides_b_s_swaps_and_escape_ends_then_closes(rig, pair,
     assert browser.fade_method == "out"
 
 
-@pytest.mark.parametrize("end", ["menu", "escape", "close", "another image"])
+@pytest.mark.parametrize("end", ["menu", "escape", "close", "deleted", "another image"])
 def test_compare_with_current_leaves_no_file_and_the_script_as_it_was(
         rig, host, nuke, comp, pair, snap_dir, temp, qtbot, end):
     comp["bars"].setSelected(True)
@@ -166,10 +166,14 @@ def test_compare_with_current_leaves_no_file_and_the_script_as_it_was(
         type_key(Qt.Key.Key_Escape)
     elif end == "close":
         browser.close()
+    elif end == "deleted":
+        browser.widget.deleteLater()
+        QtCore.QCoreApplication.sendPostedEvents(None, QtCore.QEvent.Type.DeferredDelete)
     else:
         preview.set_image(pair[1])
 
-    assert not preview.comparing and os.listdir(str(temp)) == []
+    assert os.listdir(str(temp)) == []
+    assert end == "deleted" or not preview.comparing
     assert snapshots_in(snap_dir) == files
     assert host.script_text() == script
     assert nuke.Undo.undoSize() - undo_steps <= 1
