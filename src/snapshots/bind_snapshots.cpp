@@ -185,7 +185,8 @@ void bind_preview_image(PreviewImageClass& cls) {
         .def("end_compare", [](SnapshotPreviewImage& p) { p.end_compare(); })
         .def_property_readonly("comparing", &SnapshotPreviewImage::comparing)
         .def_property_readonly("wipe_split", &SnapshotPreviewImage::wipe_split);
-    bridge::def_widget(cls, "action_compare_current", &SnapshotPreviewImage::action_compare_current);
+    bridge::def_widget(cls, "action_compare_current",
+                       &SnapshotPreviewImage::action_compare_current);
     bridge::def_widget(cls, "action_end_compare", &SnapshotPreviewImage::action_end_compare);
     bridge::def_widget(cls, "label_compare_a", &SnapshotPreviewImage::label_compare_a);
     bridge::def_widget(cls, "label_compare_b", &SnapshotPreviewImage::label_compare_b);

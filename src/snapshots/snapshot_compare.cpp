@@ -122,7 +122,8 @@ void PreviewLabel::mouseMoveEvent(QMouseEvent* event) {
     if (dragging_ && compare_) {
         guarded("wipe dragged", [&] {
             const QRect target = contentsRect();
-            const double split = (x - target.x()) / static_cast<double>(std::max(1, target.width()));
+            const double width = std::max(1, target.width());
+            const double split = (x - target.x()) / width;
             compare_->split = std::clamp(split, 0.0, 1.0);
             update();
         });

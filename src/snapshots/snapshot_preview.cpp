@@ -464,8 +464,8 @@ void SnapshotPreviewImage::compare_with_current() {
         message(kNothingToCompare);
         return;
     }
-    auto now_dir = std::make_unique<QTemporaryDir>(QDir(QDir::tempPath())
-                                                       .filePath(QStringLiteral("cobaltRig_compare_XXXXXX")));
+    auto now_dir = std::make_unique<QTemporaryDir>(
+        QDir(QDir::tempPath()).filePath(QStringLiteral("cobaltRig_compare_XXXXXX")));
     if (!now_dir->isValid()) {
         message(QStringLiteral("Cannot make a temporary file to render the viewer into: %1")
                     .arg(now_dir->errorString())

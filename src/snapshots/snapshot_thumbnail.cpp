@@ -324,7 +324,8 @@ void SnapshotThumbnail::show_right_click_menu() {
     action_preview = menu_main->addAction(icon("icon_eye"), QStringLiteral("preview snapshot"));
     connect_guarded(action_preview, &QAction::triggered, this, "preview snapshot",
                     [this] { set_to_preview(); });
-    action_compare = menu_main->addAction(icon("icon_half"), QStringLiteral("compare with preview"));
+    action_compare =
+        menu_main->addAction(icon("icon_half"), QStringLiteral("compare with preview"));
     connect_guarded(action_compare, &QAction::triggered, this, "compare with preview",
                     [this] { snapshotbrowser->preview_image->compare_with(src); });
 

@@ -65,7 +65,8 @@ def choose(pane, action_name):
 
 def drag(widget, start, end):
     """Through the window system interface, so that Qt picks each event's receiver itself."""
-    window, button, none = widget.window(), Qt.MouseButton.LeftButton, Qt.KeyboardModifier.NoModifier
+    window, button = widget.window(), Qt.MouseButton.LeftButton
+    none = Qt.KeyboardModifier.NoModifier
     handle = window.windowHandle()
     QtTest.QTest.mousePress(handle, button, none, widget.mapTo(window, start))
     QtTest.QTest.mouseMove(handle, widget.mapTo(window, end))
