@@ -3,6 +3,7 @@ version slider at start-up, the thumbnails' marks and context menus, and the fil
 table's selection (delete, move, flush, comment)."""
 
 import os
+import pathlib
 import shutil
 import threading
 
@@ -21,13 +22,11 @@ def write_snapshot(directory, seconds, size=(200, 100), nk=True, comment=None, f
     image.fill(QtGui.QColor(90, 120, 150))
     assert image.save(stem + ".jpg", "JPG")
     if nk:
-        with open(stem + ".nk", "w") as handle:
-            handle.write("# nodes\n")
+        pathlib.Path(stem + ".nk").write_text("# nodes\n")
     if comment is not None or flag is not None:
-        with open(stem + ".xml", "w") as handle:
-            handle.write("<?xml version='1.0' encoding='UTF-8'?>\n<snapshot><metadata>"
-                         "<meta name=\"comment\">{}</meta><meta name=\"flag\">{}</meta>"
-                         "</metadata></snapshot>\n".format(comment or "", flag or ""))
+        pathlib.Path(stem + ".xml").write_text(
+            "<?xml version='1.0' encoding='UTF-8'?>\n<snapshot><metadata><meta name=\"comment\">{}"
+            "</meta><meta name=\"flag\">{}</meta></metadata></snapshot>\n".format(comment or "", flag or ""))
     return stem + ".jpg"
 
 
@@ -286,7 +285,8 @@ def test_flush_asks_then_empties_the_directory_but_keeps_folders(rig, snap_dir, 
     QtCore.QCoreApplication.sendPostedEvents(None, QtCore.QEvent.DeferredDelete)
 
 
-def test_comment_editor_saves_keeps_the_flag_and_replaces_an_open_editor(rig, helper, snap_dir):
+def test_comment_editor_saves_keeps_the_flag_and_replaces_an_open_or_deleted_editor(rig, helper,
+                                                                                   snap_dir):
     src = write_snapshot(snap_dir, 2000, flag="10,20,30")
     bare = write_snapshot(snap_dir, 1000)
     browser = rig.show_snapshot_browser()
@@ -315,25 +315,18 @@ def test_comment_editor_saves_keeps_the_flag_and_replaces_an_open_editor(rig, he
     bare_xml = os.path.splitext(bare)[0] + ".xml"
     rig.show_comment_window(bare, browser).push_cancel.click()
     assert not os.path.exists(bare_xml)
-    rig.show_comment_window(bare, browser).push_save.click()
-    assert helper.load_metadata(bare) == {"comment": "", "flag": ""}
-    assert os.path.isfile(bare_xml)
-
-
-def test_a_comment_editor_deleted_elsewhere_is_refused_and_replaced(rig, helper, snap_dir):
-    src = write_snapshot(snap_dir, 1000)
-    browser = rig.show_snapshot_browser()
-    old = rig.show_comment_window(src, browser)
+    # An editor deleted elsewhere is refused, and the next one replaces it.
+    old = rig.show_comment_window(bare, browser)
     old.widget.deleteLater()
     QtCore.QCoreApplication.sendPostedEvents(None, QtCore.QEvent.DeferredDelete)
-
     with pytest.raises(RuntimeError, match="the comment window was closed"):
         old.set_comment()
-    new = rig.show_comment_window(src, browser)
+    new = rig.show_comment_window(bare, browser)
     assert new is not old and new.isVisible()
     new.text_comment.setPlainText("kept")
     new.push_save.click()
-    assert helper.load_metadata(src)["comment"] == "kept"
+    assert helper.load_metadata(bare) == {"comment": "kept", "flag": ""}
+    assert os.path.isfile(bare_xml)
 
 
 @pytest.mark.parametrize("case", ["preview", "preview forgotten", "no snapshot, closed"])
