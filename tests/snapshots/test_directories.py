@@ -185,31 +185,25 @@ def test_deleting_the_current_directory_asks_removes_it_and_leaves_none_current(
     assert messages == ["Please set a snapshot directory before creating a snapshot."]
 
 
-def test_a_directory_removed_meanwhile_is_reported_and_still_unset(rig, helper, snap_dir,
-                                                                   asked, messages):
+@pytest.mark.parametrize("case", ["declined", "the root", "removed meanwhile"])
+def test_a_declined_question_the_root_or_a_directory_gone_deletes_nothing(rig, helper, snap_dir,
+                                                                         asked, messages, case):
+    asked.answer = case != "declined"
     browser = rig.show_snapshot_browser()
-    snap_dir.rmdir()
-
-    choose(browser, DELETE)
-
-    assert messages == ["No such directory."]
-    assert helper.load_settings()["current_snapshot_dir"] is None
-    assert "shot" not in entries(browser)
-
-
-@pytest.mark.parametrize("declined", [True, False], ids=["declined", "the root"])
-def test_a_declined_question_or_the_root_keeps_everything(rig, helper, snap_dir, asked,
-                                                          messages, declined):
-    asked.answer = False
-    browser = rig.show_snapshot_browser()
-    current = str(snap_dir) if declined else str(snap_dir.parent)
+    current = str(snap_dir.parent) if case == "the root" else str(snap_dir)
     helper.update_xml("current_snapshot_dir", current)
+    if case == "removed meanwhile":
+        snap_dir.rmdir()
 
     choose(browser, DELETE)
 
+    if case == "removed meanwhile":
+        assert messages == ["No such directory."] and "shot" not in entries(browser)
+        assert helper.load_settings()["current_snapshot_dir"] is None
+        return
     # The root itself is never deleted as a snapshot directory: not even asked.
-    assert len(asked) == declined and snap_dir.is_dir()
-    if declined:
+    assert len(asked) == (case == "declined") and snap_dir.is_dir()
+    if case == "declined":
         assert messages == [] and browser.combo_snapshot_dir.currentText() == DELETE
     else:
         assert len(messages) == 1 and "nothing was deleted" in messages[0]
