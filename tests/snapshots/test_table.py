@@ -168,28 +168,11 @@ def test_marks_show_comment_and_flag(rig, snap_dir, comment, flag, comment_at):
         assert picture.pixelColor(5, 5) == colour
 
 
-def test_the_flag_menu_flags_and_unflags(rig, helper, snap_dir):
-    src = write_snapshot(snap_dir, 1000)
-    browser = rig.show_snapshot_browser()
-    flags = helper.load_settings()["flags"]
-    thumb = browser.get_thumbnails_list()[0]
-
-    thumb.show_right_click_menu()
-    assert len(thumb.menu_flags.actions()) == 1 + len(flags)
-    thumb.menu_flags.actions()[1].trigger()
-    assert helper.load_metadata(src)["flag"] == flags[0].replace(" ", "")
-    assert browser.get_thumbnails_list()[0].label_flag.isVisible()
-
-    thumb = browser.get_thumbnails_list()[0]
-    thumb.show_right_click_menu()
-    thumb.action_unflag.trigger()
-    assert helper.load_metadata(src)["flag"] == ""
-    assert not browser.get_thumbnails_list()[0].label_flag.isVisible()
-
-
-def test_preview_by_menu_and_double_click_and_not_by_right_click(rig, snap_dir, qtbot):
+def test_a_thumbnails_menu_previews_flags_and_unflags_and_a_right_click_does_not_preview(
+        rig, helper, snap_dir, qtbot):
     old, new = write_snapshot(snap_dir, 1000), write_snapshot(snap_dir, 2000)
     browser = rig.show_snapshot_browser()
+    flags = helper.load_settings()["flags"]
     assert browser.preview_image.image == new
     thumb = browser.get_thumbnails_list()[1]
 
@@ -200,6 +183,16 @@ def test_preview_by_menu_and_double_click_and_not_by_right_click(rig, snap_dir, 
     browser.get_thumbnails_list()[0].set_to_preview()
     qtbot.mouseDClick(thumb.widget, QtCore.Qt.LeftButton)
     assert browser.preview_image.image == old
+
+    assert len(thumb.menu_flags.actions()) == 1 + len(flags)
+    thumb.menu_flags.actions()[1].trigger()
+    assert helper.load_metadata(old)["flag"] == flags[0].replace(" ", "")
+    assert browser.get_thumbnails_list()[1].label_flag.isVisible()
+    thumb = browser.get_thumbnails_list()[1]
+    thumb.show_right_click_menu()
+    thumb.action_unflag.trigger()
+    assert helper.load_metadata(old)["flag"] == ""
+    assert not browser.get_thumbnails_list()[1].label_flag.isVisible()
 
 
 @pytest.mark.parametrize("ranges, gone", [
