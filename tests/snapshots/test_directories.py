@@ -45,25 +45,32 @@ def choose(browser, text):
     box.setCurrentIndex(box.findText(text))
 
 
-@pytest.mark.parametrize("advanced, commands", [
-    ({}, [NEW, DELETE]),
-    ({"new_snapshot_directory": "True", "delete_snapshot_directory": "False"}, [NEW]),
-    ({"new_snapshot_directory": "true", "delete_snapshot_directory": "True"}, [DELETE]),
-    ({"new_snapshot_directory": "", "delete_snapshot_directory": "no"}, []),
+@pytest.mark.parametrize("advanced, commands, outside", [
+    ({}, [NEW, DELETE], False),
+    ({"new_snapshot_directory": "True", "delete_snapshot_directory": "False"}, [NEW], False),
+    ({"new_snapshot_directory": "true", "delete_snapshot_directory": "True"}, [DELETE], False),
+    ({"new_snapshot_directory": "", "delete_snapshot_directory": "no"}, [], False),
+    ({}, [NEW, DELETE], True),  # a current directory outside the root leaves the box on its title
 ])
 def test_the_box_lists_the_commands_shown_then_the_directories_of_the_root(
-        rig, helper, snap_dir, monkeypatch, advanced, commands):
+        rig, helper, snap_dir, tmp_path, monkeypatch, advanced, commands, outside):
     root = snap_dir.parent
     for name in ("b shot", "a_shot", ".hidden"):
         (root / name).mkdir()
     (root / "notes.txt").write_text("")
     monkeypatch.setattr(helper, "parse_advanced_settings", lambda: dict(advanced))
+    shown = jpg(snap_dir, "1700000000_shot")
+    if outside:
+        (tmp_path / "elsewhere").mkdir()
+        jpg(tmp_path / "elsewhere", "1700000000_x")
+        helper.update_xml("current_snapshot_dir", str(tmp_path / "elsewhere"))
 
     browser = rig.show_snapshot_browser()
 
     listed = [n for n in os.listdir(str(root)) if os.path.isdir(os.path.join(str(root), n))]
     assert entries(browser) == [TITLE] + commands + [DIVIDER] + listed
-    assert browser.combo_snapshot_dir.currentText() == "shot"
+    assert browser.combo_snapshot_dir.currentText() == (TITLE if outside else "shot")
+    assert browser.row_sources() == ([] if outside else [shown])
 
 
 def test_opening_selects_the_current_directory_and_switching_brings_rows_slider_and_preview(
@@ -97,19 +104,6 @@ def test_opening_selects_the_current_directory_and_switching_brings_rows_slider_
     assert slider.maximum() == 0 and not preview.isVisible()
     choose(browser, "shot")
     assert slider.maximum() == 3 and preview.image == shown[0] and preview.isVisible()
-
-
-def test_a_current_directory_outside_the_root_leaves_the_box_on_its_title(rig, helper,
-                                                                          snap_dir, tmp_path):
-    elsewhere = tmp_path / "elsewhere"
-    elsewhere.mkdir()
-    jpg(elsewhere, "1700000000_x")
-    helper.update_xml("current_snapshot_dir", str(elsewhere))
-
-    browser = rig.show_snapshot_browser()
-
-    assert browser.combo_snapshot_dir.currentText() == TITLE
-    assert browser.row_sources() == []
 
 
 @pytest.mark.parametrize("script, typed, made, message", [
