@@ -43,6 +43,7 @@ def answer_name(name, suggested=None):
 def choose(browser, text):
     box = browser.combo_snapshot_dir
     box.setCurrentIndex(box.findText(text))
+    QtWidgets.QApplication.processEvents()
 
 
 @pytest.mark.parametrize("advanced, commands, outside", [
