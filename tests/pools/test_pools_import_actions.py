@@ -22,15 +22,20 @@ def library(make_pool, nuke):
     ("False", "False", ["insert in dag", "reveal in file browser", "refresh"]),
     ("yes", "True", ["insert in dag", "reveal in file browser", "refresh", "delete"]),
 ])
-def test_the_menu_of_a_preset(rig, library, user, helper, advanced, monkeypatch, rename, delete,
-                              entries):
+def test_the_menu_of_a_preset_and_its_reveal(rig, library, user, helper, advanced, monkeypatch,
+                                             rename, delete, entries):
     advanced(items_rename=rename, items_delete=delete)
     monkeypatch.setattr(helper, "get_explorer_name", lambda: "file browser")
+    opened = []
+    monkeypatch.setattr(helper, "open_in_explorer",
+                        lambda path, parent=None: opened.append((path, parent.windowTitle())))
     window = rig.import_preset()
     assert user.open_menu(window) is None  # nothing current, no menu
     assert not user.open_menu(window, library / "nodes" / "Grade").isVisible()
     menu = user.open_menu(window, library / "nodes" / "Grade" / "warm.nk")
     assert menu.isVisible() and [a.text() for a in menu.actions()] == entries
+    window.action_reveal.trigger()
+    assert opened == [(str(library / "nodes" / "Grade"), "Import node/toolset")]
 
 
 MISSING = "The file wasn't found. It doesn't exist anymore."
@@ -134,16 +139,6 @@ def test_in_a_pool_whose_path_holds_nk_folders_get_the_menu_and_a_delete_fails(
     window.action_delete.trigger()
     assert [text[:18] for text, _ in messages] == ["An error occured. "]
     assert (pool / "nodes" / "Grade").is_dir()
-
-
-def test_reveal_opens_the_presets_folder(rig, library, user, helper, monkeypatch):
-    opened = []
-    monkeypatch.setattr(helper, "open_in_explorer",
-                        lambda path, parent=None: opened.append((path, parent.windowTitle())))
-    window = rig.import_preset()
-    user.open_menu(window, library / "nodes" / "Grade" / "warm.nk")
-    window.action_reveal.trigger()
-    assert opened == [(str(library / "nodes" / "Grade"), "Import node/toolset")]
 
 
 def test_a_window_replaced_while_its_delete_question_is_open_deletes_nothing(

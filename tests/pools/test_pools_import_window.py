@@ -60,22 +60,6 @@ def test_search_filters_by_file_name(rig, library, qtbot, user, text, presets):
     assert shown(window, user) == presets
 
 
-def test_categories_open_on_a_match_and_clearing_restores_and_closes_them(
-        rig, library, qtbot, user):
-    window = rig.import_preset()
-    items = user.items(window)
-    grade, blur = items[str(library / "nodes" / "Grade")], items[str(library / "nodes" / "Blur")]
-    blur.setExpanded(True)
-
-    qtbot.keyClicks(window.input_name, "warm")
-    assert grade.isExpanded() and not grade.isHidden() and blur.isHidden()
-
-    window.input_name.clear()
-    assert not grade.isExpanded() and not blur.isExpanded()
-    assert not any(item.isHidden() for item in items.values())
-    assert items[str(library / "nodes")].isExpanded() and items[str(library / "toolsets")].isExpanded()
-
-
 @pytest.mark.parametrize("layout", [(), ("nodes/Grade/warm.nk",)])
 def test_search_on_an_empty_tree_or_a_pool_with_one_folder_fails_nowhere(
         rig, make_pool, qtbot, user, capsys, layout):
@@ -90,10 +74,23 @@ def test_search_on_an_empty_tree_or_a_pool_with_one_folder_fails_nowhere(
     assert capsys.readouterr().err == ""
 
 
-def test_a_search_after_the_tree_is_rebuilt_sees_the_new_tree(rig, library, qtbot, user):
+def test_categories_open_on_a_match_clearing_closes_them_and_a_rebuilt_tree_is_searched_anew(
+        rig, library, qtbot, user):
+    window = rig.import_preset()
+    items = user.items(window)
+    grade, blur = items[str(library / "nodes" / "Grade")], items[str(library / "nodes" / "Blur")]
+    blur.setExpanded(True)
+
+    qtbot.keyClicks(window.input_name, "warm")
+    assert grade.isExpanded() and not grade.isHidden() and blur.isHidden()
+
+    window.input_name.clear()
+    assert not grade.isExpanded() and not blur.isExpanded()
+    assert not any(item.isHidden() for item in items.values())
+    assert items[str(library / "nodes")].isExpanded() and items[str(library / "toolsets")].isExpanded()
+
     # The search keeps what it reads of the items between keystrokes; a rebuilt tree must not be
     # searched through the items of the old one.
-    window = rig.import_preset()
     qtbot.keyClicks(window.input_name, "warm")
     (library / "nodes" / "Blur" / "warmer.nk").write_text("")
     (library / "nodes" / "Grade" / "warm.nk").unlink()

@@ -51,7 +51,7 @@ def test_a_change_of_pool_rewrites_every_entry_of_the_key_and_keeps_the_rest(
     assert b"hide_disabled_items" not in raw  # a key the file doesn't hold stays absent
 
 
-def test_the_next_export_window_opens_on_the_pool_chosen_in_the_import_window(
+def test_the_next_export_window_opens_on_the_pool_chosen_and_its_slider_sizes_its_own_tree(
         rig, nuke, helper, two_pools, user):
     before = settings_bytes(helper)
     window = rig.import_preset()
@@ -63,6 +63,11 @@ def test_the_next_export_window_opens_on_the_pool_chosen_in_the_import_window(
     export = rig.show_export_window(nuke.nodes.Blur())
     assert (export.combo_pool.currentText(), export.combo_pool.toolTip()) == ("two", str(two_pools[1]))
     assert export.tree.currentItem().data(0, QtCore.Qt.UserRole) == str(two_pools[1] / "nodes" / "Blur")
+
+    import_size = window.tree.iconSize()
+    export.slider_size.setValue(33)
+    assert export.tree.iconSize() == QtCore.QSize(33, 33) and window.tree.iconSize() == import_size
+    assert helper.load_settings()["icon_size"] == "33"
 
 
 def test_new_pool_opens_the_panel_and_changes_nothing_else(rig, helper, two_pools, monkeypatch,
@@ -116,19 +121,6 @@ def test_an_unusable_pool_says_so_in_the_window_and_makes_no_folder(
         (pool / "nodes").mkdir(parents=True)
         window.populate_tree()
         assert window.tree.topLevelItemCount() == 1 and not notice.isVisible()
-
-
-def test_the_size_slider_stores_the_size_and_resizes_only_its_own_tree(rig, nuke, helper,
-                                                                        two_pools):
-    importer = rig.import_preset()
-    exporter = rig.show_export_window(nuke.nodes.Blur())
-    import_size = importer.tree.iconSize()
-
-    exporter.slider_size.setValue(33)
-
-    assert exporter.tree.iconSize() == QtCore.QSize(33, 33)
-    assert importer.tree.iconSize() == import_size
-    assert helper.load_settings()["icon_size"] == "33"
 
 
 def test_a_failed_rewrite_leaves_the_settings_file_as_it_was(rig, helper, two_pools,

@@ -65,11 +65,17 @@ def test_refusals_leave_the_window_open_and_write_nothing(
     assert sorted(p.name for p in pool.rglob("*.nk")) == ["glow.nk", "warm.nk"]
 
 
-@pytest.mark.parametrize("go_ahead", [False, True])
+@pytest.mark.parametrize("go_ahead, linked", [(False, False), (True, False), (True, True)],
+                         ids=["declined", "overwritten", "a link's target overwritten"])
 def test_saving_under_a_clicked_presets_name_asks_first(rig, nuke, pool, qtbot, user, ask, messages,
-                                                 go_ahead):
+                                                        tmp_path, go_ahead, linked):
     preset = pool / "nodes" / "Grade" / "warm.nk"
-    preset.write_text("not a script yet")
+    target = tmp_path / "team" / "warm.nk" if linked else preset
+    target.parent.mkdir(exist_ok=True)
+    target.write_text("not a script yet")
+    if linked:
+        preset.unlink()
+        preset.symlink_to(target)
     window = rig.show_export_window(nuke.nodes.Grade())
     user.click(window, preset)  # fills the name
     user.click(window, pool / "toolsets" / "fx")
@@ -83,7 +89,9 @@ def test_saving_under_a_clicked_presets_name_asks_first(rig, nuke, pool, qtbot, 
         "The preset 'warm' already exists in the pool 'main'. Do you want to overwrite it?",
         "overwrite warm", "45,0,0")]
     if go_ahead:
-        assert preset_nodes(nuke, preset) == ["Grade"] and messages == [SUCCESS]
+        assert preset_nodes(nuke, target) == ["Grade"] and messages == [SUCCESS]
+        assert preset.is_symlink() == linked
+        assert sorted(p.name for p in target.parent.iterdir()) == ["warm.nk"]
     else:
         assert preset.read_text() == "not a script yet"
         assert window.isVisible() and messages == []
@@ -176,23 +184,6 @@ def test_an_overwrite_the_host_does_not_finish_keeps_the_old_preset(
         assert messages == [("The preset '{}' was not written: the host wrote nothing.".format(preset), True)]
     else:
         assert messages == [] and "disk full" in capsys.readouterr().err
-
-
-def test_an_overwrite_replaces_a_linked_presets_target(rig, nuke, pool, qtbot, user, ask, messages, tmp_path):
-    shared = tmp_path / "team" / "warm.nk"
-    shared.parent.mkdir()
-    shared.write_text("the team's preset")
-    link = pool / "nodes" / "Grade" / "warm.nk"
-    link.unlink()
-    link.symlink_to(shared)
-    window = rig.show_export_window(nuke.nodes.Grade(label="new"))
-    user.click(window, link)
-    ask.reply = True
-    qtbot.mouseClick(window.push_save, QtCore.Qt.LeftButton)
-
-    assert messages == [SUCCESS] and link.is_symlink()
-    assert preset_nodes(nuke, shared) == ["Grade"]
-    assert sorted(p.name for p in shared.parent.iterdir()) == ["warm.nk"]
 
 
 def test_a_node_inside_a_group_is_exported_from_its_group(rig, nuke, pool, qtbot, user, messages):

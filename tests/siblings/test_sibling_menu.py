@@ -47,11 +47,8 @@ def entries(nuke, monkeypatch, qapp):
     nuke.menu("Nuke").removeItem("cobaltRig")
 
 
-def test_start_up_puts_the_icons_on_the_plugin_path(entries, nuke):
+def test_each_entry_runs_its_operation_with_its_hotkey_and_finds_the_icons(entries, nuke):
     assert os.path.isfile(os.path.join(nuke.pluginPath()[0], "look_star.png"))
-
-
-def test_each_entry_runs_its_own_operation_with_its_hotkey(entries):
     module, items = entries
     ran = {}
     for item in items:

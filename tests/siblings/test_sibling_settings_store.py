@@ -1,6 +1,7 @@
 """The settings store: where it lives, what a new one holds, and how it is read and rewritten."""
 
 import os
+import pathlib
 import xml.etree.ElementTree as ET
 
 import pytest
@@ -10,14 +11,12 @@ from cobaltRig import helper
 
 def write_settings(text):
     path = helper.get_settings_xml()
-    with open(path, "w", encoding="utf-8") as handle:
-        handle.write(text)
+    pathlib.Path(path).write_text(text, encoding="utf-8")
     return path
 
 
 def read_bytes(path):
-    with open(path, "rb") as handle:
-        return handle.read()
+    return pathlib.Path(path).read_bytes()
 
 
 def test_home_follows_the_environment_at_each_call(tmp_path, monkeypatch):
@@ -79,14 +78,15 @@ def test_update_xml_round_trip(key, value, expected):
     assert list(fresh["pools"]) == ["default"]
 
 
-def test_update_xml_sets_every_element_of_a_duplicated_key():
+def test_update_xml_sets_every_element_of_a_duplicated_key_and_keeps_the_permissions():
     path = write_settings(
         "<cobaltRig><settings><setting name='icon_size'>1</setting><setting name='x'>y</setting>"
         "<setting name='icon_size'>2</setting></settings></cobaltRig>"
     )
+    os.chmod(path, 0o640)
     helper.update_xml("icon_size", "30")
     texts = [e.text for e in ET.parse(path).getroot().iter("setting") if e.get("name") == "icon_size"]
-    assert texts == ["30", "30"]
+    assert texts == ["30", "30"] and os.stat(path).st_mode & 0o777 == 0o640
 
 
 def test_failed_write_leaves_the_old_file_and_no_leftovers(monkeypatch):
@@ -103,13 +103,6 @@ def test_failed_write_leaves_the_old_file_and_no_leftovers(monkeypatch):
     monkeypatch.undo()
     assert read_bytes(path) == before
     assert [n for n in os.listdir(os.path.dirname(path)) if n != "pools"] == ["settings.xml"]
-
-
-def test_rewrite_keeps_the_files_permissions():
-    path = helper.get_settings_xml()
-    os.chmod(path, 0o640)
-    helper.update_xml("icon_size", "9")
-    assert os.stat(path).st_mode & 0o777 == 0o640
 
 
 def test_pools_and_flags_keep_file_order():

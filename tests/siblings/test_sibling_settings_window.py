@@ -31,15 +31,10 @@ def export_window(qtbot):
                                  build_nodes_dir=lambda: reactions.append("class folder"))
 
 
-def test_storing_a_pool_makes_its_directory_and_appends_it(pool_dir):
-    assert settings.store_new_pool("  studio ", pool_dir) == ("studio", pool_dir)
-    assert sorted(os.listdir(pool_dir)) == ["nodes", "toolsets"]
-    assert list(helper.load_settings()["pools"].items())[-1] == ("studio", pool_dir)
-
-
 @pytest.mark.parametrize(
     "name, path, words",
     [
+        ("  studio ", "pools/studio", None),
         ("", "dir", "enter a name"),
         ("   ", "dir", "enter a name"),
         ("default", "dir", "already exists"),
@@ -48,20 +43,27 @@ def test_storing_a_pool_makes_its_directory_and_appends_it(pool_dir):
         ("studio", "a_file", "not a directory"),
     ],
 )
-def test_refused_pools_leave_the_store_alone(tmp_path, name, path, words):
+def test_storing_a_pool_makes_its_directory_and_appends_it_or_leaves_the_store_alone(
+        tmp_path, name, path, words):
     (tmp_path / "a_file").write_text("x")
     before = helper.load_settings()["pools"]
+    path = str(tmp_path / path) if path else ""
+    if words is None:
+        assert settings.store_new_pool(name, path) == ("studio", path)
+        assert sorted(os.listdir(path)) == ["nodes", "toolsets"]
+        assert list(helper.load_settings()["pools"].items()) == list(before.items()) + [("studio", path)]
+        return
     with pytest.raises(ValueError, match=words):
-        settings.store_new_pool(name, str(tmp_path / path) if path else "")
+        settings.store_new_pool(name, path)
     assert helper.load_settings()["pools"] == before
     assert not (tmp_path / "dir").exists()
 
 
-def fill_panel(name, path, button="add pool"):
+def fill_panel(name, path):
     def action(dialog):
         dialog.input_name.setText(name)
         dialog.input_path.setText(path)
-        {"add pool": dialog.push_save, "cancel": dialog.push_cancel}[button].click()
+        dialog.push_save.click()
 
     return action
 
@@ -78,7 +80,8 @@ def test_new_pool_appears_in_the_export_window_and_is_selected(answer_modal, exp
     assert helper.load_settings()["pools"]["studio"] == pool_dir
 
 
-def test_refused_name_keeps_the_panel_open_with_a_message(answer_modal, export_window, pool_dir, monkeypatch):
+def test_refused_name_keeps_the_panel_open_and_cancel_goes_back_to_the_pool_on_show(
+        answer_modal, export_window, pool_dir, monkeypatch):
     messages = []
 
     def refuse_then_cancel(parent, text):
@@ -89,15 +92,8 @@ def test_refused_name_keeps_the_panel_open_with_a_message(answer_modal, export_w
     answer_modal(fill_panel("default", pool_dir))
     assert settings.show_panel_new_pool(None, exportwindow=export_window) is None
     assert messages == ["A pool named 'default' already exists. Please choose a different name."]
-    assert list(helper.load_settings()["pools"]) == ["default"]
-
-
-def test_cancel_goes_back_to_the_pool_on_show(answer_modal, export_window, pool_dir):
-    answer_modal(fill_panel("studio", pool_dir, button="cancel"))
-    assert settings.show_panel_new_pool(None, exportwindow=export_window) is None
-    assert export_window.combo_pool.currentText() == "default"
-    assert export_window.combo_pool.count() == 2
-    assert not os.path.exists(pool_dir)
+    assert list(helper.load_settings()["pools"]) == ["default"] and not os.path.exists(pool_dir)
+    assert (export_window.combo_pool.currentText(), export_window.combo_pool.count()) == ("default", 2)
 
 
 def test_settings_window_lists_pools_and_saves_switches(qtbot, pool_dir):

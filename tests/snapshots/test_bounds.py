@@ -1,9 +1,8 @@
 """What the browser holds and how far it goes: the zoom stays within bounds of the fitted image,
-fit shows the whole image, thumbnails keep only the pixels they show, and the graph is replaced
-only by a click of its own."""
+fit shows the whole image, and thumbnails keep only the pixels they show."""
 
 import pytest
-from cobaltRig.qt import QtCore, QtTest, QtWidgets, shiboken
+from cobaltRig.qt import QtCore, QtWidgets
 
 from conftest import rows_follow_the_column, write_jpg
 from test_table import write_snapshot
@@ -83,30 +82,3 @@ def test_resizing_scales_only_the_rows_that_hold_pixels(rig, helper, snap_dir, q
     browser.adjust_splitter_sizes()
 
     assert [r.message for r in qtlog.records if "null pixmap" in r.message] == []
-
-
-def test_return_in_the_insert_question_appends(rig, helper, snap_dir, nuke):
-    shot = write_jpg(snap_dir / "1700000000_comp.jpg", 400, 200)
-    nuke.nodes.Blur(name="saved_blur").selectOnly()
-    nuke.nodeCopy(shot[:-4] + ".nk")
-    nuke.scriptClear()
-    nuke.nodes.Constant(name="mine")
-    browser = open_on(rig, helper, shot)
-
-    def press():
-        box = QtWidgets.QApplication.activeModalWidget()
-        if box is None:
-            return QtCore.QTimer.singleShot(10, press)
-        box.activateWindow()
-        QtCore.QTimer.singleShot(50, lambda: type_return(box))
-
-    def type_return(box):
-        assert QtWidgets.QApplication.activeWindow() == box
-        QtTest.QTest.keyClick(QtWidgets.QApplication.focusWidget(), Qt.Key_Return)
-        # A box that Return leaves open is told apart from one that appended.
-        QtCore.QTimer.singleShot(200, lambda: shiboken.isValid(box) and box.reject())
-
-    QtCore.QTimer.singleShot(0, press)
-    browser.preview_image.ask_insert_snapshot()
-
-    assert sorted(n.name() for n in nuke.allNodes()) == ["mine", "saved_blur"]

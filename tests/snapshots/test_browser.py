@@ -13,8 +13,10 @@ from conftest import snapshots_in
 pytestmark = pytest.mark.usefixtures("browser_slot")
 
 
-def test_it_opens_frameless_on_top_centred_at_the_stored_size(rig, helper, snap_dir):
-    helper.update_xml("snapshotbrowser_size_current", "900,600")
+@pytest.mark.parametrize("tooltips", ["True", "False", "true"])
+def test_it_opens_frameless_on_top_centred_at_the_stored_size_with_tool_tips_if_switched_on(
+        rig, helper, snap_dir, tooltips):
+    helper.update_settings({"snapshotbrowser_size_current": "900,600", "tooltips": tooltips})
 
     browser = rig.show_snapshot_browser()
 
@@ -26,6 +28,10 @@ def test_it_opens_frameless_on_top_centred_at_the_stored_size(rig, helper, snap_
     screen = QtGui.QGuiApplication.primaryScreen().availableGeometry()
     assert abs(window.frameGeometry().center().x() - screen.center().x()) <= 1
     assert not browser.group_settings.isVisible()
+    on = tooltips == "True"
+    assert bool(browser.push_snapshot.toolTip()) is on
+    assert bool(browser.input_custom_height.toolTip()) is on
+    assert not browser.push_help.toolTip()
 
 
 def test_a_second_opening_replaces_the_first_and_nothing_keeps_it_alive(rig, snap_dir):
@@ -83,18 +89,6 @@ def test_a_directory_that_cannot_be_made_stops_the_window_after_its_message(
     with pytest.raises(RuntimeError):
         browser.populate_table_thumbs()
     assert capsys.readouterr().err == ""
-
-
-@pytest.mark.parametrize("tooltips", ["True", "False", "true"])
-def test_tool_tips_only_when_switched_on(rig, helper, snap_dir, tooltips):
-    helper.update_xml("tooltips", tooltips)
-
-    browser = rig.show_snapshot_browser()
-
-    on = tooltips == "True"
-    assert bool(browser.push_snapshot.toolTip()) is on
-    assert bool(browser.input_custom_height.toolTip()) is on
-    assert not browser.push_help.toolTip()
 
 
 class UrlCatcher(QtCore.QObject):

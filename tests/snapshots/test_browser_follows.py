@@ -4,18 +4,13 @@ directory chosen, and the rows that a refresh keeps."""
 import os
 
 import pytest
-from cobaltRig.qt import QtCore, QtWidgets
+from cobaltRig.qt import QtCore
 
 from conftest import rows_follow_the_column
+from test_directories import choose
 from test_table import move_action, select_rows, write_snapshot
 
 pytestmark = pytest.mark.usefixtures("browser_slot")
-
-
-def choose(browser, text):
-    box = browser.combo_snapshot_dir
-    box.setCurrentIndex(box.findText(text))
-    QtWidgets.QApplication.processEvents()
 
 
 def test_a_move_after_the_root_was_changed_in_the_panel_goes_to_the_new_root(

@@ -43,27 +43,35 @@ def answer_name(name, suggested=None):
 def choose(browser, text):
     box = browser.combo_snapshot_dir
     box.setCurrentIndex(box.findText(text))
+    QtWidgets.QApplication.processEvents()
 
 
-@pytest.mark.parametrize("advanced, commands", [
-    ({}, [NEW, DELETE]),
-    ({"new_snapshot_directory": "True", "delete_snapshot_directory": "False"}, [NEW]),
-    ({"new_snapshot_directory": "true", "delete_snapshot_directory": "True"}, [DELETE]),
-    ({"new_snapshot_directory": "", "delete_snapshot_directory": "no"}, []),
+@pytest.mark.parametrize("advanced, commands, outside", [
+    ({}, [NEW, DELETE], False),
+    ({"new_snapshot_directory": "True", "delete_snapshot_directory": "False"}, [NEW], False),
+    ({"new_snapshot_directory": "true", "delete_snapshot_directory": "True"}, [DELETE], False),
+    ({"new_snapshot_directory": "", "delete_snapshot_directory": "no"}, [], False),
+    ({}, [NEW, DELETE], True),  # a current directory outside the root leaves the box on its title
 ])
 def test_the_box_lists_the_commands_shown_then_the_directories_of_the_root(
-        rig, helper, snap_dir, monkeypatch, advanced, commands):
+        rig, helper, snap_dir, tmp_path, monkeypatch, advanced, commands, outside):
     root = snap_dir.parent
     for name in ("b shot", "a_shot", ".hidden"):
         (root / name).mkdir()
     (root / "notes.txt").write_text("")
     monkeypatch.setattr(helper, "parse_advanced_settings", lambda: dict(advanced))
+    shown = jpg(snap_dir, "1700000000_shot")
+    if outside:
+        (tmp_path / "elsewhere").mkdir()
+        jpg(tmp_path / "elsewhere", "1700000000_x")
+        helper.update_xml("current_snapshot_dir", str(tmp_path / "elsewhere"))
 
     browser = rig.show_snapshot_browser()
 
     listed = [n for n in os.listdir(str(root)) if os.path.isdir(os.path.join(str(root), n))]
     assert entries(browser) == [TITLE] + commands + [DIVIDER] + listed
-    assert browser.combo_snapshot_dir.currentText() == "shot"
+    assert browser.combo_snapshot_dir.currentText() == (TITLE if outside else "shot")
+    assert browser.row_sources() == ([] if outside else [shown])
 
 
 def test_opening_selects_the_current_directory_and_switching_brings_rows_slider_and_preview(
@@ -97,19 +105,6 @@ def test_opening_selects_the_current_directory_and_switching_brings_rows_slider_
     assert slider.maximum() == 0 and not preview.isVisible()
     choose(browser, "shot")
     assert slider.maximum() == 3 and preview.image == shown[0] and preview.isVisible()
-
-
-def test_a_current_directory_outside_the_root_leaves_the_box_on_its_title(rig, helper,
-                                                                          snap_dir, tmp_path):
-    elsewhere = tmp_path / "elsewhere"
-    elsewhere.mkdir()
-    jpg(elsewhere, "1700000000_x")
-    helper.update_xml("current_snapshot_dir", str(elsewhere))
-
-    browser = rig.show_snapshot_browser()
-
-    assert browser.combo_snapshot_dir.currentText() == TITLE
-    assert browser.row_sources() == []
 
 
 @pytest.mark.parametrize("script, typed, made, message", [
@@ -185,31 +180,25 @@ def test_deleting_the_current_directory_asks_removes_it_and_leaves_none_current(
     assert messages == ["Please set a snapshot directory before creating a snapshot."]
 
 
-def test_a_directory_removed_meanwhile_is_reported_and_still_unset(rig, helper, snap_dir,
-                                                                   asked, messages):
+@pytest.mark.parametrize("case", ["declined", "the root", "removed meanwhile"])
+def test_a_declined_question_the_root_or_a_directory_gone_deletes_nothing(rig, helper, snap_dir,
+                                                                         asked, messages, case):
+    asked.answer = case != "declined"
     browser = rig.show_snapshot_browser()
-    snap_dir.rmdir()
-
-    choose(browser, DELETE)
-
-    assert messages == ["No such directory."]
-    assert helper.load_settings()["current_snapshot_dir"] is None
-    assert "shot" not in entries(browser)
-
-
-@pytest.mark.parametrize("declined", [True, False], ids=["declined", "the root"])
-def test_a_declined_question_or_the_root_keeps_everything(rig, helper, snap_dir, asked,
-                                                          messages, declined):
-    asked.answer = False
-    browser = rig.show_snapshot_browser()
-    current = str(snap_dir) if declined else str(snap_dir.parent)
+    current = str(snap_dir.parent) if case == "the root" else str(snap_dir)
     helper.update_xml("current_snapshot_dir", current)
+    if case == "removed meanwhile":
+        snap_dir.rmdir()
 
     choose(browser, DELETE)
 
+    if case == "removed meanwhile":
+        assert messages == ["No such directory."] and "shot" not in entries(browser)
+        assert helper.load_settings()["current_snapshot_dir"] is None
+        return
     # The root itself is never deleted as a snapshot directory: not even asked.
-    assert len(asked) == declined and snap_dir.is_dir()
-    if declined:
+    assert len(asked) == (case == "declined") and snap_dir.is_dir()
+    if case == "declined":
         assert messages == [] and browser.combo_snapshot_dir.currentText() == DELETE
     else:
         assert len(messages) == 1 and "nothing was deleted" in messages[0]

@@ -1,6 +1,6 @@
 """Keys and the pointer as an artist uses them: keys typed into whatever widget Qt gave the focus
-(after opening, or after a real click), "d" on the thumbnail under the pointer, and drags made of
-mouse events that Qt routes itself."""
+(after opening, or after a real click), "d" on the thumbnail under the pointer, drags made of
+mouse events that Qt routes itself, and the arrows that step the preview through the list."""
 
 import os
 
@@ -158,3 +158,52 @@ def test_alt_released_elsewhere_does_not_stick_to_the_image(rig, helper, shots, 
 
     assert preview.image_label.pos() == label_before
     assert window.pos() == QtCore.QPoint(800 - window.width() // 2, 600 - window.height() // 2)
+
+
+@pytest.mark.parametrize("start, key, shown, row_after", [
+    (0, "Down", 1, 1),
+    (2, "Up", 1, 1),
+    # Past either end there is no row to show; the table keeps its own behaviour.
+    (3, "Down", None, 3),
+    (0, "Up", None, 0),
+    # With no current row, Down starts at the top and Up finds nothing.
+    (-1, "Down", 0, None),
+    (-1, "Up", None, None),
+])
+def test_arrows_in_the_list_step_the_preview_through_the_rows(rig, helper, shots, tmp_path, qtbot,
+                                                              start, key, shown, row_after):
+    browser = rig.show_snapshot_browser()
+    table = browser.table_thumbs
+    table.setCurrentCell(start, 0)
+    # An image that no row shows, so that a step is told apart from the start-up preview.
+    elsewhere = write_snapshot(tmp_path, 5)
+    browser.preview_image.set_image(elsewhere)
+
+    qtbot.keyClick(table, getattr(Qt, "Key_" + key))
+
+    remembered = helper.load_settings()["current_snapshot_preview"]
+    assert browser.preview_image.image == (elsewhere if shown is None else shots[shown]) == remembered
+    if row_after is not None:
+        assert table.currentRow() == row_after
+
+
+def test_down_onto_an_image_that_cannot_be_read_says_so_in_the_preview(rig, snap_dir, shots,
+                                                                       qtbot):
+    # The table lists names ending in ".jpg"; one that can't be read keeps its row as a tile.
+    broken = snap_dir / "0999_broken.jpg"
+    broken.write_bytes(b"not an image")
+    browser = rig.show_snapshot_browser()
+    table = browser.table_thumbs
+    assert table.rowCount() == 5 and table.cellWidget(4, 0) is not None
+    table.setCurrentCell(2, 0)
+
+    qtbot.keyClick(table, Qt.Key_Down)
+    qtbot.keyClick(table, Qt.Key_Down)
+
+    preview = browser.preview_image
+    pixmap = preview.image_label.pixmap()
+    assert preview.image == str(broken) and preview.isVisible()
+    assert (pixmap is None or pixmap.isNull()) and preview.image_label.text() == "cannot read"
+    assert preview.image_label.toolTip().startswith("cannot read 0999_broken.jpg: ")
+    preview.zoom_in()
+    assert preview.scaleFactor == 1.0

@@ -4,7 +4,7 @@ snapshot back into the graph."""
 import os
 
 import pytest
-from cobaltRig.qt import QtWidgets
+from cobaltRig.qt import QtCore, QtTest, QtWidgets, shiboken
 
 from conftest import answer_modal, write_jpg
 
@@ -127,10 +127,30 @@ def names(nuke):
     return sorted(n.name() for n in nuke.allNodes())
 
 
+def answer_with_return(seen):
+    """Types Return, as the keyboard gives it, into the next modal box once it is the active window."""
+    def press():
+        box = QtWidgets.QApplication.activeModalWidget()
+        if box is None:
+            return QtCore.QTimer.singleShot(10, press)
+        seen.append((box.windowTitle(), box.text()))
+        box.activateWindow()
+        QtCore.QTimer.singleShot(50, lambda: type_return(box))
+
+    def type_return(box):
+        assert QtWidgets.QApplication.activeWindow() == box
+        QtTest.QTest.keyClick(QtWidgets.QApplication.focusWidget(), QtCore.Qt.Key_Return)
+        # A box that Return leaves open is told apart from one that appended.
+        QtCore.QTimer.singleShot(200, lambda: shiboken.isValid(box) and box.reject())
+
+    QtCore.QTimer.singleShot(0, press)
+
+
 @pytest.mark.parametrize("answer, expected", [
     ("append", ["mine", "saved_blur", "saved_grade"]),
     ("overwrite", ["saved_blur", "saved_grade"]),
     ("cancel", ["mine"]),
+    ("return", ["mine", "saved_blur", "saved_grade"]),  # the graph is replaced only by a click
 ])
 def test_inserting_a_snapshot_asks_append_or_overwrite(preview, saved_graph, nuke, answer,
                                                        expected, monkeypatch):
@@ -140,7 +160,7 @@ def test_inserting_a_snapshot_asks_append_or_overwrite(preview, saved_graph, nuk
     monkeypatch.setattr(nuke.Undo, "end",
                         staticmethod(lambda *a: undo.append(("end", names(nuke)))))
     seen = []
-    answer_modal(answer, seen)
+    answer_with_return(seen) if answer == "return" else answer_modal(answer, seen)
 
     preview.ask_insert_snapshot()
 

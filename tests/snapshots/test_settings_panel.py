@@ -15,13 +15,16 @@ def settings_file_text(helper):
         return stream.read()
 
 
-def test_the_panel_shows_the_stored_settings_in_its_rows(rig, helper, snap_dir):
+@pytest.mark.parametrize("width, height, stored, scrollbar", [
+    ("599", "399", "600,400", False), ("600", "400", "600,400", True), ("-5", " 900 ", "600,900", False)])
+def test_the_panel_shows_the_stored_settings_and_saves_every_field_in_one_rewrite_and_closes(
+        rig, helper, snap_dir, tmp_path, monkeypatch, width, height, stored, scrollbar):
     helper.update_settings({"snapshot_selection": "upstream nodes",
                             "snapshot_render_width": "640",
                             "snapshotbrowser_size_custom": "800,500",
-                            "snapshotbrowser_thumbnail_scrollbar": "False"})
+                            "snapshotbrowser_thumbnail_scrollbar": str(scrollbar)})
     browser = rig.show_snapshot_browser()
-
+    browser.push_settings.click()
     combo = browser.combo_snapshot_selection
     assert [combo.itemText(i) for i in range(combo.count())] == [
         "all nodes", "upstream nodes", "node selection"]
@@ -29,15 +32,7 @@ def test_the_panel_shows_the_stored_settings_in_its_rows(rig, helper, snap_dir):
     assert browser.input_snapshot_render_width.text() == "640"
     assert (browser.input_custom_width.text(), browser.input_custom_height.text()) == ("800", "500")
     assert browser.input_snapshotbrowser_root.text() == str(snap_dir.parent)
-    assert not browser.check_thumbnail_scrollbar.isChecked()
-
-
-@pytest.mark.parametrize("width, height, stored", [
-    ("599", "399", "600,400"), ("600", "400", "600,400"), ("-5", " 900 ", "600,900")])
-def test_saving_writes_every_field_in_one_rewrite_and_closes_the_panel(
-        rig, helper, snap_dir, tmp_path, monkeypatch, width, height, stored):
-    browser = rig.show_snapshot_browser()
-    browser.push_settings.click()
+    assert browser.check_thumbnail_scrollbar.isChecked() is scrollbar
     writes = []
     real_update = helper.update_xml
     monkeypatch.setattr(helper, "update_xml", lambda *a: (writes.append(a), real_update(*a)))
@@ -48,14 +43,14 @@ def test_saving_writes_every_field_in_one_rewrite_and_closes_the_panel(
     browser.input_custom_width.setText(width)
     browser.input_custom_height.setText(height)
     browser.input_snapshotbrowser_root.setText(str(new_root))
-    browser.check_thumbnail_scrollbar.setChecked(False)
+    browser.check_thumbnail_scrollbar.setChecked(not scrollbar)
     browser.push_save_settings.click()
 
     settings = helper.load_settings()
     assert (settings["snapshot_selection"], settings["snapshot_render_width"],
             settings["snapshotbrowser_size_custom"], settings["snapshotbrowser_root"],
             settings["snapshotbrowser_thumbnail_scrollbar"]) == (
-                "node selection", "50", stored, str(new_root), "False")
+                "node selection", "50", stored, str(new_root), str(not scrollbar))
     assert writes == []
     assert not browser.show_settings and not browser.group_settings.isVisible()
     assert browser.group_thumbs.isVisible() and browser.group_preview_image.isVisible()

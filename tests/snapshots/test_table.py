@@ -3,6 +3,7 @@ version slider at start-up, the thumbnails' marks and context menus, and the fil
 table's selection (delete, move, flush, comment)."""
 
 import os
+import pathlib
 import shutil
 import threading
 
@@ -21,13 +22,11 @@ def write_snapshot(directory, seconds, size=(200, 100), nk=True, comment=None, f
     image.fill(QtGui.QColor(90, 120, 150))
     assert image.save(stem + ".jpg", "JPG")
     if nk:
-        with open(stem + ".nk", "w") as handle:
-            handle.write("# nodes\n")
+        pathlib.Path(stem + ".nk").write_text("# nodes\n")
     if comment is not None or flag is not None:
-        with open(stem + ".xml", "w") as handle:
-            handle.write("<?xml version='1.0' encoding='UTF-8'?>\n<snapshot><metadata>"
-                         "<meta name=\"comment\">{}</meta><meta name=\"flag\">{}</meta>"
-                         "</metadata></snapshot>\n".format(comment or "", flag or ""))
+        pathlib.Path(stem + ".xml").write_text(
+            "<?xml version='1.0' encoding='UTF-8'?>\n<snapshot><metadata><meta name=\"comment\">{}"
+            "</meta><meta name=\"flag\">{}</meta></metadata></snapshot>\n".format(comment or "", flag or ""))
     return stem + ".jpg"
 
 
@@ -169,28 +168,11 @@ def test_marks_show_comment_and_flag(rig, snap_dir, comment, flag, comment_at):
         assert picture.pixelColor(5, 5) == colour
 
 
-def test_the_flag_menu_flags_and_unflags(rig, helper, snap_dir):
-    src = write_snapshot(snap_dir, 1000)
-    browser = rig.show_snapshot_browser()
-    flags = helper.load_settings()["flags"]
-    thumb = browser.get_thumbnails_list()[0]
-
-    thumb.show_right_click_menu()
-    assert len(thumb.menu_flags.actions()) == 1 + len(flags)
-    thumb.menu_flags.actions()[1].trigger()
-    assert helper.load_metadata(src)["flag"] == flags[0].replace(" ", "")
-    assert browser.get_thumbnails_list()[0].label_flag.isVisible()
-
-    thumb = browser.get_thumbnails_list()[0]
-    thumb.show_right_click_menu()
-    thumb.action_unflag.trigger()
-    assert helper.load_metadata(src)["flag"] == ""
-    assert not browser.get_thumbnails_list()[0].label_flag.isVisible()
-
-
-def test_preview_by_menu_and_double_click_and_not_by_right_click(rig, snap_dir, qtbot):
+def test_a_thumbnails_menu_previews_flags_and_unflags_and_a_right_click_does_not_preview(
+        rig, helper, snap_dir, qtbot):
     old, new = write_snapshot(snap_dir, 1000), write_snapshot(snap_dir, 2000)
     browser = rig.show_snapshot_browser()
+    flags = helper.load_settings()["flags"]
     assert browser.preview_image.image == new
     thumb = browser.get_thumbnails_list()[1]
 
@@ -201,6 +183,16 @@ def test_preview_by_menu_and_double_click_and_not_by_right_click(rig, snap_dir, 
     browser.get_thumbnails_list()[0].set_to_preview()
     qtbot.mouseDClick(thumb.widget, QtCore.Qt.LeftButton)
     assert browser.preview_image.image == old
+
+    assert len(thumb.menu_flags.actions()) == 1 + len(flags)
+    thumb.menu_flags.actions()[1].trigger()
+    assert helper.load_metadata(old)["flag"] == flags[0].replace(" ", "")
+    assert browser.get_thumbnails_list()[1].label_flag.isVisible()
+    thumb = browser.get_thumbnails_list()[1]
+    thumb.show_right_click_menu()
+    thumb.action_unflag.trigger()
+    assert helper.load_metadata(old)["flag"] == ""
+    assert not browser.get_thumbnails_list()[1].label_flag.isVisible()
 
 
 @pytest.mark.parametrize("ranges, gone", [
@@ -286,7 +278,8 @@ def test_flush_asks_then_empties_the_directory_but_keeps_folders(rig, snap_dir, 
     QtCore.QCoreApplication.sendPostedEvents(None, QtCore.QEvent.DeferredDelete)
 
 
-def test_comment_editor_saves_keeps_the_flag_and_replaces_an_open_editor(rig, helper, snap_dir):
+def test_comment_editor_saves_keeps_the_flag_and_replaces_an_open_or_deleted_editor(rig, helper,
+                                                                                   snap_dir):
     src = write_snapshot(snap_dir, 2000, flag="10,20,30")
     bare = write_snapshot(snap_dir, 1000)
     browser = rig.show_snapshot_browser()
@@ -315,25 +308,18 @@ def test_comment_editor_saves_keeps_the_flag_and_replaces_an_open_editor(rig, he
     bare_xml = os.path.splitext(bare)[0] + ".xml"
     rig.show_comment_window(bare, browser).push_cancel.click()
     assert not os.path.exists(bare_xml)
-    rig.show_comment_window(bare, browser).push_save.click()
-    assert helper.load_metadata(bare) == {"comment": "", "flag": ""}
-    assert os.path.isfile(bare_xml)
-
-
-def test_a_comment_editor_deleted_elsewhere_is_refused_and_replaced(rig, helper, snap_dir):
-    src = write_snapshot(snap_dir, 1000)
-    browser = rig.show_snapshot_browser()
-    old = rig.show_comment_window(src, browser)
+    # An editor deleted elsewhere is refused, and the next one replaces it.
+    old = rig.show_comment_window(bare, browser)
     old.widget.deleteLater()
     QtCore.QCoreApplication.sendPostedEvents(None, QtCore.QEvent.DeferredDelete)
-
     with pytest.raises(RuntimeError, match="the comment window was closed"):
         old.set_comment()
-    new = rig.show_comment_window(src, browser)
+    new = rig.show_comment_window(bare, browser)
     assert new is not old and new.isVisible()
     new.text_comment.setPlainText("kept")
     new.push_save.click()
-    assert helper.load_metadata(src)["comment"] == "kept"
+    assert helper.load_metadata(bare) == {"comment": "kept", "flag": ""}
+    assert os.path.isfile(bare_xml)
 
 
 @pytest.mark.parametrize("case", ["preview", "preview forgotten", "no snapshot, closed"])

@@ -106,23 +106,16 @@ def fake_viewer(nuke, monkeypatch, active_input, node):
 @pytest.mark.parametrize("proxy", [False, True])
 def test_each_precondition_or_failed_render_shows_its_message_and_leaves_everything_alone(
         rig, nuke, helper, comp, snap_dir, graph, messages, monkeypatch, case, text, proxy):
-    if case == "empty selection":
-        helper.update_xml("snapshot_selection", "node selection")
-    elif case == "no directory":
-        helper.update_xml("current_snapshot_dir", None)
-    elif case == "no viewer":
-        nuke.delete(comp["viewer"])
-    elif case == "no viewer input":
-        comp["viewer"].setInput(0, None)
-    elif case == "no viewer node":
-        fake_viewer(nuke, monkeypatch, 0, None)
-    elif case == "nothing connected":
-        fake_viewer(nuke, monkeypatch, 1, comp["viewer"])
-    elif case == "nothing to render":
-        comp["grade"].setInput(0, None)
-    else:
-        monkeypatch.setattr(nuke, "execute", lambda *args: (_ for _ in ()).throw(
-            RuntimeError("cannot write: disk full")))
+    {"empty selection": lambda: helper.update_xml("snapshot_selection", "node selection"),
+     "no directory": lambda: helper.update_xml("current_snapshot_dir", None),
+     "no viewer": lambda: nuke.delete(comp["viewer"]),
+     "no viewer input": lambda: comp["viewer"].setInput(0, None),
+     "no viewer node": lambda: fake_viewer(nuke, monkeypatch, 0, None),
+     "nothing connected": lambda: fake_viewer(nuke, monkeypatch, 1, comp["viewer"]),
+     "nothing to render": lambda: comp["grade"].setInput(0, None),
+     "refused": lambda: monkeypatch.setattr(nuke, "execute", lambda *args: (_ for _ in ()).throw(
+         RuntimeError("cannot write: disk full"))),
+     }[case]()
     nuke.root()["proxy"].setValue(proxy)
     if case in ("nothing to render", "refused"):
         comp["bars"].setSelected(True)
