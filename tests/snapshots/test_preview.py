@@ -69,8 +69,8 @@ def menu_texts(menu):
     return [a.text() or ("---" if a.isSeparator() else "") for a in menu.actions()]
 
 
-def test_the_menu_offers_view_insert_flag_comment_and_clear(preview, shot, helper, monkeypatch,
-                                                            browser):
+def test_the_menu_offers_view_insert_flag_comment_compare_and_clear(preview, shot, helper,
+                                                                    monkeypatch, browser):
     preview.set_image(shot)
     flagged = []
     monkeypatch.setattr(helper, "set_flag", lambda b, src, colour: flagged.append((b, src, colour)))
@@ -78,7 +78,7 @@ def test_the_menu_offers_view_insert_flag_comment_and_clear(preview, shot, helpe
     preview.show_right_click_menu()
 
     assert menu_texts(preview.menu_main) == ["view", "insert snapshot", "insert preview", "flag",
-                                             "comment", "---", "clear"]
+                                             "comment", "compare with current", "---", "clear"]
     assert menu_texts(preview.menu_view) == ["zoom in", "zoom out", "fit"]
     flags = preview.menu_flags.actions()
     assert len(flags) == 1 + len(helper.load_settings()["flags"])
