@@ -1,7 +1,5 @@
 """Undo and redo: one step per command or knob change, groups, and what undo brings back."""
 
-import os
-
 import pytest
 
 import nuke
@@ -15,11 +13,12 @@ CLIP = "%clipboard%"
 
 def small_graph():
     """Read -> Grade -> Blur, a Viewer on the Blur, and a Group holding a Dot; the Grade selected
-    and carrying a knob of the user's."""
+    and carrying a knob of the user's, the Blur's size an expression."""
     read = nuke.nodes.Read(file="/plates/a.exr")
     grade = nuke.nodes.Grade(inputs=[read])
     grade.addKnob(nuke.String_Knob("note", "note", "warm"))
     blur = nuke.nodes.Blur(inputs=[grade])
+    blur["size"].setExpression("frame / 10")
     nuke.nodes.Viewer(inputs=[blur])
     group = nuke.nodes.Group()
     with group:
@@ -50,6 +49,7 @@ COMMANDS = {
     "paste onto selection": lambda nodes: (nuke.nodeCopy(CLIP), nuke.nodePaste(CLIP)),
     "rewire": lambda nodes: nodes[2].setInput(0, nodes[0]),
     "set array knob at one index": lambda nodes: nodes[1]["white"].setValue(2.0, 1),
+    "set a value over an expression": lambda nodes: nodes[2]["size"].setValue(3),
     "rename": lambda nodes: nodes[1].setName("warm"),
     "move": lambda nodes: nodes[2].setXYpos(500, 700),
     "add user knob": lambda nodes: nodes[1].addKnob(nuke.Tab_Knob("looks", "looks")),
@@ -155,13 +155,3 @@ def test_a_new_step_drops_the_redo_list_and_a_new_script_the_history():
     assert nuke.Undo.undoSize() == 0
     nuke.undo()
     assert nuke.allNodes() == []
-
-
-def test_undo_brings_back_an_expression_a_value_replaced():
-    script = os.path.join(os.path.dirname(os.path.abspath(__file__)), "scripts", "group.nk")
-    nuke.nodePaste(script)
-    size = nuke.toNode("Soften.Blur1")["size"]
-    size.setValue(3)
-    assert size.toScript() == "3"
-    nuke.undo()
-    assert size.toScript() == "{{parent.mult1}}"
