@@ -24,7 +24,7 @@ def constant(color, fmt="square_1K"):
     return nuke.nodes.Constant(color=color, format=fmt)
 
 
-def test_generators_take_the_root_format_unless_told_otherwise():
+def test_generators_take_the_root_format_unless_told_otherwise_and_count_from_the_bottom():
     nuke.root()["format"].setValue("HD_720")
     bars, checker = nuke.nodes.ColorBars(), nuke.createNode("CheckerBoard2", inpanel=False)
     assert render(checker).size().toTuple() == (1280, 720)
@@ -33,11 +33,8 @@ def test_generators_take_the_root_format_unless_told_otherwise():
     assert image.size().toTuple() == (1280, 720)
     # White on the left, blue on the right.
     assert rgba(image, 5, 5) == (255, 255, 255, 255) and rgba(image, 1275, 700) == (0, 0, 255, 255)
-
-
-def test_checkerboard_boxes_start_at_the_bottom_left():
-    checker = nuke.nodes.CheckerBoard2(format="square_1K", boxsize=100)
-    image = render(checker)
+    # Checkerboard boxes start at the bottom-left.
+    image = render(nuke.nodes.CheckerBoard2(format="square_1K", boxsize=100))
     bottom_left, next_right = rgba(image, 10, 1013), rgba(image, 110, 1013)
     assert bottom_left != next_right and rgba(image, 110, 913) == bottom_left
 
@@ -137,28 +134,25 @@ def test_execute_by_name_writes_every_frame_of_the_range(tmp_path):
     assert frame_path("a.%03d.jpg", 7) == "a.007.jpg"
 
 
-@pytest.mark.parametrize("build", [
-    lambda: nuke.nodes.Write(),
-    lambda: nuke.nodes.Write(inputs=[nuke.nodes.Grade(inputs=[nuke.nodes.Dot()])]),
-    lambda: nuke.nodes.Write(inputs=[nuke.nodes.Merge2()]),
-])
-def test_a_tree_without_an_image_fails_with_no_valid_channels(tmp_path, build):
-    write = build()
-    write["file"].setValue((tmp_path / "never.jpg").as_posix())
-    with pytest.raises(RuntimeError, match="has no valid channels"):
-        nuke.execute(write, 1, 1)
-    assert not (tmp_path / "never.jpg").exists()
+NO_IMAGE = "has no valid channels"
 
 
-@pytest.mark.parametrize("file_name, message", [
-    ("", "no file name"), ("shot.tif", "must end in .jpg or .png"),
-    ("missing_dir/shot.jpg", "cannot write"),
+@pytest.mark.parametrize("feed, file_name, message", [
+    (lambda: [], "never.jpg", NO_IMAGE),
+    (lambda: [nuke.nodes.Grade(inputs=[nuke.nodes.Dot()])], "never.jpg", NO_IMAGE),
+    (lambda: [nuke.nodes.Merge2()], "never.jpg", NO_IMAGE),
+    (lambda: [nuke.nodes.ColorBars()], "", "no file name"),
+    (lambda: [nuke.nodes.ColorBars()], "shot.tif", "must end in .jpg or .png"),
+    (lambda: [nuke.nodes.ColorBars()], "missing_dir/shot.jpg", "cannot write"),
 ])
-def test_execute_reports_what_it_cannot_write(tmp_path, file_name, message):
-    path = (tmp_path / file_name).as_posix() if file_name else ""
-    write = nuke.nodes.Write(inputs=[nuke.nodes.ColorBars()], file=path)
+def test_execute_reports_what_it_cannot_render_or_write_and_writes_nothing(tmp_path, feed,
+                                                                            file_name, message):
+    out = tmp_path / "out"
+    out.mkdir()
+    write = nuke.nodes.Write(inputs=feed(), file=(out / file_name).as_posix() if file_name else "")
     with pytest.raises(RuntimeError, match=message):
         nuke.execute(write, 1, 1)
+    assert list(out.iterdir()) == []
 
 
 def test_a_write_inside_a_group_renders_what_feeds_the_group(tmp_path):
