@@ -80,57 +80,51 @@ def is_dimmed(window, knob, column):
     return window.table_looks.item(row, column).foreground().style() != QtCore.Qt.BrushStyle.NoBrush
 
 
-@pytest.mark.parametrize("depth", [0, 2])
-def test_each_look_shows_the_knobs_it_changes(rig, nuke, host, tmp_path, open_diff, depth):
+def break_copy(nuke, how, copy):
+    if how == "another class":
+        with nuke.toNode("looks"):
+            nuke.nodes.Blur(label=copy["label"].value())
+    elif how == "inside a Group":
+        with nuke.toNode("looks"):
+            copy.selectOnly()
+            nuke.makeGroup(False)
+    nuke.delete(copy)
+
+
+TABLE = {
+    "blackpoint": ["parent.mix*0.5", "0 0 0 0", "0 0 0 0", "0 0 0 0"],
+    "white": ["1 1 1 1", "2 2 2 2", "1 1 1 1", "1 1 1 1"],
+    "multiply": ["1 1 1 1", "1 1 1 1", "1.5 1.5 1.5 1.5", "1 1 1 1"],
+    "add": ["animated (3 keys)", "0 0 0 0", "0 0 0 0", "0 0 0 0"],
+    "gamma": ["1 1 1 1", "1 1 1 1", "0.8 0.9 1 1", "1 1 1 1"],
+    "mix": ["1", "1", "1", "0.5"],
+    "strength": ["-", "-", "-", "0.25"],
+}
+
+
+@pytest.mark.parametrize("depth, how, reason", [
+    (0, None, ""), (2, None, ""),
+    (0, "missing", "\nstored copy is missing"),
+    (0, "another class", "\nstored copy is a Blur, not a Grade"),
+    (0, "inside a Group", "\nstored copy is inside a Group"),
+])
+def test_each_look_shows_the_knobs_it_changes_or_why_it_cannot(rig, nuke, host, tmp_path,
+                                                                open_diff, depth, how, reason):
     name = grade_with_looks(nuke, host, tmp_path, depth)
+    if how:
+        break_copy(nuke, how, stored_copies(nuke)[nuke.toNode(name)["look_preset_2"].tooltip()])
     nuke.toNode(name).selectOnly()
     before = host.script_text()
     window = open_diff(name)
     headers, rows = table(window)
-    assert headers == ["now", "look 1", "look 2", "look 3"]
-    assert rows == {
-        "blackpoint": ["parent.mix*0.5", "0 0 0 0", "0 0 0 0", "0 0 0 0"],
-        "white": ["1 1 1 1", "2 2 2 2", "1 1 1 1", "1 1 1 1"],
-        "multiply": ["1 1 1 1", "1 1 1 1", "1.5 1.5 1.5 1.5", "1 1 1 1"],
-        "add": ["animated (3 keys)", "0 0 0 0", "0 0 0 0", "0 0 0 0"],
-        "gamma": ["1 1 1 1", "1 1 1 1", "0.8 0.9 1 1", "1 1 1 1"],
-        "mix": ["1", "1", "1", "0.5"],
-        "strength": ["-", "-", "-", "0.25"],
-    }
+    assert headers == ["now", "look 1", "look 2" + reason, "look 3"]
+    if how:  # the knobs only look 2 changed are gone, and its column is empty
+        assert rows == {knob: values[:2] + [""] + values[3:] for knob, values in TABLE.items()
+                        if knob not in ("multiply", "gamma")}
+    else:
+        assert rows == TABLE
     assert is_dimmed(window, "white", 2) and not is_dimmed(window, "white", 1)
     assert is_dimmed(window, "strength", 1) and not is_dimmed(window, "strength", 3)
-    window.close()
-    assert host.script_text() == before
-
-
-def break_copy(nuke, how, copy):
-    if how == "missing":
-        nuke.delete(copy)
-    elif how == "another class":
-        with nuke.toNode("looks"):
-            nuke.nodes.Blur(label=copy["label"].value())
-        nuke.delete(copy)
-    else:
-        with nuke.toNode("looks"):
-            copy.selectOnly()
-            nuke.makeGroup(False)
-        nuke.delete(copy)
-
-
-@pytest.mark.parametrize("how, reason", [
-    ("missing", "stored copy is missing"),
-    ("another class", "stored copy is a Blur, not a Grade"),
-    ("inside a Group", "stored copy is inside a Group"),
-])
-def test_a_look_that_cannot_be_compared_says_why(scene, nuke, host, open_diff, how, reason):
-    uid = nuke.toNode("Grade1")["look_preset_2"].tooltip()
-    break_copy(nuke, how, stored_copies(nuke)[uid])
-    nuke.toNode(scene).selectOnly()
-    before = host.script_text()
-    window = open_diff(scene)
-    headers, rows = table(window)
-    assert headers[2] == "look 2\n" + reason
-    assert "multiply" not in rows and rows["white"][1] == "2 2 2 2"
     window.close()
     assert host.script_text() == before
 
@@ -140,21 +134,8 @@ def header_center(header, column):
                          header.height() // 2)
 
 
-def test_double_click_on_a_header_applies_the_look_in_one_undo_step(scene, nuke, host, open_diff):
-    window = open_diff(scene)
-    before = host.script_text()
-    header = window.table_looks.horizontalHeader()
-    QtTest.QTest.mouseDClick(header.viewport(), LEFT, QtCore.Qt.KeyboardModifier.NoModifier,
-                             header_center(header, 2))
-    grade = nuke.toNode("Grade1")
-    assert grade["multiply"].value() == 1.5 and grade["looks"].tooltip() == "2"
-    assert window.node["name"].value() == "Grade1"
-    assert all(is_dimmed(window, knob, 2) for knob in window.row_knobs)
-    nuke.undo()
-    assert host.script_text() == before
-
-
-def test_right_click_sets_only_that_value_in_one_undo_step(scene, nuke, host, open_diff, qtbot):
+def test_right_click_sets_one_value_and_double_click_on_a_header_the_look_each_one_undo_step(
+        scene, nuke, host, open_diff, qtbot):
     window = open_diff(scene)
     before = host.script_text()
     t = window.table_looks
@@ -172,6 +153,16 @@ def test_right_click_sets_only_that_value_in_one_undo_step(scene, nuke, host, op
     assert table(window)[1]["gamma"][0] == "0.8 0.9 1 1"
     changed = [line for line in host.script_text().splitlines() if line not in before.splitlines()]
     assert [line.split()[0] for line in changed] == ["gamma"]
+    nuke.undo()
+    assert host.script_text() == before
+
+    header = t.horizontalHeader()
+    QtTest.QTest.mouseDClick(header.viewport(), LEFT, QtCore.Qt.KeyboardModifier.NoModifier,
+                             header_center(header, 2))
+    grade = nuke.toNode("Grade1")
+    assert grade["multiply"].value() == 1.5 and grade["looks"].tooltip() == "2"
+    assert window.node["name"].value() == "Grade1"
+    assert all(is_dimmed(window, knob, 2) for knob in window.row_knobs)
     nuke.undo()
     assert host.script_text() == before
 
