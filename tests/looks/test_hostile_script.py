@@ -20,8 +20,10 @@ def add_look_knob(nuke, node, index, tooltip=""):
     (2147483647, "no look number is left after 2147483647"),
     (99999999999, "look_preset_99999999999: the look number 99999999999 is out of range"),
     (-10 ** 30, "is out of range"),
+    ("x", ""),  # no number at all
 ])
-def test_a_look_number_out_of_range_is_refused_with_a_message(rig, nuke, chain, index, message):
+def test_a_look_number_out_of_range_is_refused_before_anything_is_stored(rig, nuke, chain, index,
+                                                                          message):
     _, blur, _ = chain
     add_look_knob(nuke, blur, index)
     if message is None:
@@ -31,6 +33,7 @@ def test_a_look_number_out_of_range_is_refused_with_a_message(rig, nuke, chain, 
         with pytest.raises(ValueError, match=message):
             store(blur)
         assert look_knobs(blur) == ["look_preset_{}".format(index)]
+        assert blur.knob("looks") is not None and nuke.allNodes("Group") == []
 
 
 @pytest.mark.parametrize("remembered, starts_at", [("99999999999", None), ("-7", 1),
