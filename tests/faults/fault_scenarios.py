@@ -68,34 +68,27 @@ def break_file(root, path, variant):
     with open(path, "rb") as handle:
         good = handle.read()
     os.remove(path)
-    if variant == "missing":
-        return good
-    if variant == "symlinked":
-        shared = os.path.join(root, "team", os.path.basename(path))
-        os.makedirs(os.path.dirname(shared), exist_ok=True)
-        with open(shared, "wb") as handle:
-            handle.write(good)
+    if variant in ("symlinked", "dangling"):  # a team's shared file, or one on a folder now gone
+        shared = os.path.join(root, "team", "gone" if variant == "dangling" else "",
+                              os.path.basename(path))
+        if variant == "symlinked":
+            os.makedirs(os.path.dirname(shared), exist_ok=True)
+            with open(shared, "wb") as handle:
+                handle.write(good)
         os.symlink(shared, path)
-        return good
-    if variant == "dangling":
-        os.symlink(os.path.join(root, "team", "gone", os.path.basename(path)), path)
-        return good
-    if variant == "directory":
+    elif variant == "directory":
         os.makedirs(os.path.join(path, "inside"))
-        return good
-    data = {
-        "empty": b"",
-        "truncated": good[: len(good) // 2],
-        "malformed": b"<cobaltRig><settings><setting name='a'>1</settings></cobaltRig>\n",
-        "non-utf8": good[:-40] + b"\xff\xfe caf\xe9 \x80\x81" + good[-40:],
-        "unreadable": good,
-    }.get(variant)
-    if variant == "huge":
-        data = huge(good)
-    with open(path, "wb") as handle:
-        handle.write(data)
-    if variant == "unreadable":
-        os.chmod(path, 0)
+    elif variant != "missing":
+        with open(path, "wb") as handle:
+            handle.write(huge(good) if variant == "huge" else {
+                "empty": b"",
+                "truncated": good[: len(good) // 2],
+                "malformed": b"<cobaltRig><settings><setting name='a'>1</settings></cobaltRig>\n",
+                "non-utf8": good[:-40] + b"\xff\xfe caf\xe9 \x80\x81" + good[-40:],
+                "unreadable": good,
+            }[variant])
+        if variant == "unreadable":
+            os.chmod(path, 0)
     return good
 
 

@@ -55,29 +55,23 @@ def test_copy_without_selection_writes_nothing(tmp_path):
     assert nuke.nodeCopy(str(path)) is True and not path.exists()
 
 
-def test_paste_after_clearing_the_selection_connects_nothing():
+def test_paste_hooks_onto_no_cleared_selection_and_lands_in_the_group_context_selecting_there():
     blur = nuke.nodes.Blur()
-    group = nuke.nodes.Group()
-    with group:
+    container = nuke.nodes.Group()
+    with container:
         inner = nuke.nodes.Dot()
         inner.selectOnly()
     blur.selectOnly()
     nuke.nodeCopy(CLIP)
     nukescripts.clear_selection_recursive()
     assert not blur.isSelected() and not inner.isSelected()
-    assert nuke.nodePaste(CLIP).input(0) is None
-
-
-def test_paste_lands_in_the_group_context_and_selects_only_there():
-    blur = nuke.nodes.Blur()
-    container = nuke.nodes.Group()
-    blur.selectOnly()
-    nuke.nodeCopy(CLIP)
+    pasted = nuke.nodePaste(CLIP)
+    assert pasted.input(0) is None
     with container:
         stored = nuke.nodePaste(CLIP)
-    assert container.nodes() == [stored] and stored.name() == "Blur1"
+    assert container.nodes() == [inner, stored] and stored.name() == "Blur1"
     assert stored.input(0) is None and stored.isSelected()
-    assert nuke.selectedNodes() == [blur]
+    assert nuke.selectedNodes() == [pasted]
 
 
 def test_make_group_holds_copies_wired_as_before():

@@ -110,8 +110,9 @@ def test_the_menu_entry_stores_the_selection_as_one_undo_step(rig, nuke, host, c
 
     menu.findItem("looks/store look of selected nodes").invoke()
 
+    # The selection is taken at the start: storing one node does not lose the next.
     assert look_knobs(blur) == look_knobs(grade) == ["look_preset_1"]
-    assert nuke.Undo.undoSize() == steps + 1
+    assert nuke.selectedNodes() == [grade] and nuke.Undo.undoSize() == steps + 1
     nuke.undo()
     assert host.script_text() == script
     nuke.menu("Nuke").removeItem("cobaltRig")

@@ -93,13 +93,3 @@ def test_a_failing_store_leaves_the_container_context(rig, nuke, chain, monkeypa
         store(blur)
     assert nuke.thisGroup() is nuke.root()
     assert look_knobs(blur) == ["look_preset_1"]
-
-
-def test_batch_store_walks_the_selection_taken_at_the_start(rig, nuke, chain):
-    source, blur, grade = chain
-    blur.setSelected(True)
-    grade.setSelected(True)
-    source.setSelected(False)
-    rig.batch_set_look()
-    assert look_knobs(blur) == look_knobs(grade) == ["look_preset_1"]
-    assert nuke.selectedNodes() == [grade]
