@@ -8,6 +8,7 @@ exceptions, message boxes, host messages and console text.
 
 import atexit
 import contextlib
+import importlib
 import io
 import json
 import os
@@ -143,12 +144,7 @@ def exercise(root, kind):
         if kind == "settings":
             attempt(lambda: rig.show_settings().close())
         if kind == "hotkeys":
-            def register():
-                from cobaltRig import menu
-
-                return menu.register()
-
-            attempt(register)
+            attempt(lambda: importlib.import_module("cobaltRig.menu").register())
         if kind == "metadata":
             image = os.path.join(root, "shots", "shot_001.jpg")
             attempt(lambda: helper.load_metadata(image))
