@@ -6,9 +6,6 @@ import hostctl
 import nuke
 import nukescripts
 
-# Every test starts on an empty, untitled script with nothing queued (the shared `host` fixture).
-pytestmark = pytest.mark.usefixtures("host")
-
 CLIP = "%clipboard%"
 
 

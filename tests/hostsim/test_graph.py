@@ -4,9 +4,6 @@ import pytest
 
 import nuke
 
-# Every test starts on an empty, untitled script with nothing queued (the shared `host` fixture).
-pytestmark = pytest.mark.usefixtures("host")
-
 
 def chain(*classes):
     """Nodes created one below the other, each fed by the one before."""

@@ -5,9 +5,6 @@ import pytest
 import hostctl
 import nuke
 
-# Every test starts on an empty, untitled script with nothing queued (the shared `host` fixture).
-pytestmark = pytest.mark.usefixtures("host")
-
 
 REPORT = "nuke.message(' '.join((nuke.thisNode().fullName(), nuke.thisKnob().name(), " \
          "nuke.thisGroup().fullName())))"

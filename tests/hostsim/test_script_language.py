@@ -11,8 +11,6 @@ import pytest
 import nuke
 from hostctl import script_text
 
-pytestmark = pytest.mark.usefixtures("host")
-
 HERE = os.path.dirname(os.path.abspath(__file__))
 # Published scripts shared by the team beside the repository; never copied into it.
 CORPUS = os.path.normpath(os.path.join(HERE, "..", "..", "..", "shared", "corpus", "nst"))

@@ -9,9 +9,6 @@ import pytest
 import hostctl
 import nuke
 
-# Every test starts on an empty, untitled script with nothing queued (the shared `host` fixture).
-pytestmark = pytest.mark.usefixtures("host")
-
 SCRIPTS = os.path.join(os.path.dirname(os.path.abspath(__file__)), "scripts")
 
 

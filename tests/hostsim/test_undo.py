@@ -5,9 +5,6 @@ import pytest
 import nuke
 from hostctl import script_text
 
-# Every test starts on an empty, untitled script with nothing queued (the shared `host` fixture).
-pytestmark = pytest.mark.usefixtures("host")
-
 CLIP = "%clipboard%"
 
 
