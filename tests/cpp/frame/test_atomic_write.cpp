@@ -51,10 +51,7 @@ TEST(AtomicWrite, ReplacesALinkedFilesTargetKeepingLinkAndPermissions) {
     ASSERT_TRUE(dir.isValid());
     const QString real = dir.filePath(QStringLiteral("shared.xml"));
     const QString link = dir.filePath(QStringLiteral("settings.xml"));
-    QFile file(real);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(QByteArray(4096, 'x'));
-    file.close();
+    put(real, QByteArray(4096, 'x'));
     const auto permissions = QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup;
     ASSERT_TRUE(QFile::setPermissions(real, permissions));
     ASSERT_TRUE(QFile::link(real, link));
