@@ -1,5 +1,5 @@
-"""Images in the simulated host: what the image nodes render, what a Write writes, proxy mode and the
-error of a tree without an image."""
+"""Images in the simulated host: what the image nodes render, what a Write writes (also inside a group
+made from the selection), proxy mode and the error of a tree without an image."""
 
 import pytest
 from cobaltRig.qt import QtGui
@@ -155,7 +155,8 @@ def test_execute_reports_what_it_cannot_render_or_write_and_writes_nothing(tmp_p
     assert list(out.iterdir()) == []
 
 
-def test_a_write_inside_a_group_renders_what_feeds_the_group(tmp_path):
+def test_make_group_holds_copies_wired_as_before_and_a_write_inside_renders_what_feeds_it(
+        tmp_path):
     # What a snapshot does: a Reformat and a Write, grouped, fed from the graph, run inside the group.
     source = constant([0, 1, 0, 1])
     reformat = nuke.nodes.Reformat(type="to box", box_width=200, inputs=[source])
@@ -163,12 +164,14 @@ def test_a_write_inside_a_group_renders_what_feeds_the_group(tmp_path):
     reformat.selectOnly()
     write.setSelected(True)
     group = nuke.makeGroup(show=False)
-    group.setInput(0, source)
+    assert reformat in nuke.allNodes() and write in nuke.allNodes() and group.input(0) is source
+    assert nuke.selectedNodes() == [reformat, write]
     nuke.delete(reformat)
     nuke.delete(write)
     with group:
-        for node in nuke.allNodes():
-            if node.Class() == "Write":
-                nuke.execute(node, nuke.frame(), nuke.frame())
+        inner = nuke.allNodes("Write")[0]
+        assert inner.input(0)["box_width"].value() == 200 and group.output().input(0) is inner
+        assert inner.input(0).input(0).Class() == "Input"
+        nuke.execute(inner, nuke.frame(), nuke.frame())
     image = QtGui.QImage(str(tmp_path / "snap.jpg"))
     assert image.size().toTuple() == (200, 200) and close(rgba(image, 100, 100), (0, 255, 0, 255), 4)

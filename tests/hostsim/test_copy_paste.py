@@ -1,4 +1,4 @@
-"""Copy and paste, groups made from the selection, and saving, opening and clearing scripts."""
+"""Copy and paste, and saving, opening and clearing scripts."""
 
 import pytest
 
@@ -69,24 +69,6 @@ def test_paste_hooks_onto_no_cleared_selection_and_lands_in_the_group_context_se
     assert container.nodes() == [inner, stored] and stored.name() == "Blur1"
     assert stored.input(0) is None and stored.isSelected()
     assert nuke.selectedNodes() == [pasted]
-
-
-def test_make_group_holds_copies_wired_as_before():
-    viewed = nuke.nodes.ColorBars()
-    reformat = nuke.nodes.Reformat(inputs=[viewed], type="to box", box_width=300)
-    write = nuke.nodes.Write(inputs=[reformat], file="/tmp/x.jpg")
-    reformat.selectOnly()
-    write.setSelected(True)
-    group = nuke.makeGroup(show=False)
-    assert reformat in nuke.allNodes() and write in nuke.allNodes()
-    assert group.input(0) is viewed
-    with group:
-        inner_write = nuke.allNodes("Write")[0]
-        inner_reformat = inner_write.input(0)
-        assert inner_reformat["box_width"].value() == 300
-        assert inner_reformat.input(0).Class() == "Input"
-        assert group.output().input(0) is inner_write
-    assert nuke.selectedNodes() == [reformat, write]
 
 
 def test_root_name_follows_save_as_but_not_save_to_another_file(tmp_path):
