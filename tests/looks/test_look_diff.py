@@ -51,19 +51,12 @@ def scene(rig, nuke, host, tmp_path):
 
 
 @pytest.fixture
-def open_diff(rig, nuke, qtbot):
-    windows = []
-
+def open_diff(rig, nuke, open_window):
     def open_(name):
         nuke.toNode(name).selectOnly()
-        window = rig.show_look_diff()
-        qtbot.addWidget(window.widget)
-        windows.append(window)
-        return window
+        return open_window(rig.show_look_diff)
 
-    yield open_
-    for window in windows:
-        window.close()
+    return open_
 
 
 def table(window):
