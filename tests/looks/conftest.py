@@ -1,4 +1,4 @@
-"""A small script to store and apply looks on (CheckerBoard -> Blur -> Grade), and the look windows."""
+"""A small script to store and apply looks on: CheckerBoard -> Blur -> Grade; the look windows."""
 
 import pytest
 
