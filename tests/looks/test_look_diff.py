@@ -19,21 +19,18 @@ def grade_with_looks(nuke, host, tmp_path, depth=0):
     group = nested_group(nuke, depth)
     with group:
         grade = nuke.createNode("Grade", inpanel=False)
-    grade["white"].setValue(2.0)
-    store(grade)
-    grade["white"].setValue(1.0)
-    grade["gamma"].setValue([0.8, 0.9, 1.0, 1.0])
-    grade["multiply"].setValue(1.5)
-    store(grade)
-    grade["gamma"].setValue(1.0)
-    grade["multiply"].setValue(1.0)
-    grade["mix"].setValue(0.5)
-    strength = nuke.Double_Knob("strength", "strength")
-    grade.addKnob(strength)
-    strength.setValue(0.25)
-    store(grade)
-    grade.removeKnob(strength)
-    grade["mix"].setValue(1.0)
+    for look in ({"white": 2.0}, {"gamma": [0.8, 0.9, 1.0, 1.0], "multiply": 1.5},
+                 {"mix": 0.5, "strength": 0.25}):
+        if "strength" in look:
+            grade.addKnob(nuke.Double_Knob("strength", "strength"))
+        for knob, value in look.items():
+            grade[knob].setValue(value)
+        store(grade)
+        for knob in look:  # back to the default; the user knob goes
+            if knob == "strength":
+                grade.removeKnob(grade[knob])
+            else:
+                grade[knob].setValue(1.0)
     text = host.script_text()
     at = text.index("name Grade1\n") + len("name Grade1\n")
     text = text[:at] + " add {}\n blackpoint {}\n".format(ANIMATED, EXPRESSION) + text[at:]
