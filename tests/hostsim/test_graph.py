@@ -76,11 +76,11 @@ def test_create_node_hooks_below_the_selection_and_only_an_inserting_node_takes_
     merge = nuke.nodes.Merge2(inputs=[blur, blur])
     viewer = nuke.nodes.Viewer(inputs=[blur])
     blur.selectOnly()
-    new = nuke.createNode(cls, inpanel=cls != "Constant")
+    new = nuke.createNode(cls) if cls == "Dot" else nuke.createNode(cls, inpanel=False)
     assert [merge.input(0), merge.input(1), viewer.input(0)] == [new if cls == "Dot" else blur] * 3
     assert new.input(0) is (blur if cls in ("Dot", "Viewer") else None) and blur.input(0) is read
     assert nuke.selectedNodes() == [new] and new.ypos() > blur.ypos()
-    assert new.shown() == (cls != "Constant")
+    assert new.shown() == (cls == "Dot")
 
 
 def test_delete_hands_outputs_to_input_zero_and_kills_the_handle():
