@@ -1,11 +1,16 @@
 """Undo and redo: one step per command or knob change, groups, and what undo brings back."""
 
+import os
+
 import pytest
 
 import nuke
 from hostctl import script_text
 
 CLIP = "%clipboard%"
+# A script artists published, shared by the team beside the repository.
+PUBLISHED = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "..", "shared",
+                         "corpus", "nst", "NukeSurvivalToolkit", "nk_files", "C4x4.nk")
 
 
 def small_graph():
@@ -44,6 +49,7 @@ COMMANDS = {
     "make unconnected": lambda nodes: nuke.nodes.Constant(color=0.5),
     "delete in the middle": lambda nodes: nuke.delete(nodes[1]),
     "paste onto selection": lambda nodes: (nuke.nodeCopy(CLIP), nuke.nodePaste(CLIP)),
+    "paste a published script": lambda nodes: nuke.nodePaste(PUBLISHED),
     "rewire": lambda nodes: nodes[2].setInput(0, nodes[0]),
     "set array knob at one index": lambda nodes: nodes[1]["white"].setValue(2.0, 1),
     "set a value over an expression": lambda nodes: nodes[2]["size"].setValue(3),
@@ -113,7 +119,7 @@ def test_nested_groups_make_one_step_when_the_outermost_ends_and_a_failing_one_t
     assert nuke.allNodes() == []
 
 
-def test_cancel_takes_back_the_open_group_and_disable_records_nothing():
+def test_cancel_takes_back_the_open_group_and_what_is_done_while_disabled_stays_out_of_undo():
     keep = nuke.nodes.NoOp()
     nuke.Undo.begin()
     keep.setName("kept")
@@ -125,6 +131,13 @@ def test_cancel_takes_back_the_open_group_and_disable_records_nothing():
     assert nuke.Undo.disabled()
     nuke.Undo.enable()
     assert nuke.Undo.undoSize() == 1 and not nuke.Undo.disabled()
+    # A change made while disabled stays when the step before it is undone.
+    keep["label"].setValue("a step")
+    nuke.Undo.disable()
+    nuke.toNode("Grade1")["mix"].setValue(0.25)
+    nuke.Undo.enable()
+    nuke.undo()
+    assert keep["label"].value() == "" and nuke.toNode("Grade1")["mix"].value() == 0.25
 
 
 def test_selecting_and_unchanged_values_make_no_step_but_steps_restore_the_selection():
