@@ -55,17 +55,6 @@ def test_a_remembered_look_out_of_range_is_refused(rig, nuke, chain, open_slider
             open_slider()
 
 
-def test_a_node_far_out_in_the_graph_keeps_its_place(rig, nuke, chain):
-    source, blur, grade = chain
-    for node in chain:
-        node.setXYpos(3 * 10 ** 9, -3 * 10 ** 9)
-    store(blur)
-    blur["look_preset_1"].execute()
-    new = nuke.toNode("Blur1")
-    assert (new.xpos(), new.ypos()) == (3 * 10 ** 9, -3 * 10 ** 9)
-    assert new.input(0) is source and grade.input(0) is new
-
-
 def test_a_node_named_looks_leaves_the_container_the_next_free_name(rig, nuke, chain, host):
     _, blur, _ = chain
     nuke.nodes.NoOp(name="looks")
