@@ -67,23 +67,30 @@ def test_a_node_named_looks_leaves_the_container_the_next_free_name(rig, nuke, c
     assert host.messages == []
 
 
-def test_a_container_that_cannot_be_finished_leaves_nothing_behind(rig, nuke, chain,
-                                                                   monkeypatch):
+@pytest.mark.parametrize("broken, stored_before", [
+    ("get_topleft_coordinates", 0),  # the container cannot be placed
+    ("create_uid", 1),               # the look cannot be named
+])
+def test_a_failing_store_leaves_nothing_behind_and_the_next_one_works(rig, nuke, chain,
+                                                                      monkeypatch, broken,
+                                                                      stored_before):
     _, blur, _ = chain
-    real = helper.get_topleft_coordinates
+    for _ in range(stored_before):
+        store(blur)
+    groups, knobs, real = nuke.allNodes("Group"), look_knobs(blur), getattr(helper, broken)
 
     def fails():
-        raise RuntimeError("no place for it")
+        raise RuntimeError("it broke")
 
-    monkeypatch.setattr(helper, "get_topleft_coordinates", fails)
+    monkeypatch.setattr(helper, broken, fails)
     for _ in range(3):
-        with pytest.raises(RuntimeError, match="no place for it"):
+        with pytest.raises(RuntimeError, match="it broke"):
             store(blur)
-    assert nuke.allNodes("Group") == []
-
-    monkeypatch.setattr(helper, "get_topleft_coordinates", real)
+        assert nuke.thisGroup() is nuke.root()
+    assert nuke.allNodes("Group") == groups and look_knobs(blur) == knobs
+    monkeypatch.setattr(helper, broken, real)
     store(blur)
-    assert len(nuke.allNodes("Group")) == 1
+    assert len(nuke.allNodes("Group")) == 1 and len(look_knobs(blur)) == stored_before + 1
 
 
 @pytest.mark.parametrize("tooltip", [
