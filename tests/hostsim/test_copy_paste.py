@@ -71,7 +71,7 @@ def test_paste_hooks_onto_no_cleared_selection_and_lands_in_the_group_context_se
     assert nuke.selectedNodes() == [pasted]
 
 
-def test_root_name_follows_save_as_but_not_save_to_another_file(tmp_path):
+def test_root_name_follows_save_as_but_not_save_to_another_file_and_clearing_resets_all(tmp_path):
     assert nuke.root().name() == "Root"
     with pytest.raises(RuntimeError):
         nuke.scriptName()
@@ -80,20 +80,14 @@ def test_root_name_follows_save_as_but_not_save_to_another_file(tmp_path):
     copy = tmp_path / "copy.nk"
     assert nuke.scriptSave(str(copy)) is True and copy.exists()
     assert nuke.root().name() == "Root"
+    blur = nuke.nodes.Blur()
+    blur.selectOnly()
+    nuke.root()["proxy"].setValue(True)
     shot = str(tmp_path / "shot.nk")
     nuke.scriptSaveAs(shot)
     assert nuke.root().name() == shot and nuke.scriptName() == shot
     assert " name {}\n".format(shot) in open(shot).read()
-
-
-def test_script_clear_resets_graph_selection_and_root(tmp_path):
-    blur = nuke.nodes.Blur()
-    blur.selectOnly()
-    nuke.nodeCopy(CLIP)
-    nuke.root()["proxy"].setValue(True)
-    nuke.scriptSaveAs(str(tmp_path / "a.nk"))
-    group = nuke.nodes.Group()
-    group.begin()
+    nuke.nodes.Group().begin()
     nuke.scriptClear()
     assert nuke.allNodes() == [] and nuke.selectedNodes() == []
     assert nuke.root().name() == "Root" and nuke.root()["proxy"].value() is False
