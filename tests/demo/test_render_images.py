@@ -92,15 +92,6 @@ def test_merge_puts_a_over_b_in_its_bottom_left_corner():
     assert rgba(render(merge), 10, 10)[3] == 128  # A alone, over nothing
 
 
-def test_read_gives_the_file_a_write_wrote(tmp_path):
-    path = (tmp_path / "bars.png").as_posix()
-    nuke.execute(nuke.nodes.Write(inputs=[nuke.nodes.ColorBars(format="PAL")], file=path), 1, 1)
-    image = render(nuke.nodes.Read(file=path))
-    assert image.size().toTuple() == (720, 576) and rgba(image, 715, 5) == (0, 0, 255, 255)
-    with pytest.raises(RuntimeError, match="cannot read"):
-        render(nuke.nodes.Read(file=(tmp_path / "missing.png").as_posix()))
-
-
 @pytest.mark.parametrize("size, box_width, expected", [
     ((1920, 1080), 480, (480, 270)),
     ((2048, 1556), 480, (480, 364)),  # 1556 * 480 // 2048 = 364.6, rounded down
@@ -125,13 +116,18 @@ def test_execute_writes_the_file_type_of_the_extension(tmp_path, name, kind, pro
     assert QtGui.QImage(str(tmp_path / name)).size().toTuple() == size
 
 
-def test_execute_by_name_writes_every_frame_of_the_range(tmp_path):
+def test_execute_by_name_writes_every_frame_of_the_range_and_a_read_gives_one_back(tmp_path):
     out = tmp_path / "frames"
     out.mkdir()
-    nuke.nodes.Write(inputs=[constant([1, 1, 1, 1])], file=(out / "f.####.png").as_posix())
+    bars = nuke.nodes.ColorBars(format="PAL")
+    nuke.nodes.Write(inputs=[bars], file=(out / "f.####.png").as_posix())
     nuke.execute("Write1", 9, 11)
     assert sorted(p.name for p in out.iterdir()) == ["f.0009.png", "f.0010.png", "f.0011.png"]
     assert frame_path("a.%03d.jpg", 7) == "a.007.jpg"
+    image = render(nuke.nodes.Read(file=(out / "f.0010.png").as_posix()))
+    assert image.size().toTuple() == (720, 576) and rgba(image, 715, 5) == (0, 0, 255, 255)
+    with pytest.raises(RuntimeError, match="cannot read"):
+        render(nuke.nodes.Read(file=(tmp_path / "missing.png").as_posix()))
 
 
 NO_IMAGE = "has no valid channels"
