@@ -1,5 +1,5 @@
-"""Images in the simulated host: what the image nodes render, what a Write writes, proxy mode and the
-error of a tree without an image."""
+"""Images in the simulated host: what the image nodes render, what a Write writes (also inside a group
+made from the selection), proxy mode and the error of a tree without an image."""
 
 import pytest
 from cobaltRig.qt import QtGui
@@ -24,7 +24,7 @@ def constant(color, fmt="square_1K"):
     return nuke.nodes.Constant(color=color, format=fmt)
 
 
-def test_generators_take_the_root_format_unless_told_otherwise():
+def test_generators_take_the_root_format_unless_told_otherwise_and_count_from_the_bottom():
     nuke.root()["format"].setValue("HD_720")
     bars, checker = nuke.nodes.ColorBars(), nuke.createNode("CheckerBoard2", inpanel=False)
     assert render(checker).size().toTuple() == (1280, 720)
@@ -33,11 +33,8 @@ def test_generators_take_the_root_format_unless_told_otherwise():
     assert image.size().toTuple() == (1280, 720)
     # White on the left, blue on the right.
     assert rgba(image, 5, 5) == (255, 255, 255, 255) and rgba(image, 1275, 700) == (0, 0, 255, 255)
-
-
-def test_checkerboard_boxes_start_at_the_bottom_left():
-    checker = nuke.nodes.CheckerBoard2(format="square_1K", boxsize=100)
-    image = render(checker)
+    # Checkerboard boxes start at the bottom-left.
+    image = render(nuke.nodes.CheckerBoard2(format="square_1K", boxsize=100))
     bottom_left, next_right = rgba(image, 10, 1013), rgba(image, 110, 1013)
     assert bottom_left != next_right and rgba(image, 110, 913) == bottom_left
 
@@ -95,15 +92,6 @@ def test_merge_puts_a_over_b_in_its_bottom_left_corner():
     assert rgba(render(merge), 10, 10)[3] == 128  # A alone, over nothing
 
 
-def test_read_gives_the_file_a_write_wrote(tmp_path):
-    path = (tmp_path / "bars.png").as_posix()
-    nuke.execute(nuke.nodes.Write(inputs=[nuke.nodes.ColorBars(format="PAL")], file=path), 1, 1)
-    image = render(nuke.nodes.Read(file=path))
-    assert image.size().toTuple() == (720, 576) and rgba(image, 715, 5) == (0, 0, 255, 255)
-    with pytest.raises(RuntimeError, match="cannot read"):
-        render(nuke.nodes.Read(file=(tmp_path / "missing.png").as_posix()))
-
-
 @pytest.mark.parametrize("size, box_width, expected", [
     ((1920, 1080), 480, (480, 270)),
     ((2048, 1556), 480, (480, 364)),  # 1556 * 480 // 2048 = 364.6, rounded down
@@ -128,40 +116,43 @@ def test_execute_writes_the_file_type_of_the_extension(tmp_path, name, kind, pro
     assert QtGui.QImage(str(tmp_path / name)).size().toTuple() == size
 
 
-def test_execute_by_name_writes_every_frame_of_the_range(tmp_path):
+def test_execute_by_name_writes_every_frame_of_the_range_and_a_read_gives_one_back(tmp_path):
     out = tmp_path / "frames"
     out.mkdir()
-    nuke.nodes.Write(inputs=[constant([1, 1, 1, 1])], file=(out / "f.####.png").as_posix())
+    bars = nuke.nodes.ColorBars(format="PAL")
+    nuke.nodes.Write(inputs=[bars], file=(out / "f.####.png").as_posix())
     nuke.execute("Write1", 9, 11)
     assert sorted(p.name for p in out.iterdir()) == ["f.0009.png", "f.0010.png", "f.0011.png"]
     assert frame_path("a.%03d.jpg", 7) == "a.007.jpg"
+    image = render(nuke.nodes.Read(file=(out / "f.0010.png").as_posix()))
+    assert image.size().toTuple() == (720, 576) and rgba(image, 715, 5) == (0, 0, 255, 255)
+    with pytest.raises(RuntimeError, match="cannot read"):
+        render(nuke.nodes.Read(file=(tmp_path / "missing.png").as_posix()))
 
 
-@pytest.mark.parametrize("build", [
-    lambda: nuke.nodes.Write(),
-    lambda: nuke.nodes.Write(inputs=[nuke.nodes.Grade(inputs=[nuke.nodes.Dot()])]),
-    lambda: nuke.nodes.Write(inputs=[nuke.nodes.Merge2()]),
+NO_IMAGE = "has no valid channels"
+
+
+@pytest.mark.parametrize("feed, file_name, message", [
+    (lambda: [], "never.jpg", NO_IMAGE),
+    (lambda: [nuke.nodes.Grade(inputs=[nuke.nodes.Dot()])], "never.jpg", NO_IMAGE),
+    (lambda: [nuke.nodes.Merge2()], "never.jpg", NO_IMAGE),
+    (lambda: [nuke.nodes.ColorBars()], "", "no file name"),
+    (lambda: [nuke.nodes.ColorBars()], "shot.tif", "must end in .jpg or .png"),
+    (lambda: [nuke.nodes.ColorBars()], "missing_dir/shot.jpg", "cannot write"),
 ])
-def test_a_tree_without_an_image_fails_with_no_valid_channels(tmp_path, build):
-    write = build()
-    write["file"].setValue((tmp_path / "never.jpg").as_posix())
-    with pytest.raises(RuntimeError, match="has no valid channels"):
-        nuke.execute(write, 1, 1)
-    assert not (tmp_path / "never.jpg").exists()
-
-
-@pytest.mark.parametrize("file_name, message", [
-    ("", "no file name"), ("shot.tif", "must end in .jpg or .png"),
-    ("missing_dir/shot.jpg", "cannot write"),
-])
-def test_execute_reports_what_it_cannot_write(tmp_path, file_name, message):
-    path = (tmp_path / file_name).as_posix() if file_name else ""
-    write = nuke.nodes.Write(inputs=[nuke.nodes.ColorBars()], file=path)
+def test_execute_reports_what_it_cannot_render_or_write_and_writes_nothing(tmp_path, feed,
+                                                                            file_name, message):
+    out = tmp_path / "out"
+    out.mkdir()
+    write = nuke.nodes.Write(inputs=feed(), file=(out / file_name).as_posix() if file_name else "")
     with pytest.raises(RuntimeError, match=message):
         nuke.execute(write, 1, 1)
+    assert list(out.iterdir()) == []
 
 
-def test_a_write_inside_a_group_renders_what_feeds_the_group(tmp_path):
+def test_make_group_holds_copies_wired_as_before_and_a_write_inside_renders_what_feeds_it(
+        tmp_path):
     # What a snapshot does: a Reformat and a Write, grouped, fed from the graph, run inside the group.
     source = constant([0, 1, 0, 1])
     reformat = nuke.nodes.Reformat(type="to box", box_width=200, inputs=[source])
@@ -169,12 +160,14 @@ def test_a_write_inside_a_group_renders_what_feeds_the_group(tmp_path):
     reformat.selectOnly()
     write.setSelected(True)
     group = nuke.makeGroup(show=False)
-    group.setInput(0, source)
+    assert reformat in nuke.allNodes() and write in nuke.allNodes() and group.input(0) is source
+    assert nuke.selectedNodes() == [reformat, write]
     nuke.delete(reformat)
     nuke.delete(write)
     with group:
-        for node in nuke.allNodes():
-            if node.Class() == "Write":
-                nuke.execute(node, nuke.frame(), nuke.frame())
+        inner = nuke.allNodes("Write")[0]
+        assert inner.input(0)["box_width"].value() == 200 and group.output().input(0) is inner
+        assert inner.input(0).input(0).Class() == "Input"
+        nuke.execute(inner, nuke.frame(), nuke.frame())
     image = QtGui.QImage(str(tmp_path / "snap.jpg"))
     assert image.size().toTuple() == (200, 200) and close(rgba(image, 100, 100), (0, 255, 0, 255), 4)

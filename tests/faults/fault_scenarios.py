@@ -8,6 +8,7 @@ exceptions, message boxes, host messages and console text.
 
 import atexit
 import contextlib
+import importlib
 import io
 import json
 import os
@@ -68,34 +69,27 @@ def break_file(root, path, variant):
     with open(path, "rb") as handle:
         good = handle.read()
     os.remove(path)
-    if variant == "missing":
-        return good
-    if variant == "symlinked":
-        shared = os.path.join(root, "team", os.path.basename(path))
-        os.makedirs(os.path.dirname(shared), exist_ok=True)
-        with open(shared, "wb") as handle:
-            handle.write(good)
+    if variant in ("symlinked", "dangling"):  # a team's shared file, or one on a folder now gone
+        shared = os.path.join(root, "team", "gone" if variant == "dangling" else "",
+                              os.path.basename(path))
+        if variant == "symlinked":
+            os.makedirs(os.path.dirname(shared), exist_ok=True)
+            with open(shared, "wb") as handle:
+                handle.write(good)
         os.symlink(shared, path)
-        return good
-    if variant == "dangling":
-        os.symlink(os.path.join(root, "team", "gone", os.path.basename(path)), path)
-        return good
-    if variant == "directory":
+    elif variant == "directory":
         os.makedirs(os.path.join(path, "inside"))
-        return good
-    data = {
-        "empty": b"",
-        "truncated": good[: len(good) // 2],
-        "malformed": b"<cobaltRig><settings><setting name='a'>1</settings></cobaltRig>\n",
-        "non-utf8": good[:-40] + b"\xff\xfe caf\xe9 \x80\x81" + good[-40:],
-        "unreadable": good,
-    }.get(variant)
-    if variant == "huge":
-        data = huge(good)
-    with open(path, "wb") as handle:
-        handle.write(data)
-    if variant == "unreadable":
-        os.chmod(path, 0)
+    elif variant != "missing":
+        with open(path, "wb") as handle:
+            handle.write(huge(good) if variant == "huge" else {
+                "empty": b"",
+                "truncated": good[: len(good) // 2],
+                "malformed": b"<cobaltRig><settings><setting name='a'>1</settings></cobaltRig>\n",
+                "non-utf8": good[:-40] + b"\xff\xfe caf\xe9 \x80\x81" + good[-40:],
+                "unreadable": good,
+            }[variant])
+        if variant == "unreadable":
+            os.chmod(path, 0)
     return good
 
 
@@ -150,12 +144,7 @@ def exercise(root, kind):
         if kind == "settings":
             attempt(lambda: rig.show_settings().close())
         if kind == "hotkeys":
-            def register():
-                from cobaltRig import menu
-
-                return menu.register()
-
-            attempt(register)
+            attempt(lambda: importlib.import_module("cobaltRig.menu").register())
         if kind == "metadata":
             image = os.path.join(root, "shots", "shot_001.jpg")
             attempt(lambda: helper.load_metadata(image))

@@ -40,29 +40,20 @@ WRITERS = [pytest.param(by_helper, id="helper"), pytest.param(by_module, id="mod
 
 
 @pytest.mark.parametrize("write", WRITERS)
-def test_a_linked_settings_file_stays_a_link(rig, pool, settings_home, tmp_path, write):
-    settings = settings_home / "settings.xml"
-    team = tmp_path / "team" / "settings.xml"
-    team.parent.mkdir()
-    os.replace(settings, team)
-    settings.symlink_to(team)
-    before = team.read_bytes()
-
-    write(rig)
-
-    assert settings.is_symlink() and os.readlink(settings) == str(team)
-    assert team.read_bytes() != before
-    assert [p.name for p in settings_home.iterdir() if p.name.startswith(".")] == []
-
-
-@pytest.mark.parametrize("write", WRITERS)
-def test_a_link_to_nowhere_is_refused_and_kept(rig, pool, settings_home, tmp_path, capsys, write):
+@pytest.mark.parametrize("dangling", [False, True], ids=["link", "link to nowhere"])
+def test_a_linked_settings_file_stays_a_link_and_a_link_to_nowhere_is_refused(
+        rig, pool, settings_home, tmp_path, capsys, write, dangling):
     helper.parse_advanced_settings()
     helper.load_hotkeys()
     settings = settings_home / "settings.xml"
-    settings.unlink()
-    gone = tmp_path / "unmounted" / "settings.xml"
-    settings.symlink_to(gone)
+    team = tmp_path / ("unmounted" if dangling else "team") / "settings.xml"
+    if dangling:
+        settings.unlink()
+    else:
+        team.parent.mkdir()
+        os.replace(settings, team)
+    before = None if dangling else team.read_bytes()
+    settings.symlink_to(team)
     helper._reported.clear()
 
     try:
@@ -71,8 +62,12 @@ def test_a_link_to_nowhere_is_refused_and_kept(rig, pool, settings_home, tmp_pat
         reported = str(error)
     else:
         reported = capsys.readouterr().err  # a window's reaction reports to the console
-    assert "settings.xml" in reported and str(gone) in reported and "does not exist" in reported
-    assert settings.is_symlink() and not gone.exists()
+    assert settings.is_symlink() and os.readlink(settings) == str(team)
+    if dangling:
+        assert "settings.xml" in reported and str(team) in reported and "does not exist" in reported
+        assert not team.exists()
+    else:
+        assert team.read_bytes() != before and reported == ""
     assert [p.name for p in settings_home.iterdir() if p.name.startswith(".")] == []
 
 

@@ -13,14 +13,16 @@ from cobaltRig.qt import QtGui, QtWidgets
 import snapshot_scenarios as scenarios
 
 
-def write_snapshot(directory, stem):
+METADATA = "<?xml version='1.0'?>{}<snapshot><metadata><meta name='comment'>{}</meta>" \
+           "<meta name='flag'>1,2,3</meta>{}</metadata></snapshot>"
+
+
+def write_snapshot(directory, stem, metadata=METADATA.format("", "c", "")):
     path = os.path.join(str(directory), stem)
     image = QtGui.QImage(64, 32, QtGui.QImage.Format_RGB32)
     image.fill(QtGui.QColor(30, 60, 90))
     assert image.save(path + ".jpg", "JPG")
-    for ext, text in ((".nk", "# nodes\n"), (".xml", "<?xml version='1.0'?><snapshot><metadata>"
-                      "<meta name='comment'>c</meta><meta name='flag'>1,2,3</meta></metadata>"
-                      "</snapshot>")):
+    for ext, text in ((".nk", "# nodes\n"), (".xml", metadata)):
         with open(path + ext, "w") as handle:
             handle.write(text)
     return path + ".jpg"
@@ -40,10 +42,6 @@ def shots(tmp_path, settings_home, rig):
         window.close()
 
 
-METADATA = "<?xml version='1.0'?>{}<snapshot><metadata><meta name='comment'>{}</meta>" \
-           "<meta name='flag'>1,2,3</meta>{}</metadata></snapshot>"
-
-
 @pytest.mark.parametrize("xml, reason", [
     (METADATA.format("", "deep", "<a>" * 1200 + "</a>" * 1200), "32 levels"),
     (METADATA.format("", "deep", "<a>" * 50000 + "</a>" * 50000), "32 levels"),
@@ -54,9 +52,7 @@ METADATA = "<?xml version='1.0'?>{}<snapshot><metadata><meta name='comment'>{}</
 def test_hostile_metadata_is_refused_by_name_and_its_snapshot_shows_without_marks(
         shots, xml, reason):
     good = write_snapshot(shots, "1000_good")
-    src = write_snapshot(shots, "2000_bad")
-    with open(src[:-4] + ".xml", "w") as handle:
-        handle.write(xml)
+    src = write_snapshot(shots, "2000_bad", xml)
     before = scenarios.tree(str(shots))
 
     outcome = scenarios.run("browse", src, timeout=30)

@@ -1,13 +1,10 @@
-"""Copy and paste, groups made from the selection, and saving, opening and clearing scripts."""
+"""Copy and paste, and saving, opening and clearing scripts."""
 
 import pytest
 
 import hostctl
 import nuke
 import nukescripts
-
-# Every test starts on an empty, untitled script with nothing queued (the shared `host` fixture).
-pytestmark = pytest.mark.usefixtures("host")
 
 CLIP = "%clipboard%"
 
@@ -55,50 +52,26 @@ def test_copy_without_selection_writes_nothing(tmp_path):
     assert nuke.nodeCopy(str(path)) is True and not path.exists()
 
 
-def test_paste_after_clearing_the_selection_connects_nothing():
+def test_paste_hooks_onto_no_cleared_selection_and_lands_in_the_group_context_selecting_there():
     blur = nuke.nodes.Blur()
-    group = nuke.nodes.Group()
-    with group:
+    container = nuke.nodes.Group()
+    with container:
         inner = nuke.nodes.Dot()
         inner.selectOnly()
     blur.selectOnly()
     nuke.nodeCopy(CLIP)
     nukescripts.clear_selection_recursive()
     assert not blur.isSelected() and not inner.isSelected()
-    assert nuke.nodePaste(CLIP).input(0) is None
-
-
-def test_paste_lands_in_the_group_context_and_selects_only_there():
-    blur = nuke.nodes.Blur()
-    container = nuke.nodes.Group()
-    blur.selectOnly()
-    nuke.nodeCopy(CLIP)
+    pasted = nuke.nodePaste(CLIP)
+    assert pasted.input(0) is None
     with container:
         stored = nuke.nodePaste(CLIP)
-    assert container.nodes() == [stored] and stored.name() == "Blur1"
+    assert container.nodes() == [inner, stored] and stored.name() == "Blur1"
     assert stored.input(0) is None and stored.isSelected()
-    assert nuke.selectedNodes() == [blur]
+    assert nuke.selectedNodes() == [pasted]
 
 
-def test_make_group_holds_copies_wired_as_before():
-    viewed = nuke.nodes.ColorBars()
-    reformat = nuke.nodes.Reformat(inputs=[viewed], type="to box", box_width=300)
-    write = nuke.nodes.Write(inputs=[reformat], file="/tmp/x.jpg")
-    reformat.selectOnly()
-    write.setSelected(True)
-    group = nuke.makeGroup(show=False)
-    assert reformat in nuke.allNodes() and write in nuke.allNodes()
-    assert group.input(0) is viewed
-    with group:
-        inner_write = nuke.allNodes("Write")[0]
-        inner_reformat = inner_write.input(0)
-        assert inner_reformat["box_width"].value() == 300
-        assert inner_reformat.input(0).Class() == "Input"
-        assert group.output().input(0) is inner_write
-    assert nuke.selectedNodes() == [reformat, write]
-
-
-def test_root_name_follows_save_as_but_not_save_to_another_file(tmp_path):
+def test_root_name_follows_save_as_but_not_save_to_another_file_and_clearing_resets_all(tmp_path):
     assert nuke.root().name() == "Root"
     with pytest.raises(RuntimeError):
         nuke.scriptName()
@@ -107,20 +80,14 @@ def test_root_name_follows_save_as_but_not_save_to_another_file(tmp_path):
     copy = tmp_path / "copy.nk"
     assert nuke.scriptSave(str(copy)) is True and copy.exists()
     assert nuke.root().name() == "Root"
+    blur = nuke.nodes.Blur()
+    blur.selectOnly()
+    nuke.root()["proxy"].setValue(True)
     shot = str(tmp_path / "shot.nk")
     nuke.scriptSaveAs(shot)
     assert nuke.root().name() == shot and nuke.scriptName() == shot
     assert " name {}\n".format(shot) in open(shot).read()
-
-
-def test_script_clear_resets_graph_selection_and_root(tmp_path):
-    blur = nuke.nodes.Blur()
-    blur.selectOnly()
-    nuke.nodeCopy(CLIP)
-    nuke.root()["proxy"].setValue(True)
-    nuke.scriptSaveAs(str(tmp_path / "a.nk"))
-    group = nuke.nodes.Group()
-    group.begin()
+    nuke.nodes.Group().begin()
     nuke.scriptClear()
     assert nuke.allNodes() == [] and nuke.selectedNodes() == []
     assert nuke.root().name() == "Root" and nuke.root()["proxy"].value() is False

@@ -4,9 +4,6 @@ import pytest
 
 import nuke
 
-# Every test starts on an empty, untitled script with nothing queued (the shared `host` fixture).
-pytestmark = pytest.mark.usefixtures("host")
-
 
 def chain(*classes):
     """Nodes created one below the other, each fed by the one before."""
@@ -52,18 +49,7 @@ def test_created_nodes_land_in_the_group_context_and_it_is_left_on_errors():
     assert nuke.thisGroup() is nuke.root()
 
 
-def test_knobs_is_a_snapshot_that_survives_removal_during_the_walk():
-    node = nuke.nodes.Blur()
-    names = {"a", "look_preset_1", "b"}
-    for name in names:
-        node.addKnob(nuke.PyScript_Knob(name, name))
-    for name, knob in node.knobs().items():
-        if name in names:
-            node.removeKnob(knob)
-    assert not names & set(node.knobs())
-
-
-def test_add_knob_appends_and_remove_knob_refuses_foreign_knobs():
+def test_add_knob_appends_remove_knob_refuses_foreign_knobs_and_knobs_is_a_snapshot():
     node, other = nuke.nodes.Blur(), nuke.nodes.Blur()
     tab, button = nuke.Tab_Knob("looks", "looks"), nuke.PyScript_Knob("go", "go")
     assert tab.node() is None
@@ -75,27 +61,26 @@ def test_add_knob_appends_and_remove_knob_refuses_foreign_knobs():
     with pytest.raises(NameError):
         node["no_such_knob"]
     assert node.knob("no_such_knob") is None
+    # Removing knobs during a walk over knobs() misses none.
+    names = {"looks", "look_preset_1", "go"}
+    node.addKnob(nuke.PyScript_Knob("look_preset_1", "1"))
+    for name, knob in node.knobs().items():
+        if name in names:
+            node.removeKnob(knob)
+    assert not names & set(node.knobs())
 
 
-def test_create_node_hooks_below_the_selection_and_takes_over_its_outputs():
+@pytest.mark.parametrize("cls", ["Dot", "Viewer", "Group", "Constant"])
+def test_create_node_hooks_below_the_selection_and_only_an_inserting_node_takes_its_outputs(cls):
     read, blur = chain("CheckerBoard", "Blur")
     merge = nuke.nodes.Merge2(inputs=[blur, blur])
     viewer = nuke.nodes.Viewer(inputs=[blur])
     blur.selectOnly()
-    dot = nuke.createNode("Dot")
-    assert dot.input(0) is blur and blur.input(0) is read
-    assert [merge.input(0), merge.input(1), viewer.input(0)] == [dot, dot, dot]
-    assert nuke.selectedNodes() == [dot] and dot.shown()
-    assert dot.ypos() > blur.ypos()
-
-
-@pytest.mark.parametrize("cls", ["Viewer", "Group", "Constant"])
-def test_create_node_leaves_outputs_alone_for_nodes_that_do_not_insert(cls):
-    blur, grade = chain("Blur", "Grade")
-    blur.selectOnly()
-    new = nuke.createNode(cls, inpanel=False)
-    assert grade.input(0) is blur and not new.shown()
-    assert new.input(0) is (blur if cls == "Viewer" else None)
+    new = nuke.createNode(cls) if cls == "Dot" else nuke.createNode(cls, inpanel=False)
+    assert [merge.input(0), merge.input(1), viewer.input(0)] == [new if cls == "Dot" else blur] * 3
+    assert new.input(0) is (blur if cls in ("Dot", "Viewer") else None) and blur.input(0) is read
+    assert nuke.selectedNodes() == [new] and new.ypos() > blur.ypos()
+    assert new.shown() == (cls == "Dot")
 
 
 def test_delete_hands_outputs_to_input_zero_and_kills_the_handle():

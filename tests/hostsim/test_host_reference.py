@@ -7,8 +7,6 @@ from cobaltRig.qt import QtWidgets
 import hostctl
 import nuke
 
-pytestmark = pytest.mark.usefixtures("host")
-
 
 @pytest.mark.parametrize("what, hidden, expected", [
     (None, False, ["source", "key"]),

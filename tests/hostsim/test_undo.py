@@ -7,19 +7,20 @@ import pytest
 import nuke
 from hostctl import script_text
 
-# Every test starts on an empty, untitled script with nothing queued (the shared `host` fixture).
-pytestmark = pytest.mark.usefixtures("host")
-
 CLIP = "%clipboard%"
+# A script artists published, shared by the team beside the repository.
+PUBLISHED = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "..", "shared",
+                         "corpus", "nst", "NukeSurvivalToolkit", "nk_files", "C4x4.nk")
 
 
 def small_graph():
     """Read -> Grade -> Blur, a Viewer on the Blur, and a Group holding a Dot; the Grade selected
-    and carrying a knob of the user's."""
+    and carrying a knob of the user's, the Blur's size an expression."""
     read = nuke.nodes.Read(file="/plates/a.exr")
     grade = nuke.nodes.Grade(inputs=[read])
     grade.addKnob(nuke.String_Knob("note", "note", "warm"))
     blur = nuke.nodes.Blur(inputs=[grade])
+    blur["size"].setExpression("frame / 10")
     nuke.nodes.Viewer(inputs=[blur])
     group = nuke.nodes.Group()
     with group:
@@ -48,8 +49,10 @@ COMMANDS = {
     "make unconnected": lambda nodes: nuke.nodes.Constant(color=0.5),
     "delete in the middle": lambda nodes: nuke.delete(nodes[1]),
     "paste onto selection": lambda nodes: (nuke.nodeCopy(CLIP), nuke.nodePaste(CLIP)),
+    "paste a published script": lambda nodes: nuke.nodePaste(PUBLISHED),
     "rewire": lambda nodes: nodes[2].setInput(0, nodes[0]),
     "set array knob at one index": lambda nodes: nodes[1]["white"].setValue(2.0, 1),
+    "set a value over an expression": lambda nodes: nodes[2]["size"].setValue(3),
     "rename": lambda nodes: nodes[1].setName("warm"),
     "move": lambda nodes: nodes[2].setXYpos(500, 700),
     "add user knob": lambda nodes: nodes[1].addKnob(nuke.Tab_Knob("looks", "looks")),
@@ -116,7 +119,7 @@ def test_nested_groups_make_one_step_when_the_outermost_ends_and_a_failing_one_t
     assert nuke.allNodes() == []
 
 
-def test_cancel_takes_back_the_open_group_and_disable_records_nothing():
+def test_cancel_takes_back_the_open_group_and_what_is_done_while_disabled_stays_out_of_undo():
     keep = nuke.nodes.NoOp()
     nuke.Undo.begin()
     keep.setName("kept")
@@ -128,6 +131,13 @@ def test_cancel_takes_back_the_open_group_and_disable_records_nothing():
     assert nuke.Undo.disabled()
     nuke.Undo.enable()
     assert nuke.Undo.undoSize() == 1 and not nuke.Undo.disabled()
+    # A change made while disabled stays when the step before it is undone.
+    keep["label"].setValue("a step")
+    nuke.Undo.disable()
+    nuke.toNode("Grade1")["mix"].setValue(0.25)
+    nuke.Undo.enable()
+    nuke.undo()
+    assert keep["label"].value() == "" and nuke.toNode("Grade1")["mix"].value() == 0.25
 
 
 def test_selecting_and_unchanged_values_make_no_step_but_steps_restore_the_selection():
@@ -155,13 +165,3 @@ def test_a_new_step_drops_the_redo_list_and_a_new_script_the_history():
     assert nuke.Undo.undoSize() == 0
     nuke.undo()
     assert nuke.allNodes() == []
-
-
-def test_undo_brings_back_an_expression_a_value_replaced():
-    script = os.path.join(os.path.dirname(os.path.abspath(__file__)), "scripts", "group.nk")
-    nuke.nodePaste(script)
-    size = nuke.toNode("Soften.Blur1")["size"]
-    size.setValue(3)
-    assert size.toScript() == "3"
-    nuke.undo()
-    assert size.toScript() == "{{parent.mult1}}"

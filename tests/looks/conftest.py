@@ -1,4 +1,4 @@
-"""A small script to store and apply looks on: CheckerBoard -> Blur -> Grade."""
+"""A small script to store and apply looks on: CheckerBoard -> Blur -> Grade; the look windows."""
 
 import pytest
 
@@ -12,12 +12,12 @@ def chain(nuke):
 
 
 @pytest.fixture
-def open_slider(rig, qtbot):
-    """Opens the look slider as the hotkey does; closes every window it opened at the end."""
+def open_window(qtbot):
+    """Opens a window as its hotkey does; closes every window it opened at the end."""
     windows = []
 
-    def open_():
-        window = rig.show_looks_slider()
+    def open_(entry):
+        window = entry()
         if window is not None:
             qtbot.addWidget(window.widget)
             windows.append(window)
@@ -26,3 +26,8 @@ def open_slider(rig, qtbot):
     yield open_
     for window in windows:
         window.close()
+
+
+@pytest.fixture
+def open_slider(rig, open_window):
+    return lambda: open_window(rig.show_looks_slider)

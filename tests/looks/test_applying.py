@@ -19,7 +19,8 @@ def test_a_look_button_replaces_the_node_keeping_what_the_graph_sees(rig, nuke, 
     store(blur)
     blur["mix"].setValue(0.5)
     store(blur)
-    blur.setXYpos(300, 420)
+    for i, node in enumerate((source, blur, grade, merge)):  # far out, beyond 32 bits
+        node.setXYpos(3 * 10 ** 9 + 100 * i, -3 * 10 ** 9)
     blur["label"].setValue("soft, edited")
     blur["mix"].setValue(0.75)
     blur.showControlPanel()
@@ -32,7 +33,7 @@ def test_a_look_button_replaces_the_node_keeping_what_the_graph_sees(rig, nuke, 
         blur.name()
     assert new["mix"].value() == 1.0                # the stored state, edits since are gone
     assert new["label"].value() == "soft, edited"   # ... but not the label
-    assert (new.xpos(), new.ypos()) == (300, 420)
+    assert (new.xpos(), new.ypos()) == (3 * 10 ** 9 + 100, -3 * 10 ** 9)
     assert new.input(0) is source and grade.input(0) is new and merge.input(1) is new
     assert new.shown()
     assert [new[k].tooltip() for k in look_knobs(new)] == uids  # the later look is kept too

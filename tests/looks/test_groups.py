@@ -6,8 +6,7 @@ from cobaltRig.qt import QtCore
 
 from looks_testing import look_knobs, nested_group, press, select, store, with_looks
 
-UPDATE = ("Select a preset to update", "look_update")
-DELETE = ("Select a preset to delete", "look_delete")
+PANELS = {"look_update": "Select a preset to update", "look_delete": "Select a preset to delete"}
 
 
 def chain_in(nuke, group):
@@ -34,53 +33,40 @@ def root_looks(rig, nuke):
 
 
 @pytest.mark.parametrize("depth", [1, 2])
-def test_store_and_apply_by_button_inside_groups(rig, nuke, host, root_looks, depth):
+@pytest.mark.parametrize("button", ["look_preset_1", "look_update", "look_delete"])
+def test_store_apply_update_and_delete_inside_groups(rig, nuke, host, root_looks, depth, button):
     group = nested_group(nuke, depth)
     source, blur, grade = chain_in(nuke, group)
     with_looks(nuke, blur, (0.1, 0.2))
-    blur["mix"].setValue(0.9)
+    uids = [blur[k].tooltip() for k in look_knobs(blur)]
+    blur["mix"].setValue(0.5)
 
     [container] = containers(nuke, group)
-    assert copies_in(container) == sorted(blur[k].tooltip() for k in look_knobs(blur))
-    assert copies_in(containers(nuke, nuke.root())[0]) == root_looks
+    assert copies_in(container) == sorted(uids)
     # The sibling API and the compiled lookup give the same node, from anywhere.
     assert helper.find_looks_group(blur) is container
     assert rig.get_look_container(blur) is container
     with group:
         assert helper.find_looks_group() is container
     assert helper.find_looks_group() is containers(nuke, nuke.root())[0]
-
-    blur["look_preset_1"].execute()
-
-    new = group.node("Blur1")
-    assert new is not blur and new["mix"].value() == 0.1 and new["looks"].tooltip() == "1"
-    assert new.input(0) is source and grade.input(0) is new
-    assert host.messages == [] and nuke.allNodes("Dot", group=group) == []
-    assert len(containers(nuke, group)) == 1
-
-
-@pytest.mark.parametrize("depth", [1, 2])
-@pytest.mark.parametrize("panel", [UPDATE, DELETE])
-def test_update_and_delete_inside_groups(rig, nuke, host, root_looks, depth, panel):
-    pulldown, button = panel
-    group = nested_group(nuke, depth)
-    _, blur, _ = chain_in(nuke, group)
-    with_looks(nuke, blur, (0.1, 0.2))
-    uid_1, uid_2 = blur["look_preset_1"].tooltip(), blur["look_preset_2"].tooltip()
-    blur["mix"].setValue(0.5)
-    host.queue_panel(1, {pulldown: "1"})
+    if button in PANELS:
+        host.queue_panel(1, {PANELS[button]: "1"})
 
     blur[button].execute()
 
-    [container] = containers(nuke, group)
-    assert copies_in(containers(nuke, nuke.root())[0]) == root_looks
-    if panel is UPDATE:
-        assert copies_in(container) == sorted([uid_1, uid_2])
+    if button == "look_preset_1":
+        new = group.node("Blur1")
+        assert new is not blur and new["mix"].value() == 0.1 and new["looks"].tooltip() == "1"
+        assert new.input(0) is source and grade.input(0) is new
+        assert nuke.allNodes("Dot", group=group) == []
+    elif button == "look_update":
+        assert copies_in(container) == sorted(uids)
         blur["look_preset_1"].execute()
         assert group.node("Blur1")["mix"].value() == 0.5
     else:
-        assert copies_in(container) == [uid_2] and look_knobs(blur) == ["look_preset_2"]
-    assert host.messages == []
+        assert copies_in(container) == [uids[1]] and look_knobs(blur) == ["look_preset_2"]
+    assert containers(nuke, group) == [container] and host.messages == []
+    assert copies_in(containers(nuke, nuke.root())[0]) == root_looks
 
 
 def test_the_slider_steps_a_selection_across_groups(rig, nuke, root_looks, open_slider, qtbot):

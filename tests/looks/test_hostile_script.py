@@ -20,8 +20,10 @@ def add_look_knob(nuke, node, index, tooltip=""):
     (2147483647, "no look number is left after 2147483647"),
     (99999999999, "look_preset_99999999999: the look number 99999999999 is out of range"),
     (-10 ** 30, "is out of range"),
+    ("x", ""),  # no number at all
 ])
-def test_a_look_number_out_of_range_is_refused_with_a_message(rig, nuke, chain, index, message):
+def test_a_look_number_out_of_range_is_refused_before_anything_is_stored(rig, nuke, chain, index,
+                                                                          message):
     _, blur, _ = chain
     add_look_knob(nuke, blur, index)
     if message is None:
@@ -31,6 +33,7 @@ def test_a_look_number_out_of_range_is_refused_with_a_message(rig, nuke, chain, 
         with pytest.raises(ValueError, match=message):
             store(blur)
         assert look_knobs(blur) == ["look_preset_{}".format(index)]
+        assert blur.knob("looks") is not None and nuke.allNodes("Group") == []
 
 
 @pytest.mark.parametrize("remembered, starts_at", [("99999999999", None), ("-7", 1),
@@ -52,17 +55,6 @@ def test_a_remembered_look_out_of_range_is_refused(rig, nuke, chain, open_slider
             open_slider()
 
 
-def test_a_node_far_out_in_the_graph_keeps_its_place(rig, nuke, chain):
-    source, blur, grade = chain
-    for node in chain:
-        node.setXYpos(3 * 10 ** 9, -3 * 10 ** 9)
-    store(blur)
-    blur["look_preset_1"].execute()
-    new = nuke.toNode("Blur1")
-    assert (new.xpos(), new.ypos()) == (3 * 10 ** 9, -3 * 10 ** 9)
-    assert new.input(0) is source and grade.input(0) is new
-
-
 def test_a_node_named_looks_leaves_the_container_the_next_free_name(rig, nuke, chain, host):
     _, blur, _ = chain
     nuke.nodes.NoOp(name="looks")
@@ -75,23 +67,30 @@ def test_a_node_named_looks_leaves_the_container_the_next_free_name(rig, nuke, c
     assert host.messages == []
 
 
-def test_a_container_that_cannot_be_finished_leaves_nothing_behind(rig, nuke, chain,
-                                                                   monkeypatch):
+@pytest.mark.parametrize("broken, stored_before", [
+    ("get_topleft_coordinates", 0),  # the container cannot be placed
+    ("create_uid", 1),               # the look cannot be named
+])
+def test_a_failing_store_leaves_nothing_behind_and_the_next_one_works(rig, nuke, chain,
+                                                                      monkeypatch, broken,
+                                                                      stored_before):
     _, blur, _ = chain
-    real = helper.get_topleft_coordinates
+    for _ in range(stored_before):
+        store(blur)
+    groups, knobs, real = nuke.allNodes("Group"), look_knobs(blur), getattr(helper, broken)
 
     def fails():
-        raise RuntimeError("no place for it")
+        raise RuntimeError("it broke")
 
-    monkeypatch.setattr(helper, "get_topleft_coordinates", fails)
+    monkeypatch.setattr(helper, broken, fails)
     for _ in range(3):
-        with pytest.raises(RuntimeError, match="no place for it"):
+        with pytest.raises(RuntimeError, match="it broke"):
             store(blur)
-    assert nuke.allNodes("Group") == []
-
-    monkeypatch.setattr(helper, "get_topleft_coordinates", real)
+        assert nuke.thisGroup() is nuke.root()
+    assert nuke.allNodes("Group") == groups and look_knobs(blur) == knobs
+    monkeypatch.setattr(helper, broken, real)
     store(blur)
-    assert len(nuke.allNodes("Group")) == 1
+    assert len(nuke.allNodes("Group")) == 1 and len(look_knobs(blur)) == stored_before + 1
 
 
 @pytest.mark.parametrize("tooltip", [

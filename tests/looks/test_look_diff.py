@@ -19,21 +19,18 @@ def grade_with_looks(nuke, host, tmp_path, depth=0):
     group = nested_group(nuke, depth)
     with group:
         grade = nuke.createNode("Grade", inpanel=False)
-    grade["white"].setValue(2.0)
-    store(grade)
-    grade["white"].setValue(1.0)
-    grade["gamma"].setValue([0.8, 0.9, 1.0, 1.0])
-    grade["multiply"].setValue(1.5)
-    store(grade)
-    grade["gamma"].setValue(1.0)
-    grade["multiply"].setValue(1.0)
-    grade["mix"].setValue(0.5)
-    strength = nuke.Double_Knob("strength", "strength")
-    grade.addKnob(strength)
-    strength.setValue(0.25)
-    store(grade)
-    grade.removeKnob(strength)
-    grade["mix"].setValue(1.0)
+    for look in ({"white": 2.0}, {"gamma": [0.8, 0.9, 1.0, 1.0], "multiply": 1.5},
+                 {"mix": 0.5, "strength": 0.25}):
+        if "strength" in look:
+            grade.addKnob(nuke.Double_Knob("strength", "strength"))
+        for knob, value in look.items():
+            grade[knob].setValue(value)
+        store(grade)
+        for knob in look:  # back to the default; the user knob goes
+            if knob == "strength":
+                grade.removeKnob(grade[knob])
+            else:
+                grade[knob].setValue(1.0)
     text = host.script_text()
     at = text.index("name Grade1\n") + len("name Grade1\n")
     text = text[:at] + " add {}\n blackpoint {}\n".format(ANIMATED, EXPRESSION) + text[at:]
@@ -51,19 +48,12 @@ def scene(rig, nuke, host, tmp_path):
 
 
 @pytest.fixture
-def open_diff(rig, nuke, qtbot):
-    windows = []
-
+def open_diff(rig, nuke, open_window):
     def open_(name):
         nuke.toNode(name).selectOnly()
-        window = rig.show_look_diff()
-        qtbot.addWidget(window.widget)
-        windows.append(window)
-        return window
+        return open_window(rig.show_look_diff)
 
-    yield open_
-    for window in windows:
-        window.close()
+    return open_
 
 
 def table(window):
@@ -80,57 +70,51 @@ def is_dimmed(window, knob, column):
     return window.table_looks.item(row, column).foreground().style() != QtCore.Qt.BrushStyle.NoBrush
 
 
-@pytest.mark.parametrize("depth", [0, 2])
-def test_each_look_shows_the_knobs_it_changes(rig, nuke, host, tmp_path, open_diff, depth):
+def break_copy(nuke, how, copy):
+    if how == "another class":
+        with nuke.toNode("looks"):
+            nuke.nodes.Blur(label=copy["label"].value())
+    elif how == "inside a Group":
+        with nuke.toNode("looks"):
+            copy.selectOnly()
+            nuke.makeGroup(False)
+    nuke.delete(copy)
+
+
+TABLE = {
+    "blackpoint": ["parent.mix*0.5", "0 0 0 0", "0 0 0 0", "0 0 0 0"],
+    "white": ["1 1 1 1", "2 2 2 2", "1 1 1 1", "1 1 1 1"],
+    "multiply": ["1 1 1 1", "1 1 1 1", "1.5 1.5 1.5 1.5", "1 1 1 1"],
+    "add": ["animated (3 keys)", "0 0 0 0", "0 0 0 0", "0 0 0 0"],
+    "gamma": ["1 1 1 1", "1 1 1 1", "0.8 0.9 1 1", "1 1 1 1"],
+    "mix": ["1", "1", "1", "0.5"],
+    "strength": ["-", "-", "-", "0.25"],
+}
+
+
+@pytest.mark.parametrize("depth, how, reason", [
+    (0, None, ""), (2, None, ""),
+    (0, "missing", "\nstored copy is missing"),
+    (0, "another class", "\nstored copy is a Blur, not a Grade"),
+    (0, "inside a Group", "\nstored copy is inside a Group"),
+])
+def test_each_look_shows_the_knobs_it_changes_or_why_it_cannot(rig, nuke, host, tmp_path,
+                                                                open_diff, depth, how, reason):
     name = grade_with_looks(nuke, host, tmp_path, depth)
+    if how:
+        break_copy(nuke, how, stored_copies(nuke)[nuke.toNode(name)["look_preset_2"].tooltip()])
     nuke.toNode(name).selectOnly()
     before = host.script_text()
     window = open_diff(name)
     headers, rows = table(window)
-    assert headers == ["now", "look 1", "look 2", "look 3"]
-    assert rows == {
-        "blackpoint": ["parent.mix*0.5", "0 0 0 0", "0 0 0 0", "0 0 0 0"],
-        "white": ["1 1 1 1", "2 2 2 2", "1 1 1 1", "1 1 1 1"],
-        "multiply": ["1 1 1 1", "1 1 1 1", "1.5 1.5 1.5 1.5", "1 1 1 1"],
-        "add": ["animated (3 keys)", "0 0 0 0", "0 0 0 0", "0 0 0 0"],
-        "gamma": ["1 1 1 1", "1 1 1 1", "0.8 0.9 1 1", "1 1 1 1"],
-        "mix": ["1", "1", "1", "0.5"],
-        "strength": ["-", "-", "-", "0.25"],
-    }
+    assert headers == ["now", "look 1", "look 2" + reason, "look 3"]
+    if how:  # the knobs only look 2 changed are gone, and its column is empty
+        assert rows == {knob: values[:2] + [""] + values[3:] for knob, values in TABLE.items()
+                        if knob not in ("multiply", "gamma")}
+    else:
+        assert rows == TABLE
     assert is_dimmed(window, "white", 2) and not is_dimmed(window, "white", 1)
     assert is_dimmed(window, "strength", 1) and not is_dimmed(window, "strength", 3)
-    window.close()
-    assert host.script_text() == before
-
-
-def break_copy(nuke, how, copy):
-    if how == "missing":
-        nuke.delete(copy)
-    elif how == "another class":
-        with nuke.toNode("looks"):
-            nuke.nodes.Blur(label=copy["label"].value())
-        nuke.delete(copy)
-    else:
-        with nuke.toNode("looks"):
-            copy.selectOnly()
-            nuke.makeGroup(False)
-        nuke.delete(copy)
-
-
-@pytest.mark.parametrize("how, reason", [
-    ("missing", "stored copy is missing"),
-    ("another class", "stored copy is a Blur, not a Grade"),
-    ("inside a Group", "stored copy is inside a Group"),
-])
-def test_a_look_that_cannot_be_compared_says_why(scene, nuke, host, open_diff, how, reason):
-    uid = nuke.toNode("Grade1")["look_preset_2"].tooltip()
-    break_copy(nuke, how, stored_copies(nuke)[uid])
-    nuke.toNode(scene).selectOnly()
-    before = host.script_text()
-    window = open_diff(scene)
-    headers, rows = table(window)
-    assert headers[2] == "look 2\n" + reason
-    assert "multiply" not in rows and rows["white"][1] == "2 2 2 2"
     window.close()
     assert host.script_text() == before
 
@@ -140,21 +124,8 @@ def header_center(header, column):
                          header.height() // 2)
 
 
-def test_double_click_on_a_header_applies_the_look_in_one_undo_step(scene, nuke, host, open_diff):
-    window = open_diff(scene)
-    before = host.script_text()
-    header = window.table_looks.horizontalHeader()
-    QtTest.QTest.mouseDClick(header.viewport(), LEFT, QtCore.Qt.KeyboardModifier.NoModifier,
-                             header_center(header, 2))
-    grade = nuke.toNode("Grade1")
-    assert grade["multiply"].value() == 1.5 and grade["looks"].tooltip() == "2"
-    assert window.node["name"].value() == "Grade1"
-    assert all(is_dimmed(window, knob, 2) for knob in window.row_knobs)
-    nuke.undo()
-    assert host.script_text() == before
-
-
-def test_right_click_sets_only_that_value_in_one_undo_step(scene, nuke, host, open_diff, qtbot):
+def test_right_click_sets_one_value_and_double_click_on_a_header_the_look_each_one_undo_step(
+        scene, nuke, host, open_diff, qtbot):
     window = open_diff(scene)
     before = host.script_text()
     t = window.table_looks
@@ -172,6 +143,16 @@ def test_right_click_sets_only_that_value_in_one_undo_step(scene, nuke, host, op
     assert table(window)[1]["gamma"][0] == "0.8 0.9 1 1"
     changed = [line for line in host.script_text().splitlines() if line not in before.splitlines()]
     assert [line.split()[0] for line in changed] == ["gamma"]
+    nuke.undo()
+    assert host.script_text() == before
+
+    header = t.horizontalHeader()
+    QtTest.QTest.mouseDClick(header.viewport(), LEFT, QtCore.Qt.KeyboardModifier.NoModifier,
+                             header_center(header, 2))
+    grade = nuke.toNode("Grade1")
+    assert grade["multiply"].value() == 1.5 and grade["looks"].tooltip() == "2"
+    assert window.node["name"].value() == "Grade1"
+    assert all(is_dimmed(window, knob, 2) for knob in window.row_knobs)
     nuke.undo()
     assert host.script_text() == before
 
