@@ -1,0 +1,213 @@
+// Finding snapshots in the browser's list: the field and the flag chips above it, and the rows
+// they leave shown. The comments and flags come from the find index, read after the first paint.
+
+#include "snapshots/snapshot_browser.h"
+
+#include "frame/guarded.h"
+#include "snapshots/snapshot_find.h"
+#include "snapshots/snapshot_thumbnail.h"
+
+#include <QAbstractItemModel>
+#include <QHBoxLayout>
+#include <QItemSelectionModel>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPixmap>
+#include <QScrollBar>
+#include <QSignalBlocker>
+#include <QSlider>
+#include <QTableWidget>
+#include <QToolButton>
+
+#include <algorithm>
+
+namespace cobaltrig {
+
+namespace {
+
+QPixmap swatch(const QColor& colour) {
+    QPixmap pixmap(12, 12);
+    pixmap.fill(colour);
+    return pixmap;
+}
+
+} // namespace
+
+void SnapshotBrowser::create_find_widgets() {
+    find_index_ = new FindIndex(this);
+    input_find = new QLineEdit(this);
+    input_find->setObjectName(QStringLiteral("find"));
+    input_find->setPlaceholderText(QStringLiteral("comment or name"));
+    input_find->setClearButtonEnabled(true);
+    label_find_state = new QLabel(QStringLiteral("reading comments and flags..."), this);
+    label_find_state->setObjectName(QStringLiteral("find_state"));
+    label_find_state->hide();
+    // One chip per colour the flag menus offer, in their order; an entry that is no colour is
+    // left out here as it is there.
+    for (const std::string& flag : settings.flags) {
+        const QString text = QString::fromStdString(flag);
+        const std::optional<QColor> colour = snapshot_files::flag_colour(text.trimmed());
+        if (!colour)
+            continue;
+        auto* chip = new QToolButton(this);
+        chip->setObjectName(QStringLiteral("find_flag"));
+        chip->setProperty("flag", text);
+        chip->setCheckable(true);
+        chip->setAutoRaise(true);
+        // A chip leaves the focus where it was: typing goes on in the field.
+        chip->setFocusPolicy(Qt::NoFocus);
+        chip->setIcon(swatch(*colour));
+        chip->setToolTip(QStringLiteral("only snapshots flagged %1").arg(text));
+        find_chips.push_back(chip);
+    }
+}
+
+QHBoxLayout* SnapshotBrowser::create_find_layout() {
+    layout_find = new QHBoxLayout();
+    layout_find->setSpacing(2);
+    layout_find->addWidget(input_find, 1);
+    for (QToolButton* chip : find_chips)
+        layout_find->addWidget(chip);
+    return layout_find;
+}
+
+void SnapshotBrowser::create_find_signals() {
+    connect_guarded(input_find, &QLineEdit::textChanged, this, "find", [this] { apply_find(); });
+    for (QToolButton* chip : find_chips)
+        connect_guarded(chip, &QToolButton::clicked, this, "find flag", [this, chip] {
+            // One flag at a time; the chip that is on clears it.
+            const QString flag = chip->property("flag").toString();
+            find_flag_ = find_flag_ == flag ? QString() : flag;
+            for (QToolButton* other : find_chips)
+                other->setChecked(!find_flag_.isEmpty() &&
+                                  other->property("flag").toString() == find_flag_);
+            apply_find();
+        });
+    connect_guarded(find_index_, &FindIndex::changed, this, "find index", [this] {
+        if (finding() || find_applied_)
+            apply_find();
+        else
+            label_find_state->hide();
+    });
+    find_index_->start_after_first_paint(table_thumbs->viewport());
+}
+
+bool SnapshotBrowser::finding() const {
+    return built() && (!input_find->text().trimmed().isEmpty() || !find_flag_.isEmpty());
+}
+
+QString SnapshotBrowser::find_state() const {
+    if (!find_index_)
+        return QStringLiteral("waiting");
+    if (find_index_->ready())
+        return QStringLiteral("ready");
+    return find_index_->reading() ? QStringLiteral("reading") : QStringLiteral("waiting");
+}
+
+int SnapshotBrowser::row_beside(int row, int step) const {
+    const int rows = table_thumbs->rowCount();
+    row += step;
+    while (row >= 0 && row < rows && table_thumbs->isRowHidden(row))
+        row += step;
+    return row;
+}
+
+void SnapshotBrowser::note_metadata(const QString& src, const snapshot_files::Metadata& meta) {
+    if (find_index_)
+        find_index_->set(src, meta);
+}
+
+void SnapshotBrowser::refresh_find(const QString& directory, const QStringList& srcs) {
+    if (!find_index_->directory().isEmpty() && find_index_->directory() != directory) {
+        // Another directory: what was being found there means nothing here.
+        const QSignalBlocker quiet(input_find);
+        input_find->clear();
+        find_flag_.clear();
+        for (QToolButton* chip : find_chips)
+            chip->setChecked(false);
+    }
+    find_index_->update(directory, srcs);
+    apply_find();
+}
+
+void SnapshotBrowser::apply_find() {
+    if (!built())
+        return;
+    const bool wanted = finding();
+    // Until the index is read, the rows stay as they are and the field says why.
+    const bool waiting = wanted && !find_index_->ready();
+    label_find_state->setVisible(waiting);
+    if (waiting)
+        return;
+    QTableWidget* table = table_thumbs;
+    QScrollBar* scroll = table->verticalScrollBar();
+    if (wanted && !find_applied_) {
+        find_scroll_ = scroll->value();
+        find_slider_max_ = slider_versions->maximum();
+    }
+    const QString folded = input_find->text().trimmed().toCaseFolded();
+    std::optional<QRgb> flag;
+    if (const std::optional<QColor> colour = snapshot_files::flag_colour(find_flag_.trimmed()))
+        flag = colour->rgb();
+
+    // Only the rows whose state changes are touched: each hidden or shown row costs the header
+    // a change of its sections.
+    shown_rows_.clear();
+    const int rows = table->rowCount();
+    for (int row = 0; row < rows; ++row) {
+        bool show = true;
+        if (wanted) {
+            const auto* thumb = qobject_cast<SnapshotThumbnail*>(table->cellWidget(row, 0));
+            if (!thumb) {
+                show = false;
+            } else if (const FindEntry* entry = find_index_->find(thumb->src)) {
+                show = find_matches(*entry, folded, flag);
+            } else {
+                // Listed since the index was read, and still being read: known by its name.
+                show = find_matches(find_entry(thumb->src, {}), folded, flag);
+            }
+        }
+        if (table->isRowHidden(row) == show)
+            table->setRowHidden(row, !show);
+        if (show && wanted)
+            shown_rows_.push_back(row);
+    }
+
+    if (!wanted) {
+        const bool was_applied = find_applied_;
+        find_applied_ = false;
+        if (!was_applied)
+            return;
+        // Every row again, where the artist left the list before finding.
+        table->doItemsLayout();
+        scroll->setValue(find_scroll_);
+        const QSignalBlocker quiet(slider_versions);
+        slider_versions->setMaximum(find_slider_max_);
+        slider_versions->setValue(table->currentRow() + 1);
+        load_thumbs_visible_top_bottom();
+        return;
+    }
+    find_applied_ = true;
+    // What the selection acts on (delete, move) is only ever what the artist can see.
+    QItemSelectionModel* selection = table->selectionModel();
+    if (selection->hasSelection()) {
+        QItemSelection hidden;
+        for (const QModelIndex& index : selection->selectedRows())
+            if (table->isRowHidden(index.row()))
+                hidden.select(index, index);
+        selection->select(hidden, QItemSelectionModel::Deselect);
+    }
+    {
+        const QSignalBlocker quiet(slider_versions);
+        slider_versions->setMaximum(std::max<int>(1, static_cast<int>(shown_rows_.size())));
+        const auto at = std::find(shown_rows_.begin(), shown_rows_.end(), table->currentRow());
+        slider_versions->setValue(at == shown_rows_.end()
+                                      ? 0
+                                      : static_cast<int>(at - shown_rows_.begin()) + 1);
+    }
+    table->doItemsLayout();
+    table->scrollToTop();
+    load_thumbs_visible_top_bottom();
+}
+
+} // namespace cobaltrig
