@@ -245,8 +245,11 @@ private:
     /// The flag chosen with a chip, as its entry of the `flags` setting; empty for none.
     QString find_flag_;
     std::vector<int> shown_rows_;
+    /// The snapshot of each row, as the table was last filled.
+    QStringList find_srcs_;
     /// Whether rows are hidden now, and the scroll position and slider range from before.
     bool find_applied_ = false;
+    QString find_key_;
     int find_scroll_ = 0;
     int find_slider_max_ = 1;
     void create_find_widgets();
@@ -266,7 +269,7 @@ private:
     void create_dir_signals();
     void create_settings_signals();
     void create_table_signals();
-    void load_visible_thumbs(bool only_unseen);
+    void load_visible_thumbs(bool only_unseen, int extra_items_to_load = 5);
     bool make_directories();
     void build_ui();
     void create_widgets();

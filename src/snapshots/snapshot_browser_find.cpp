@@ -9,6 +9,7 @@
 
 #include <QAbstractItemModel>
 #include <QHBoxLayout>
+#include <QHeaderView>
 #include <QItemSelectionModel>
 #include <QLabel>
 #include <QLineEdit>
@@ -16,7 +17,9 @@
 #include <QScrollBar>
 #include <QSignalBlocker>
 #include <QSlider>
+#include <QStyledItemDelegate>
 #include <QTableWidget>
+#include <QTimer>
 #include <QToolButton>
 
 #include <algorithm>
@@ -24,6 +27,18 @@
 namespace cobaltrig {
 
 namespace {
+
+// Each row's widget fills its cell. The table places every row's widget again whenever rows are
+// hidden or shown; the style's own placing asks the model a dozen questions per row, which on a
+// long list was most of what a keystroke in the find field cost.
+class CellWidgetDelegate : public QStyledItemDelegate {
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+    void updateEditorGeometry(QWidget* editor, const QStyleOptionViewItem& option,
+                              const QModelIndex&) const override {
+        editor->setGeometry(option.rect);
+    }
+};
 
 QPixmap swatch(const QColor& colour) {
     QPixmap pixmap(12, 12);
@@ -35,6 +50,7 @@ QPixmap swatch(const QColor& colour) {
 
 void SnapshotBrowser::create_find_widgets() {
     find_index_ = new FindIndex(this);
+    table_thumbs->setItemDelegate(new CellWidgetDelegate(table_thumbs));
     input_find = new QLineEdit(this);
     input_find->setObjectName(QStringLiteral("find"));
     input_find->setPlaceholderText(QStringLiteral("comment or name"));
@@ -127,6 +143,7 @@ void SnapshotBrowser::refresh_find(const QString& directory, const QStringList& 
             chip->setChecked(false);
     }
     find_index_->update(directory, srcs);
+    find_srcs_ = srcs;
     apply_find();
 }
 
@@ -150,36 +167,55 @@ void SnapshotBrowser::apply_find() {
     if (const std::optional<QColor> colour = snapshot_files::flag_colour(find_flag_.trimmed()))
         flag = colour->rgb();
 
-    // Only the rows whose state changes are touched: each hidden or shown row costs the header
-    // a change of its sections.
-    shown_rows_.clear();
+    // The rows run as the table was last filled; asking the table for each row's widget would
+    // cost more than all the matching.
     const int rows = table->rowCount();
-    for (int row = 0; row < rows; ++row) {
-        bool show = true;
-        if (wanted) {
-            const auto* thumb = qobject_cast<SnapshotThumbnail*>(table->cellWidget(row, 0));
-            if (!thumb) {
-                show = false;
-            } else if (const FindEntry* entry = find_index_->find(thumb->src)) {
-                show = find_matches(*entry, folded, flag);
-            } else {
-                // Listed since the index was read, and still being read: known by its name.
-                show = find_matches(find_entry(thumb->src, {}), folded, flag);
-            }
-        }
-        if (table->isRowHidden(row) == show)
-            table->setRowHidden(row, !show);
-        if (show && wanted)
-            shown_rows_.push_back(row);
+    if (find_srcs_.size() != rows) {
+        find_srcs_.clear();
+        for (const SnapshotThumbnail* thumb : get_thumbnails_list())
+            find_srcs_ << (thumb ? thumb->src : QString());
     }
+    // Only the rows whose state changes are touched, with the header's updates and signals
+    // held: each would otherwise have the header place every section again, and the table every
+    // row's widget. The table learns of all of them at once below.
+    QHeaderView* header = table->verticalHeader();
+    shown_rows_.clear();
+    bool changed = false;
+    header->setUpdatesEnabled(false);
+    {
+        const QSignalBlocker one_layout(header);
+        for (int row = 0; row < rows; ++row) {
+            bool show = true;
+            if (wanted) {
+                const QString& src = find_srcs_[row];
+                if (src.isEmpty()) {
+                    show = false;
+                } else if (const FindEntry* entry = find_index_->find(src)) {
+                    show = find_matches(*entry, folded, flag);
+                } else {
+                    // Listed since the index was read, and still being read: known by its name.
+                    show = find_matches(find_entry(src, {}), folded, flag);
+                }
+            }
+            if (table->isRowHidden(row) == show) {
+                table->setRowHidden(row, !show);
+                changed = true;
+            }
+            if (show && wanted)
+                shown_rows_.push_back(row);
+        }
+    }
+    header->setUpdatesEnabled(true);
+    if (changed)
+        table->doItemsLayout();
 
     if (!wanted) {
         const bool was_applied = find_applied_;
         find_applied_ = false;
+        find_key_.clear();
         if (!was_applied)
             return;
         // Every row again, where the artist left the list before finding.
-        table->doItemsLayout();
         scroll->setValue(find_scroll_);
         const QSignalBlocker quiet(slider_versions);
         slider_versions->setMaximum(find_slider_max_);
@@ -205,9 +241,19 @@ void SnapshotBrowser::apply_find() {
                                       ? 0
                                       : static_cast<int>(at - shown_rows_.begin()) + 1);
     }
-    table->doItemsLayout();
-    table->scrollToTop();
-    load_thumbs_visible_top_bottom();
+    // A new text or flag shows its first rows; the same again (a refresh, the index read anew)
+    // leaves the list where the artist is.
+    const QString key = folded + QLatin1Char('\n') + find_flag_;
+    if (key != find_key_) {
+        find_key_ = key;
+        table->scrollToTop();
+    }
+    // The pictures of the rows in view come before the list is painted; those a little below
+    // are read after, so that a keystroke shows its rows at once.
+    load_visible_thumbs(true, 0);
+    QTimer::singleShot(0, this, [this] {
+        guarded("find read ahead", [this] { load_thumbs_visible_top_bottom(); });
+    });
 }
 
 } // namespace cobaltrig

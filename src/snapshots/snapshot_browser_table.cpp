@@ -178,10 +178,9 @@ void SnapshotBrowser::load_thumbs_visible_top_bottom() {
     load_visible_thumbs(true);
 }
 
-void SnapshotBrowser::load_visible_thumbs(bool only_missing) {
+void SnapshotBrowser::load_visible_thumbs(bool only_missing, int extra_items_to_load) {
     if (!built())
         return;
-    const int extra_items_to_load = 5;
     const int visible_top = table_thumbs->rowAt(0);
     // Below the last row `rowAt` finds none: then the last row is the lowest in view, so a list
     // scrolled to its end, or shorter than the view, still shows every picture.
