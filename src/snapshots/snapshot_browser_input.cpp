@@ -49,7 +49,8 @@ std::vector<QPointer<SnapshotThumbnail>> pointed_snapshots(SnapshotBrowser& brow
             return thumbs;
         }
         for (int selected = 0; selected < table->rowCount(); ++selected)
-            if (!table->isRowHidden(selected) && selection->isSelected(table->model()->index(selected, 0)))
+            if (!table->isRowHidden(selected) &&
+                selection->isSelected(table->model()->index(selected, 0)))
                 if (auto* one = qobject_cast<SnapshotThumbnail*>(table->cellWidget(selected, 0)))
                     thumbs.emplace_back(one);
         return thumbs;

@@ -187,18 +187,18 @@ void SnapshotBrowser::load_visible_thumbs(bool only_missing, int extra_items_to_
     int lowest = table_thumbs->rowAt(table_thumbs->viewport()->height() - 1);
     if (lowest < 0)
         lowest = table_thumbs->rowCount() - 1;
-    int visible_bottom = lowest + extra_items_to_load;
     // Rows that hold their pixels at this width already cost nothing: a wheel notch over rows
     // seen before reads no file.
     const int width = table_thumbs->columnWidth(0);
     std::vector<SnapshotThumbnail*> thumbs;
-    for (int row = std::max(visible_top, 0); row <= visible_bottom && row < table_thumbs->rowCount();
-         ++row) {
+    const int rows = table_thumbs->rowCount();
+    int ahead = extra_items_to_load;
+    for (int row = std::max(visible_top, 0); row < rows && (row <= lowest || ahead > 0); ++row) {
         // Rows that finding hid are neither in view nor among the few read ahead.
-        if (table_thumbs->isRowHidden(row)) {
-            ++visible_bottom;
+        if (table_thumbs->isRowHidden(row))
             continue;
-        }
+        if (row > lowest)
+            --ahead;
         if (auto* thumb = qobject_cast<SnapshotThumbnail*>(table_thumbs->cellWidget(row, 0)))
             if (!only_missing || thumb->needs_loading(width))
                 thumbs.push_back(thumb);

@@ -5,7 +5,6 @@
 #include "frame/guarded.h"
 #include "frame/siblings.h"
 
-#include <QDateTime>
 #include <QEvent>
 #include <QFileInfo>
 #include <QThread>
@@ -14,6 +13,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <filesystem>
 #include <system_error>
 #include <thread>
 #include <vector>
@@ -37,14 +37,22 @@ Stamp stamp_of(const QString& src) {
     const QFileInfo info(snapshot_files::sibling(src, QStringLiteral(".xml")));
     if (!info.isFile())
         return {};
-    return {info.lastModified().toMSecsSinceEpoch(), info.size()};
+    // The file system's own clock, not a local date: turning each of thousands of times into one
+    // takes a lock that the readers would queue on.
+    std::error_code failed;
+    const auto modified = std::filesystem::last_write_time(
+        std::filesystem::path(info.filePath().toStdU16String()), failed);
+    if (failed)
+        return {};
+    return {static_cast<qint64>(modified.time_since_epoch().count()), info.size()};
 }
 
 } // namespace
 
 FindEntry find_entry(const QString& src, const snapshot_files::Metadata& meta) {
     FindEntry entry;
-    const int slash = std::max(src.lastIndexOf(QLatin1Char('/')), src.lastIndexOf(QLatin1Char('\\')));
+    const int slash =
+        std::max(src.lastIndexOf(QLatin1Char('/')), src.lastIndexOf(QLatin1Char('\\')));
     entry.text = (src.mid(slash + 1) + QLatin1Char('\n') + meta.comment).toCaseFolded();
     if (const std::optional<QColor> colour = snapshot_files::flag_colour(meta.flag.trimmed()))
         entry.flag = colour->rgb();
@@ -180,8 +188,7 @@ void FindIndex::start() {
         return;
     }
     // One thread is left to the window; on this machine or a larger one, the rest read.
-    const int threads =
-        count < 256 ? 1 : std::clamp(QThread::idealThreadCount() - 1, 1, 4);
+    const int threads = count < 256 ? 1 : std::clamp(QThread::idealThreadCount() - 1, 1, 4);
     job->running = threads;
     for (int t = 0; t < threads; ++t) {
         try {
