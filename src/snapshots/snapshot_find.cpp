@@ -28,8 +28,10 @@ constexpr int kReadAtOnce = 32;
 // What the event loop's thread reads per pass when a replaced `helper.load_metadata` must answer.
 constexpr int kSlice = 200;
 
+// When the metadata file was last written, by the file system's clock, and its size; a size of
+// -1 for a snapshot without one.
 struct Stamp {
-    qint64 modified = -1;
+    qint64 modified = 0;
     qint64 size = -1;
 };
 
@@ -88,7 +90,7 @@ struct FindIndex::Job {
         snapshot_files::Metadata meta;
         if (!native) {
             meta = snapshot_files::load_metadata(src);
-        } else if (stamp.modified >= 0) {
+        } else if (stamp.size >= 0) {
             try {
                 meta = snapshot_files::read_metadata(src);
             } catch (const snapshot_files::FileError& error) {

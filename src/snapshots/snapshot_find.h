@@ -25,7 +25,7 @@ struct FindEntry {
     /// The flag's colour; none without a flag or with one that is no colour.
     std::optional<QRgb> flag;
     /// When and how large the metadata file was when read; a refresh reads only what changed.
-    qint64 modified = -1;
+    qint64 modified = 0;
     qint64 size = -1;
 };
 
