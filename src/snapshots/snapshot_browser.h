@@ -43,6 +43,7 @@ class QUrl;
 
 namespace cobaltrig {
 
+struct FindEntry;
 class FindIndex;
 class SnapshotPreviewImage;
 class SnapshotPreviewEmpty;
@@ -247,6 +248,9 @@ private:
     std::vector<int> shown_rows_;
     /// The snapshot of each row, as the table was last filled.
     QStringList find_srcs_;
+    /// Their entries in the index, as of the index's change `find_generation_`.
+    std::vector<const FindEntry*> find_entries_;
+    quint64 find_generation_ = 0;
     /// Whether rows are hidden now, and the scroll position and slider range from before.
     bool find_applied_ = false;
     QString find_key_;

@@ -144,6 +144,7 @@ void SnapshotBrowser::refresh_find(const QString& directory, const QStringList& 
     }
     find_index_->update(directory, srcs);
     find_srcs_ = srcs;
+    find_generation_ = 0;
     apply_find();
 }
 
@@ -174,6 +175,15 @@ void SnapshotBrowser::apply_find() {
         find_srcs_.clear();
         for (const SnapshotThumbnail* thumb : get_thumbnails_list())
             find_srcs_ << (thumb ? thumb->src : QString());
+        find_generation_ = 0;
+    }
+    // Each row's entry is looked up once per change of the index, not at every key.
+    if (wanted && find_generation_ != find_index_->generation()) {
+        find_entries_.assign(rows, nullptr);
+        for (int row = 0; row < rows; ++row)
+            if (!find_srcs_[row].isEmpty())
+                find_entries_[row] = find_index_->find(find_srcs_[row]);
+        find_generation_ = find_index_->generation();
     }
     // Only the rows whose state changes are touched, with the header's updates and signals
     // held: each would otherwise have the header place every section again, and the table every
@@ -190,7 +200,7 @@ void SnapshotBrowser::apply_find() {
                 const QString& src = find_srcs_[row];
                 if (src.isEmpty()) {
                     show = false;
-                } else if (const FindEntry* entry = find_index_->find(src)) {
+                } else if (const FindEntry* entry = find_entries_[row]) {
                     show = find_matches(*entry, folded, flag);
                 } else {
                     // Listed since the index was read, and still being read: known by its name.

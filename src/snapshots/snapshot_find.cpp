@@ -128,6 +128,7 @@ void FindIndex::update(const QString& directory, const QStringList& srcs) {
     if (directory != directory_) {
         stop();
         entries_.clear();
+        ++generation_;
         told_.clear();
         ready_ = false;
         directory_ = directory;
@@ -159,6 +160,7 @@ void FindIndex::set(const QString& src, const snapshot_files::Metadata& meta) {
     const bool same =
         old != entries_.constEnd() && old->text == entry.text && old->flag == entry.flag;
     entries_.insert(src, entry);
+    ++generation_;
     // Told from the middle of a row's update: the rows shown follow once that is done.
     if (!same && !change_posted_) {
         change_posted_ = true;
@@ -269,6 +271,7 @@ void FindIndex::deliver(Job& job) {
         if (fresh.contains(it.key()))
             fresh.insert(it.key(), it.value());
     entries_.swap(fresh);
+    ++generation_;
     told_.clear();
     ready_ = true;
     job_.reset();

@@ -60,7 +60,10 @@ public:
     /// Whether reading runs now.
     bool reading() const { return job_ != nullptr; }
     const QString& directory() const { return directory_; }
+    /// The entry of `src`; none while it is unknown. Valid until the next change of the index.
     const FindEntry* find(const QString& src) const;
+    /// Counts the changes of the entries, so that what holds them knows when to look again.
+    quint64 generation() const { return generation_; }
 
 Q_SIGNALS:
     /// The entries changed: the first reading is done, a refresh read what changed, or a row
@@ -85,6 +88,7 @@ private:
     bool painted_ = false;
     bool ready_ = false;
     bool change_posted_ = false;
+    quint64 generation_ = 1;
     std::shared_ptr<Job> job_;
 };
 
