@@ -99,7 +99,8 @@ public:
     void note_metadata(const QString& src, const snapshot_files::Metadata& meta);
     QLineEdit* input_find = nullptr;
     QLabel* label_find_state = nullptr;
-    QHBoxLayout* layout_find = nullptr;
+    QVBoxLayout* layout_find = nullptr;
+    QHBoxLayout* layout_find_flags = nullptr;
     std::vector<QToolButton*> find_chips;
 
     // Snapshot directories.
@@ -257,7 +258,7 @@ private:
     int find_scroll_ = 0;
     int find_slider_max_ = 1;
     void create_find_widgets();
-    QHBoxLayout* create_find_layout();
+    QVBoxLayout* create_find_layout();
     void create_find_signals();
     /// After each filling of the table: the index learns the listing, and the rows shown follow.
     void refresh_find(const QString& directory, const QStringList& srcs);

@@ -9,6 +9,7 @@
 
 #include <QAbstractItemModel>
 #include <QHBoxLayout>
+#include <QVBoxLayout>
 #include <QHeaderView>
 #include <QItemSelectionModel>
 #include <QLabel>
@@ -78,12 +79,18 @@ void SnapshotBrowser::create_find_widgets() {
     }
 }
 
-QHBoxLayout* SnapshotBrowser::create_find_layout() {
-    layout_find = new QHBoxLayout();
+QVBoxLayout* SnapshotBrowser::create_find_layout() {
+    // The chips go under the field: beside it, in a list a couple of hundred pixels wide, they
+    // would leave too little of the field to read what is typed.
+    layout_find = new QVBoxLayout();
     layout_find->setSpacing(2);
-    layout_find->addWidget(input_find, 1);
+    layout_find->addWidget(input_find);
+    layout_find_flags = new QHBoxLayout();
+    layout_find_flags->setSpacing(2);
     for (QToolButton* chip : find_chips)
-        layout_find->addWidget(chip);
+        layout_find_flags->addWidget(chip);
+    layout_find_flags->addStretch();
+    layout_find->addLayout(layout_find_flags);
     return layout_find;
 }
 
