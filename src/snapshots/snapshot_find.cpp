@@ -39,8 +39,7 @@ Stamp stamp_of(const QString& src) {
     const QFileInfo info(snapshot_files::sibling(src, QStringLiteral(".xml")));
     if (!info.isFile())
         return {};
-    // The file system's own clock, not a local date: turning each of thousands of times into one
-    // takes a lock that the readers would queue on.
+    // Compared, never shown: the file system's own count will do, without a time zone.
     std::error_code failed;
     const auto modified = std::filesystem::last_write_time(
         std::filesystem::path(info.filePath().toStdU16String()), failed);
