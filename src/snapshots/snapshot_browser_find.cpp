@@ -148,6 +148,8 @@ void SnapshotBrowser::refresh_find(const QString& directory, const QStringList& 
         find_flag_.clear();
         for (QToolButton* chip : find_chips)
             chip->setChecked(false);
+        // The rows come back at the top of the new list, not where the old one was left.
+        find_scroll_ = 0;
     }
     find_index_->update(directory, srcs);
     find_srcs_ = srcs;
@@ -162,7 +164,7 @@ void SnapshotBrowser::apply_find() {
     // Until the index is read, the rows stay as they are and the field says why.
     const bool waiting = wanted && !find_index_->ready();
     label_find_state->setVisible(waiting);
-    if (waiting)
+    if (waiting || (!wanted && !find_applied_))
         return;
     QTableWidget* table = table_thumbs;
     QScrollBar* scroll = table->verticalScrollBar();
@@ -227,11 +229,8 @@ void SnapshotBrowser::apply_find() {
         table->doItemsLayout();
 
     if (!wanted) {
-        const bool was_applied = find_applied_;
         find_applied_ = false;
         find_key_.clear();
-        if (!was_applied)
-            return;
         // Every row again, where the artist left the list before finding.
         scroll->setValue(find_scroll_);
         const QSignalBlocker quiet(slider_versions);

@@ -79,7 +79,8 @@ struct FindIndex::Job {
 
     // One snapshot: kept as known while its metadata file is as it was, read again otherwise.
     void read_one(int i) {
-        const QString& src = srcs[i];
+        // Read-only access from several threads at once: `at`, which never detaches the list.
+        const QString& src = srcs.at(i);
         const Stamp stamp = stamp_of(src);
         const auto old = known.constFind(src);
         if (old != known.constEnd() && old->modified == stamp.modified && old->size == stamp.size) {
