@@ -8,7 +8,10 @@ in a temporary root and prints, median of the runs: browser construction to the 
 rows, `populate_table_thumbs` alone, a scroll to the end with the rows in view loaded, and the peak
 RSS of the process (with, in brackets, its peak before the first browser). The floor, listing the directory and reading each image's header, is measured
 in the same run by the project's `snapshot_floor` executable; each figure is also printed as a
-multiple of it. The figures are for reading, not for passing or failing.
+multiple of it. Then, in a browser of its own, finding: the browser opened to its comments and flags
+read, and milliseconds per key typed into the find field and per flag chip clicked (median and
+worst), beside the same finding written in plain PySide in the same process. The figures are for
+reading, not for passing or failing.
 
 With --scroll, writes N snapshots of full-size images (2048 x 1152 by default) and scrolls the list
 from top to bottom by wheel notches, as an artist does, then back up, and once more down: it prints
