@@ -8,7 +8,10 @@ in a temporary root and prints, median of the runs: browser construction to the 
 rows, `populate_table_thumbs` alone, a scroll to the end with the rows in view loaded, and the peak
 RSS of the process (with, in brackets, its peak before the first browser). The floor, listing the directory and reading each image's header, is measured
 in the same run by the project's `snapshot_floor` executable; each figure is also printed as a
-multiple of it. The figures are for reading, not for passing or failing.
+multiple of it. Then, in a browser of its own, finding: the browser opened to its comments and flags
+read, and milliseconds per key typed into the find field and per flag chip clicked (median and
+worst), beside the same finding written in plain PySide in the same process. The figures are for
+reading, not for passing or failing.
 
 With --scroll, writes N snapshots of full-size images (2048 x 1152 by default) and scrolls the list
 from top to bottom by wheel notches, as an artist does, then back up, and once more down: it prints
@@ -60,7 +63,7 @@ def make_snapshots(directory, count):
                          "    <meta name=\"comment\">{}</meta>\n"
                          "    <meta name=\"flag\">{}</meta>\n  </metadata>\n</snapshot>\n"
                          .format("take {}".format(i) if i % 5 == 0 else "",
-                                 "200,60,60" if i % 7 == 0 else ""))
+                                 "205,60,60" if i % 7 == 0 else ""))
 
 
 def floor_seconds(directory, repeat):
@@ -129,9 +132,149 @@ def child(directory, repeat):
         del browser
         dropped()
     peak_mb = resource.getrusage(resource.RUSAGE_SELF).ru_maxrss / 1024.0
-    print(json.dumps({"first": statistics.median(first), "populate": statistics.median(populate),
-                      "scroll": statistics.median(scroll), "peak_mb": peak_mb,
-                      "baseline_mb": baseline_mb, "loaded": loaded}))
+    figures = {"first": statistics.median(first), "populate": statistics.median(populate),
+               "scroll": statistics.median(scroll), "peak_mb": peak_mb,
+               "baseline_mb": baseline_mb, "loaded": loaded}
+
+    # Finding: the index read after the first paint, then keys typed into the field and chip
+    # clicks, each timed to the list repainted.
+    ready = []
+    for _ in range(repeat):
+        start = time.perf_counter()
+        browser = rig.show_snapshot_browser()
+        painted(browser)
+        while browser.find_state != "ready":
+            app.processEvents()
+            time.sleep(0.0005)
+        ready.append(time.perf_counter() - start)
+        if _ < repeat - 1:
+            closed(browser)
+            del browser
+            dropped()
+    figures["ready"] = statistics.median(ready)
+    figures.update(find_figures(browser.input_find, browser.find_chips[0],
+                                browser.table_thumbs, app))
+    closed(browser)
+    del browser
+    dropped()
+    figures.update(plain_find(directory, app))
+    print(json.dumps(figures))
+
+
+FIND_TEXTS = ("take 1", "shot", "1600000")
+
+
+def find_figures(field, chip, table, app):
+    """Milliseconds per key typed into `field` (each text typed, then erased) and per click of
+    `chip` (on and off, alone and beside a text), each from the event sent to the end of the
+    list's first paint after it (`_median`, `_worst`), and to everything it set off done
+    (`_settled`: the events it posted handled and the list painted once more)."""
+    from cobaltRig.qt import QtCore, QtTest, QtWidgets
+
+    Qt = QtCore.Qt
+    viewport = table.viewport()
+
+    class PaintClock(QtCore.QObject):
+        """When the list's first paint after an event ends: a paint ends where the next event
+        for the list, or the end of the pass, begins."""
+        painted = None
+        painting = False
+
+        def eventFilter(self, watched, event):
+            if self.painting and self.painted is None:
+                self.painted = time.perf_counter()
+            self.painting = event.type() == QtCore.QEvent.Type.Paint and self.painted is None
+            return False
+
+    clock = PaintClock()
+    viewport.installEventFilter(clock)
+
+    def timed(action, settled):
+        clock.painted, clock.painting = None, False
+        start = time.perf_counter()
+        action()
+        app.processEvents()
+        if clock.painting and clock.painted is None:
+            clock.painted = time.perf_counter()
+        viewport.repaint()
+        end = time.perf_counter()
+        settled.append((end - start) * 1000.0)
+        return ((clock.painted or end) - start) * 1000.0
+
+    QtTest.QTest.mouseClick(field, Qt.MouseButton.LeftButton)
+    app.processEvents()
+    keys, clicks, keys_settled, clicks_settled = [], [], [], []
+    for text in FIND_TEXTS:
+        for char in text:
+            keys.append(timed(lambda: QtTest.QTest.keyClick(
+                QtWidgets.QApplication.focusWidget(), char), keys_settled))
+        for _ in text:
+            keys.append(timed(lambda: QtTest.QTest.keyClick(
+                QtWidgets.QApplication.focusWidget(), Qt.Key.Key_Backspace), keys_settled))
+    for text in ("", "take"):
+        field.setText(text)
+        app.processEvents()
+        for _ in range(6):
+            clicks.append(timed(lambda: QtTest.QTest.mouseClick(chip, Qt.MouseButton.LeftButton),
+                                clicks_settled))
+    field.clear()
+    app.processEvents()
+    viewport.removeEventFilter(clock)
+    return {"key_median": statistics.median(keys), "key_worst": max(keys),
+            "key_settled": max(keys_settled), "chip_median": statistics.median(clicks),
+            "chip_worst": max(clicks), "chip_settled": max(clicks_settled)}
+
+
+def plain_find(directory, app):
+    """The same finding written in plain PySide: a table of one label per snapshot, the comments
+    and flags read by Python on this thread, rows hidden by a loop over the table."""
+    import xml.etree.ElementTree as ET
+
+    from cobaltRig.qt import QtCore, QtWidgets
+
+    window = QtWidgets.QWidget()
+    layout = QtWidgets.QVBoxLayout(window)
+    field = QtWidgets.QLineEdit()
+    chip = QtWidgets.QToolButton()
+    chip.setCheckable(True)
+    chip.setFocusPolicy(QtCore.Qt.FocusPolicy.NoFocus)
+    table = QtWidgets.QTableWidget()
+    table.setColumnCount(1)
+    layout.addWidget(field)
+    layout.addWidget(chip)
+    layout.addWidget(table)
+    names = sorted((n for n in os.listdir(directory) if n.endswith(".jpg")), reverse=True)
+    table.setRowCount(len(names))
+    for row, name in enumerate(names):
+        table.setCellWidget(row, 0, QtWidgets.QLabel(name))
+        table.setRowHeight(row, 112)
+    window.resize(300, 800)
+    window.show()
+    app.processEvents()
+
+    start = time.perf_counter()
+    index = []
+    for name in names:
+        meta = {m.get("name"): m.text or "" for m in
+                ET.parse(os.path.join(directory, name[:-4] + ".xml")).iter("meta")}
+        index.append(((name + "\n" + meta.get("comment", "")).casefold(), meta.get("flag", "")))
+    ready = time.perf_counter() - start
+
+    def apply():
+        text = field.text().strip().casefold()
+        flag = "205,60,60" if chip.isChecked() else ""
+        for row, (haystack, row_flag) in enumerate(index):
+            show = (not flag or row_flag == flag) and text in haystack
+            if table.isRowHidden(row) == show:
+                table.setRowHidden(row, not show)
+
+    field.textChanged.connect(apply)
+    chip.clicked.connect(apply)
+    figures = find_figures(field, chip, table, app)
+    window.close()
+    window.deleteLater()
+    app.processEvents()
+    return {"plain_" + key: value for key, value in dict(figures, ready=ready).items()}
 
 
 def make_large_snapshots(directory, count, width, height):
@@ -247,6 +390,7 @@ def main():
 
     print("snapshots  floor     first rows        populate          scroll to end     peak RSS"
           " (before)  images loaded")
+    finds = []
     for count in args.counts:
         with tempfile.TemporaryDirectory(prefix="cobaltrig_snapbench_") as scratch:
             directory = os.path.join(scratch, "root", "shot")
@@ -264,6 +408,18 @@ def main():
         print("{:9d}  {:6.1f} ms  {}  {}  {}  {:6.0f} MB ({:4.0f})  {}".format(
             count, floor * 1000, cell("first"), cell("populate"), cell("scroll"),
             figures["peak_mb"], figures["baseline_mb"], figures["loaded"]))
+        finds.append((count, figures))
+
+    print()
+    print("snapshots  find in    index ready  per key ms: median  worst  settled"
+          "   per chip ms: median  worst  settled")
+    for count, figures in finds:
+        for label, prefix in (("cobaltRig", ""), ("PySide", "plain_")):
+            print("{:9d}  {:9s}  {:7.1f} ms  {:19.1f}  {:5.1f}  {:7.1f}  {:20.1f}  {:5.1f}  {:7.1f}"
+                  .format(count, label, figures[prefix + "ready"] * 1000,
+                          figures[prefix + "key_median"], figures[prefix + "key_worst"],
+                          figures[prefix + "key_settled"], figures[prefix + "chip_median"],
+                          figures[prefix + "chip_worst"], figures[prefix + "chip_settled"]))
 
 
 if __name__ == "__main__":

@@ -291,6 +291,16 @@ void bind_browser(BrowserClass& cls) {
                 return bridge::pyside_class("QPoint")(b.xy.x(), b.xy.y());
             })
         // End of input and fades.
+        // Find.
+        .def_property_readonly("find_state",
+                               [](SnapshotBrowser& b) { return b.find_state().toStdString(); })
+        .def_property_readonly("find_chips",
+                               [](SnapshotBrowser& b) {
+                                   py::list chips;
+                                   for (QToolButton* chip : b.find_chips)
+                                       chips.append(bridge::wrap(chip));
+                                   return chips;
+                               })
         .def("show_help_menu", [](SnapshotBrowser& b, py::args) { b.show_help_menu(); })
         .def("browse_online_docs", [](SnapshotBrowser& b, py::args) { b.browse_online_docs(); })
         .def("show_changelog", [](SnapshotBrowser& b, py::args) { b.show_changelog(); })
@@ -302,6 +312,8 @@ void bind_browser(BrowserClass& cls) {
     COBALTRIG_WIDGET(combo_snapshot_dir);
     COBALTRIG_WIDGET(table_thumbs);
     COBALTRIG_WIDGET(slider_versions);
+    COBALTRIG_WIDGET(input_find);
+    COBALTRIG_WIDGET(label_find_state);
     COBALTRIG_WIDGET(push_snapshot);
     COBALTRIG_WIDGET(push_settings);
     COBALTRIG_WIDGET(push_help);

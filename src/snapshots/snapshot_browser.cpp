@@ -226,6 +226,7 @@ void SnapshotBrowser::create_widgets() {
     push_maximize = tool_button("icon_maximize");
     push_close = tool_button("icon_x");
 
+    create_find_widgets();
     create_settings_widgets();
 }
 
@@ -248,6 +249,8 @@ void SnapshotBrowser::create_layouts() {
     layout_preview_list = new QVBoxLayout(group_thumbs);
     layout_preview_list->setContentsMargins(0, 0, 10, 0);
     layout_preview_list->addWidget(combo_snapshot_dir);
+    layout_preview_list->addLayout(create_find_layout());
+    layout_preview_list->addWidget(label_find_state);
     layout_preview_list->addWidget(table_thumbs);
     layout_preview_list->addWidget(slider_versions);
 
@@ -293,6 +296,7 @@ void SnapshotBrowser::create_signals() {
     create_dir_signals();
     create_settings_signals();
     create_table_signals();
+    create_find_signals();
 }
 
 void SnapshotBrowser::create_tooltips() {

@@ -43,6 +43,8 @@ class QUrl;
 
 namespace cobaltrig {
 
+struct FindEntry;
+class FindIndex;
 class SnapshotPreviewImage;
 class SnapshotPreviewEmpty;
 class SnapshotThumbnail;
@@ -80,6 +82,26 @@ public:
     void setup_version_slider();
     /// Shows and remembers the snapshot of the slider's row.
     void slide_versions();
+
+    // Find: a field and flag chips above the list show only the rows that match.
+    /// Hides the rows whose comment and file name lack the field's text, or that lack the chip's
+    /// flag; once both are clear, shows every row at the scroll position from before.
+    void apply_find();
+    /// Whether a text or a chip narrows the list now.
+    bool finding() const;
+    /// The rows shown, top to bottom, while finding: what the slider and the arrows step through.
+    const std::vector<int>& shown_rows() const { return shown_rows_; }
+    /// The next row shown from `row` in the direction of `step`; -1 or the row count past the ends.
+    int row_beside(int row, int step) const;
+    /// "waiting" for the first paint, "reading" the comments and flags, or "ready".
+    QString find_state() const;
+    /// What a row just read of its snapshot's metadata, for the find index.
+    void note_metadata(const QString& src, const snapshot_files::Metadata& meta);
+    QLineEdit* input_find = nullptr;
+    QLabel* label_find_state = nullptr;
+    QVBoxLayout* layout_find = nullptr;
+    QHBoxLayout* layout_find_flags = nullptr;
+    std::vector<QToolButton*> find_chips;
 
     // Snapshot directories.
     /// Rebuilds the directory box (title, the commands the advanced settings show, a divider, the
@@ -221,6 +243,26 @@ private:
     int listing_scopes_ = 0;
     snapshot_files::Listing listing(const QString& directory);
 
+    FindIndex* find_index_ = nullptr;
+    /// The flag chosen with a chip, as its entry of the `flags` setting; empty for none.
+    QString find_flag_;
+    std::vector<int> shown_rows_;
+    /// The snapshot of each row, as the table was last filled.
+    QStringList find_srcs_;
+    /// Their entries in the index, as of the index's change `find_generation_`.
+    std::vector<const FindEntry*> find_entries_;
+    quint64 find_generation_ = 0;
+    /// Whether rows are hidden now, and the scroll position and slider range from before.
+    bool find_applied_ = false;
+    QString find_key_;
+    int find_scroll_ = 0;
+    int find_slider_max_ = 1;
+    void create_find_widgets();
+    QVBoxLayout* create_find_layout();
+    void create_find_signals();
+    /// After each filling of the table: the index learns the listing, and the rows shown follow.
+    void refresh_find(const QString& directory, const QStringList& srcs);
+
     int fade_connections_ = 0;
     /// The child a drag began on (none for the window itself), while a button is held.
     QPointer<QWidget> drag_from_;
@@ -232,7 +274,7 @@ private:
     void create_dir_signals();
     void create_settings_signals();
     void create_table_signals();
-    void load_visible_thumbs(bool only_unseen);
+    void load_visible_thumbs(bool only_unseen, int extra_items_to_load = 5);
     bool make_directories();
     void build_ui();
     void create_widgets();

@@ -15,6 +15,7 @@
 #include <QGroupBox>
 #include <QItemSelectionModel>
 #include <QKeyEvent>
+#include <QLineEdit>
 #include <QMouseEvent>
 #include <QScrollArea>
 #include <QScrollBar>
@@ -48,7 +49,8 @@ std::vector<QPointer<SnapshotThumbnail>> pointed_snapshots(SnapshotBrowser& brow
             return thumbs;
         }
         for (int selected = 0; selected < table->rowCount(); ++selected)
-            if (selection->isSelected(table->model()->index(selected, 0)))
+            if (!table->isRowHidden(selected) &&
+                selection->isSelected(table->model()->index(selected, 0)))
                 if (auto* one = qobject_cast<SnapshotThumbnail*>(table->cellWidget(selected, 0)))
                     thumbs.emplace_back(one);
         return thumbs;
@@ -77,9 +79,9 @@ void delete_pointed(SnapshotBrowser& browser) {
 
 // Shows the row `step` away from the table's current one. Runs before the table's own handling
 // of the arrow, which then moves the current cell onto the row shown; past either end there is
-// nothing to show and the preview stays.
+// nothing to show and the preview stays. Rows that finding hid are passed over.
 void preview_row_beside_current(SnapshotBrowser& browser, int step) {
-    const int row = browser.table_thumbs->currentRow() + step;
+    const int row = browser.row_beside(browser.table_thumbs->currentRow(), step);
     if (row < 0)
         return;
     if (auto* thumb = qobject_cast<SnapshotThumbnail*>(browser.table_thumbs->cellWidget(row, 0)))
@@ -122,6 +124,9 @@ bool SnapshotBrowser::eventFilter(QObject* watched, QEvent* event) {
 }
 
 bool SnapshotBrowser::claims_key(const QKeyEvent& event, QObject* watched) const {
+    // The find field takes what is typed into it; only Escape stays the browser's.
+    if (watched == input_find)
+        return event.key() == Qt::Key_Escape;
     const QString text = event.text();
     if (event.key() == Qt::Key_Escape || text == QLatin1String("d"))
         return true;
@@ -152,6 +157,14 @@ bool SnapshotBrowser::browser_key(QKeyEvent& event, QObject* watched) {
     }
     if (!built())
         return false;
+    if (watched == input_find) {
+        // Return takes the artist from the field to the rows found; the field keeps every other
+        // key, and those it doesn't use (Up, Down) reach the browser through the window.
+        if (event.key() != Qt::Key_Return && event.key() != Qt::Key_Enter)
+            return false;
+        table_thumbs->setFocus();
+        return true;
+    }
     const QString text = event.text();
     // "d" acts on the thumbnail under the pointer, wherever the focus is; never on a row the
     // pointer has left.
@@ -204,7 +217,7 @@ bool SnapshotBrowser::browser_key(QKeyEvent& event, QObject* watched) {
         preview_row_beside_current(*this, step);
         if (watched == table_thumbs)
             return false;
-        const int row = table_thumbs->currentRow() + step;
+        const int row = row_beside(table_thumbs->currentRow(), step);
         if (row >= 0 && row < table_thumbs->rowCount())
             table_thumbs->setCurrentCell(row, 0);
         return true;

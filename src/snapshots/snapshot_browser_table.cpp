@@ -152,6 +152,7 @@ void SnapshotBrowser::populate_table_thumbs() {
     if (!kept.isEmpty())
         table_thumbs->setRowCount(thumbs_list.size());
     header->setUpdatesEnabled(true);
+    refresh_find(QDir(snapshotbrowser_root).filePath(*current_snapshot_dir), thumbs_list);
     load_thumbs_visible_top_bottom();
 }
 
@@ -177,25 +178,31 @@ void SnapshotBrowser::load_thumbs_visible_top_bottom() {
     load_visible_thumbs(true);
 }
 
-void SnapshotBrowser::load_visible_thumbs(bool only_missing) {
+void SnapshotBrowser::load_visible_thumbs(bool only_missing, int extra_items_to_load) {
     if (!built())
         return;
-    const int extra_items_to_load = 5;
     const int visible_top = table_thumbs->rowAt(0);
     // Below the last row `rowAt` finds none: then the last row is the lowest in view, so a list
     // scrolled to its end, or shorter than the view, still shows every picture.
     int lowest = table_thumbs->rowAt(table_thumbs->viewport()->height() - 1);
     if (lowest < 0)
         lowest = table_thumbs->rowCount() - 1;
-    const int visible_bottom = lowest + extra_items_to_load;
     // Rows that hold their pixels at this width already cost nothing: a wheel notch over rows
     // seen before reads no file.
     const int width = table_thumbs->columnWidth(0);
     std::vector<SnapshotThumbnail*> thumbs;
-    for (int row = std::max(visible_top, 0); row <= visible_bottom; ++row)
+    const int rows = table_thumbs->rowCount();
+    int ahead = extra_items_to_load;
+    for (int row = std::max(visible_top, 0); row < rows && (row <= lowest || ahead > 0); ++row) {
+        // Rows that finding hid are neither in view nor among the few read ahead.
+        if (table_thumbs->isRowHidden(row))
+            continue;
+        if (row > lowest)
+            --ahead;
         if (auto* thumb = qobject_cast<SnapshotThumbnail*>(table_thumbs->cellWidget(row, 0)))
             if (!only_missing || thumb->needs_loading(width))
                 thumbs.push_back(thumb);
+    }
     // A screenful of pictures is decoded side by side, each straight to the size of its row;
     // only showing them needs this thread.
     std::vector<ShownImage> images(thumbs.size());
@@ -256,12 +263,21 @@ void SnapshotBrowser::setup_version_slider() {
         ++row;
     }
     slider_versions->setVisible(true);
+    // While finding, the slider steps through the rows shown.
+    if (finding()) {
+        find_slider_max_ = slider_versions->maximum();
+        apply_find();
+    }
 }
 
 void SnapshotBrowser::slide_versions() {
     if (!built())
         return;
-    const int slider_cur_value = slider_versions->value() - 1;
+    int slider_cur_value = slider_versions->value() - 1;
+    if (finding())
+        slider_cur_value = slider_cur_value >= 0 && slider_cur_value < int(shown_rows().size())
+                               ? shown_rows()[slider_cur_value]
+                               : -1;
     auto* current_cell =
         qobject_cast<SnapshotThumbnail*>(table_thumbs->cellWidget(slider_cur_value, 0));
     if (!current_cell)

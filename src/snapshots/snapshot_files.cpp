@@ -325,18 +325,22 @@ Metadata load_metadata(const QString& src) {
         };
         return {text("comment"), text("flag")};
     }
+    try {
+        return read_metadata(src);
+    } catch (const FileError& error) {
+        // Shown without comment and flag; the file itself is left for the artist to mend.
+        report_once(sibling(src, QStringLiteral(".xml")), QString::fromStdString(error.what()));
+        return Metadata();
+    }
+}
+
+Metadata read_metadata(const QString& src) {
     const QString metaxml = sibling(src, QStringLiteral(".xml"));
     // A pipe or a device under that name is no document, and reading it could wait forever.
     if (!QFileInfo(metaxml).isFile())
         return Metadata();
-    try {
-        const Scan scan = scanMetadata(metaxml);
-        return {scan.comment.value_or(QString()), scan.flag.value_or(QString())};
-    } catch (const FileError& error) {
-        // Shown without comment and flag; the file itself is left for the artist to mend.
-        report_once(metaxml, QString::fromStdString(error.what()));
-        return Metadata();
-    }
+    const Scan scan = scanMetadata(metaxml);
+    return {scan.comment.value_or(QString()), scan.flag.value_or(QString())};
 }
 
 QString load_comment(const QString& metaxml) {

@@ -101,6 +101,9 @@ struct Metadata {
 /// can't be read, or that breaks the limits below, gives empty texts and is named once on the
 /// console.
 Metadata load_metadata(const QString& src);
+/// The same from the metadata file itself, whatever `helper.load_metadata` is: a damaged document
+/// raises FileError, naming it. Touches no Python, so it may run on any thread.
+Metadata read_metadata(const QString& src);
 
 /// What a metadata document may be: no larger than this, nested no deeper, and without a document
 /// type (so without entities, whose expansion could take the host's memory). The files written

@@ -261,6 +261,8 @@ void SnapshotThumbnail::set_meta_ui_elements() {
     // Most snapshots carry no mark: a mark is made when first shown, so that a long list holds
     // one widget per row, and the window's style has that much less to apply.
     const snapshot_files::Metadata metadata = snapshot_files::load_metadata(src);
+    if (snapshotbrowser)
+        snapshotbrowser->note_metadata(src, metadata);
     meta_read_ = true;
     comment_ = metadata.comment;
     if (!metadata.comment.isEmpty()) {
