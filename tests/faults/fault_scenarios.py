@@ -6,16 +6,13 @@ one kind in one way, runs the entry points that read that kind, and returns what
 exceptions, message boxes, host messages and console text.
 """
 
-import atexit
 import contextlib
 import importlib
 import io
 import json
 import os
-import shutil
 import subprocess
 import sys
-import tempfile
 
 KINDS = ("settings", "advanced", "hotkeys", "metadata", "image", "preset")
 VARIANTS = ("missing", "empty", "truncated", "malformed", "non-utf8", "huge", "unreadable",
@@ -192,44 +189,26 @@ def run(root, kind, variant):
     return outcome
 
 
-_READABLE = []
-
-
-def readable_path():
-    """A PYTHONPATH that the user "nobody" can read. The checkout may lie in a folder open to its
-    owner alone (a fresh clone in a private temporary folder), so this folder of scenarios and the
-    entries of PYTHONPATH (the built package, the simulated host) are copied, once, into a folder
-    open to all."""
-    if not _READABLE:
-        shared = tempfile.mkdtemp(prefix="cobaltrig-readable-")
-        atexit.register(shutil.rmtree, shared, True)
-        os.chmod(shared, 0o755)
-        own = [os.path.dirname(os.path.abspath(__file__))]
-        own += [p for p in os.environ.get("PYTHONPATH", "").split(os.pathsep) if os.path.isdir(p)]
-        for index, entry in enumerate(own):
-            copy = os.path.join(shared, str(index))
-            shutil.copytree(entry, copy, ignore=shutil.ignore_patterns("__pycache__"))
-            _READABLE.append(copy)
-        _READABLE.extend(p for p in sys.path[1:] if p and p not in own)
-    return os.pathsep.join(_READABLE)
-
-
-def drop_privileges():
-    """For a child process: become "nobody" when this process is root."""
-    if os.geteuid() == 0:
-        os.setgid(65534)
-        os.setuid(65534)
+def unprivileged(argv):
+    """`argv` as a command that file modes bind. Root reads and writes past them; as root the
+    child runs without the two capabilities that allow it, and stays root, so the checkout and the
+    interpreter are reachable wherever they lie (a fresh clone in a folder open to its owner alone
+    is not reachable for another user)."""
+    if os.geteuid() != 0:
+        return argv
+    caps = "-dac_override,-dac_read_search"
+    return ["setpriv", "--inh-caps=" + caps, "--bounding-set=" + caps, "--"] + argv
 
 
 def run_unprivileged(root, kind, variant):
-    """run() in a child that drops to the user "nobody" when this process is root."""
+    """run() in a child that file modes bind, root or not."""
     code = ("import json, sys, fault_scenarios as f\n"
             "print('\\nOUTCOME ' + json.dumps(f.run(sys.argv[1], sys.argv[2], sys.argv[3])))\n")
-    env = dict(os.environ, PYTHONPATH=readable_path())
-    os.chmod(root, 0o777)
-    result = subprocess.run([sys.executable, "-c", code, root, kind, variant], env=env,
-                            capture_output=True, text=True, timeout=120,
-                            preexec_fn=drop_privileges)
+    path = os.pathsep.join([os.path.dirname(os.path.abspath(__file__)),
+                            os.environ.get("PYTHONPATH", "")])
+    result = subprocess.run(unprivileged([sys.executable, "-c", code, root, kind, variant]),
+                            env=dict(os.environ, PYTHONPATH=path), capture_output=True,
+                            text=True, timeout=120)
     return outcome_of(result, "child failed")
 
 

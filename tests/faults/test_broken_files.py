@@ -3,8 +3,6 @@ that read it: each case ends in words that name the file (or works, for a file t
 large, linked or missing), the process lives, and no other file on disk changes."""
 
 import os
-import shutil
-import tempfile
 
 import pytest
 
@@ -19,11 +17,8 @@ PRESET_GONE = "The file wasn't found. It doesn't exist anymore."
 
 
 @pytest.fixture
-def root(host):
-    # Outside pytest's private temporary folder, so that an unprivileged child can work in it.
-    folder = tempfile.mkdtemp(prefix="cobaltrig-faults-")
-    yield folder
-    shutil.rmtree(folder, ignore_errors=True)
+def root(host, tmp_path):
+    return str(tmp_path)
 
 
 def allowed_change(root, kind, variant, path):

@@ -4,7 +4,6 @@ worked read-only, and a file that went bad under an open window named in the rep
 import os
 import subprocess
 import sys
-import tempfile
 import textwrap
 
 import pytest
@@ -83,12 +82,10 @@ def test_a_settings_file_emptied_under_an_open_window_is_named(rig, pool, settin
     assert (settings_home / "settings.xml").read_bytes() == b""
 
 
-def test_a_read_only_settings_folder_works_read_only():
-    """In a child as an unprivileged user: root writes anywhere."""
-    root = tempfile.mkdtemp(prefix="cobaltrig-readonly-")
-    home = os.path.join(root, "home")
+def test_a_read_only_settings_folder_works_read_only(tmp_path):
+    """In a child that file modes bind: root writes anywhere."""
+    home = str(tmp_path / "home")
     os.mkdir(home)
-    os.chmod(root, 0o755)
     os.chmod(home, 0o555)
     code = textwrap.dedent("""
         import os, sys
@@ -110,9 +107,8 @@ def test_a_read_only_settings_folder_works_read_only():
     """)
 
     try:
-        result = subprocess.run([sys.executable, "-c", code, home], capture_output=True,
-                                env=dict(os.environ, PYTHONPATH=scenarios.readable_path()),
-                                text=True, timeout=120, preexec_fn=scenarios.drop_privileges)
+        result = subprocess.run(scenarios.unprivileged([sys.executable, "-c", code, home]),
+                                capture_output=True, text=True, timeout=120)
         assert result.returncode == 0, result.stderr
         assert "ALIVE" in result.stdout
         refused = [line for line in result.stdout.splitlines() if line.startswith("REFUSED")]
@@ -123,4 +119,3 @@ def test_a_read_only_settings_folder_works_read_only():
         assert os.listdir(home) == []
     finally:
         os.chmod(home, 0o755)
-        subprocess.run(["rm", "-rf", root])
