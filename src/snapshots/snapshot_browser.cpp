@@ -196,7 +196,7 @@ void SnapshotBrowser::create_widgets() {
     splitter = new QSplitter(Qt::Horizontal, this);
     combo_snapshot_dir = new QComboBox(this);
 
-    table_thumbs = new QTableWidget(this);
+    table_thumbs = create_thumbnail_table();
     table_thumbs->setObjectName(QStringLiteral("table_thumbs"));
     table_thumbs->setColumnCount(1);
     table_thumbs->verticalHeader()->hide();

@@ -278,6 +278,8 @@ private:
     bool make_directories();
     void build_ui();
     void create_widgets();
+    /// The list of thumbnails: a table that keeps only the widgets of the rows in view shown.
+    QTableWidget* create_thumbnail_table();
     void create_settings_widgets();
     void create_layouts();
     void create_settings_layouts();

@@ -18,7 +18,6 @@
 #include <QScrollBar>
 #include <QSignalBlocker>
 #include <QSlider>
-#include <QStyledItemDelegate>
 #include <QTableWidget>
 #include <QTimer>
 #include <QToolButton>
@@ -28,18 +27,6 @@
 namespace cobaltrig {
 
 namespace {
-
-// Each row's widget fills its cell. The table places every row's widget again whenever rows are
-// hidden or shown; the style's own placing asks the model a dozen questions per row, which on a
-// long list was most of what a keystroke in the find field cost.
-class CellWidgetDelegate : public QStyledItemDelegate {
-public:
-    using QStyledItemDelegate::QStyledItemDelegate;
-    void updateEditorGeometry(QWidget* editor, const QStyleOptionViewItem& option,
-                              const QModelIndex&) const override {
-        editor->setGeometry(option.rect);
-    }
-};
 
 QPixmap swatch(const QColor& colour) {
     QPixmap pixmap(12, 12);
@@ -51,7 +38,6 @@ QPixmap swatch(const QColor& colour) {
 
 void SnapshotBrowser::create_find_widgets() {
     find_index_ = new FindIndex(this);
-    table_thumbs->setItemDelegate(new CellWidgetDelegate(table_thumbs));
     input_find = new QLineEdit(this);
     input_find->setObjectName(QStringLiteral("find"));
     input_find->setPlaceholderText(QStringLiteral("comment or name"));

@@ -12,7 +12,9 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QHeaderView>
+#include <QHash>
 #include <QLabel>
+#include <QPointer>
 #include <QResizeEvent>
 #include <QScrollArea>
 #include <QScrollBar>
@@ -33,6 +35,78 @@ QString qs(const std::string& text) {
     return QString::fromStdString(text);
 }
 
+// Every row holds a thumbnail widget. A table places all of its cell widgets after every change
+// of rows (a find, a resize), and paints each one while thousands of siblings are shown: on a
+// long list, most of a keystroke in the find field. Only the widgets of the rows in view are
+// shown and placed here; the rest stay hidden until scrolling brings them into view.
+class ThumbnailTable : public QTableWidget {
+public:
+    using QTableWidget::QTableWidget;
+
+    /// Shows and places the widgets of the rows in view, and hides every other one shown.
+    void place_rows_in_view() {
+        QSet<QWidget*> in_view;
+        const int top = rowAt(0);
+        if (top >= 0) {
+            int lowest = rowAt(viewport()->height() - 1);
+            if (lowest < 0)
+                lowest = rowCount() - 1;
+            for (int row = top; row <= lowest; ++row) {
+                if (isRowHidden(row))
+                    continue;
+                QWidget* widget = cellWidget(row, 0);
+                if (!widget)
+                    continue;
+                widget->setGeometry(visualRect(model()->index(row, 0)));
+                widget->show();
+                in_view.insert(widget);
+            }
+        }
+        // Hiding changes the record of what is shown: the widgets to hide are gathered first.
+        std::vector<QWidget*> out_of_view;
+        for (auto it = shown_.begin(); it != shown_.end();) {
+            if (!it.value()) {
+                it = shown_.erase(it);
+                continue;
+            }
+            if (!in_view.contains(it.key()))
+                out_of_view.push_back(it.key());
+            ++it;
+        }
+        for (QWidget* widget : out_of_view)
+            widget->hide();
+    }
+
+protected:
+    void updateEditorGeometries() override {
+        // A layout still pending would place the widgets by rows that are about to move; it
+        // runs first, and comes back here.
+        executeDelayedItemsLayout();
+        place_rows_in_view();
+    }
+
+    void scrollContentsBy(int dx, int dy) override {
+        QTableWidget::scrollContentsBy(dx, dy);
+        place_rows_in_view();
+    }
+
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        // What is shown elsewhere (a thumbnail that has read its first pixels) is known here,
+        // so that it is hidden again once out of view.
+        if (event->type() == QEvent::ShowToParent) {
+            if (auto* widget = qobject_cast<QWidget*>(watched); widget && widget->parent() == viewport())
+                shown_.insert(widget, widget);
+        } else if (event->type() == QEvent::HideToParent) {
+            shown_.remove(static_cast<QWidget*>(watched));
+        }
+        return QTableWidget::eventFilter(watched, event);
+    }
+
+private:
+    // The cell widgets shown now; a widget deleted meanwhile leaves a null pointer behind.
+    QHash<QWidget*, QPointer<QWidget>> shown_;
+};
+
 } // namespace
 
 snapshot_files::Listing SnapshotBrowser::listing(const QString& directory) {
@@ -43,6 +117,10 @@ snapshot_files::Listing SnapshotBrowser::listing(const QString& directory) {
     if (listing_scopes_ > 0)
         shared_listing_ = SharedListing{key, fresh};
     return fresh;
+}
+
+QTableWidget* SnapshotBrowser::create_thumbnail_table() {
+    return new ThumbnailTable(this);
 }
 
 void SnapshotBrowser::create_table_signals() {
@@ -211,6 +289,10 @@ void SnapshotBrowser::load_visible_thumbs(bool only_missing, int extra_items_to_
     });
     for (std::size_t i = 0; i < thumbs.size(); ++i)
         thumbs[i]->load_thumbnail(std::move(images[i]), width);
+    // A thumbnail shows itself once it has its first pixels, in view or among those read ahead
+    // below it, where it would stand where its row stood when last placed.
+    if (!thumbs.empty())
+        static_cast<ThumbnailTable*>(table_thumbs)->place_rows_in_view();
 }
 
 void SnapshotBrowser::adjust_splitter_sizes() {

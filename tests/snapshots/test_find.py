@@ -4,7 +4,7 @@ does, and the rows they leave shown through refreshes, directory switches and th
 import os
 
 import pytest
-from cobaltRig.qt import QtCore, QtTest, QtWidgets
+from cobaltRig.qt import QtCore, QtGui, QtTest, QtWidgets
 
 from test_keys_and_pointer import enter, open_active, type_key
 from test_table import write_snapshot
@@ -229,3 +229,48 @@ def test_a_window_deleted_while_the_index_is_read_goes_quietly(rig, snap_dir, qt
     window.deleteLater()
     QtCore.QCoreApplication.sendPostedEvents(None, QtCore.QEvent.DeferredDelete)
     qtbot.wait(50)
+
+
+def test_scrolling_a_found_list_shows_each_row_in_view_in_its_place_and_nothing_else(
+        rig, snap_dir, qtbot):
+    # Longer than the view, with every third snapshot commented: finding moves most rows.
+    for seconds in range(1000, 1060):
+        write_snapshot(snap_dir, seconds, comment="keeper" if seconds % 3 == 0 else None)
+    browser = ready(rig, qtbot)
+    table = browser.table_thumbs
+    viewport = table.viewport()
+
+    def wheel_down():
+        centre = QtCore.QPointF(viewport.rect().center())
+        event = QtGui.QWheelEvent(centre, QtCore.QPointF(viewport.mapToGlobal(centre.toPoint())),
+                                  QtCore.QPoint(), QtCore.QPoint(0, -120),
+                                  Qt.MouseButton.NoButton, Qt.KeyboardModifier.NoModifier,
+                                  Qt.ScrollPhase.NoScrollPhase, False)
+        App.sendEvent(viewport, event)
+        App.processEvents()
+
+    def assert_rows_in_place():
+        cells = {table.cellWidget(row, 0): row for row in range(table.rowCount())}
+        in_view = {row for row in range(table.rowCount()) if not table.isRowHidden(row)
+                   and table.visualRect(table.model().index(row, 0)).intersects(viewport.rect())}
+        assert in_view
+        for widget, row in cells.items():
+            if row in in_view:
+                assert widget.isVisible(), row
+                assert widget.geometry() == table.visualRect(table.model().index(row, 0)), row
+            else:
+                assert widget.isHidden(), row
+
+    type_into_field(browser, "keeper")
+    assert len(shown(browser)) == 20
+    for text in ("keeper", ""):
+        if not text:
+            clear_field()
+            table.scrollToTop()
+            App.processEvents()
+        assert_rows_in_place()
+        top = table.rowAt(0)
+        for _ in range(4):
+            wheel_down()
+            assert_rows_in_place()
+        assert table.rowAt(0) > top
