@@ -231,46 +231,27 @@ def test_a_window_deleted_while_the_index_is_read_goes_quietly(rig, snap_dir, qt
     qtbot.wait(50)
 
 
+
 def test_scrolling_a_found_list_shows_each_row_in_view_in_its_place_and_nothing_else(
         rig, snap_dir, qtbot):
-    # Longer than the view, with every third snapshot commented: finding moves most rows.
-    for seconds in range(1000, 1060):
+    for seconds in range(1000, 1060):  # longer than the view; finding moves most rows
         write_snapshot(snap_dir, seconds, comment="keeper" if seconds % 3 == 0 else None)
     browser = ready(rig, qtbot)
-    table = browser.table_thumbs
-    viewport = table.viewport()
-
-    def wheel_down():
-        centre = QtCore.QPointF(viewport.rect().center())
-        event = QtGui.QWheelEvent(centre, QtCore.QPointF(viewport.mapToGlobal(centre.toPoint())),
-                                  QtCore.QPoint(), QtCore.QPoint(0, -120),
-                                  Qt.MouseButton.NoButton, Qt.KeyboardModifier.NoModifier,
-                                  Qt.ScrollPhase.NoScrollPhase, False)
-        App.sendEvent(viewport, event)
-        App.processEvents()
-
-    def assert_rows_in_place():
-        cells = {table.cellWidget(row, 0): row for row in range(table.rowCount())}
-        in_view = {row for row in range(table.rowCount()) if not table.isRowHidden(row)
-                   and table.visualRect(table.model().index(row, 0)).intersects(viewport.rect())}
-        assert in_view
-        for widget, row in cells.items():
-            if row in in_view:
-                assert widget.isVisible(), row
-                assert widget.geometry() == table.visualRect(table.model().index(row, 0)), row
-            else:
-                assert widget.isHidden(), row
-
+    table, viewport = browser.table_thumbs, browser.table_thumbs.viewport()
     type_into_field(browser, "keeper")
-    assert len(shown(browser)) == 20
-    for text in ("keeper", ""):
-        if not text:
-            clear_field()
-            table.scrollToTop()
+    for scroll in range(5):
+        if scroll:  # a wheel notch down, as the artist scrolls
+            centre = QtCore.QPointF(viewport.rect().center())
+            App.sendEvent(viewport, QtGui.QWheelEvent(
+                centre, QtCore.QPointF(viewport.mapToGlobal(centre.toPoint())), QtCore.QPoint(),
+                QtCore.QPoint(0, -120), Qt.MouseButton.NoButton, Qt.KeyboardModifier.NoModifier,
+                Qt.ScrollPhase.NoScrollPhase, False))
             App.processEvents()
-        assert_rows_in_place()
-        top = table.rowAt(0)
-        for _ in range(4):
-            wheel_down()
-            assert_rows_in_place()
-        assert table.rowAt(0) > top
+        for row in range(table.rowCount()):
+            rect = table.visualRect(table.model().index(row, 0))
+            widget = table.cellWidget(row, 0)
+            if table.isRowHidden(row) or not rect.intersects(viewport.rect()):
+                assert widget.isHidden(), row
+            else:
+                assert widget.isVisible() and widget.geometry() == rect, row
+    assert table.rowAt(0) > 9 and len(shown(browser)) == 20
