@@ -94,7 +94,8 @@ protected:
         // What is shown elsewhere (a thumbnail that has read its first pixels) is known here,
         // so that it is hidden again once out of view.
         if (event->type() == QEvent::ShowToParent) {
-            if (auto* widget = qobject_cast<QWidget*>(watched); widget && widget->parent() == viewport())
+            auto* widget = qobject_cast<QWidget*>(watched);
+            if (widget && widget->parent() == viewport())
                 shown_.insert(widget, widget);
         } else if (event->type() == QEvent::HideToParent) {
             shown_.remove(static_cast<QWidget*>(watched));
@@ -180,9 +181,11 @@ void SnapshotBrowser::populate_table_thumbs() {
     if (kept.isEmpty()) {
         table_thumbs->clear();
     } else {
-        // Rows of what went are removed in runs, from the bottom, so the rows kept keep their order.
+        // Rows of what went are removed in runs, from the bottom, so the rows kept keep their
+        // order.
         auto keeps = [&](int row) {
-            return kept.contains(qobject_cast<SnapshotThumbnail*>(table_thumbs->cellWidget(row, 0)));
+            return kept.contains(
+                qobject_cast<SnapshotThumbnail*>(table_thumbs->cellWidget(row, 0)));
         };
         for (int row = table_thumbs->rowCount() - 1; row >= 0;) {
             if (keeps(row)) {

@@ -121,7 +121,8 @@ Scan scanMetadata(const QString& metaxml) {
         }
     }
     if (xml.hasError())
-        refuse(metaxml, QStringLiteral("%1 (line %2)").arg(xml.errorString()).arg(xml.lineNumber()));
+        refuse(metaxml,
+               QStringLiteral("%1 (line %2)").arg(xml.errorString()).arg(xml.lineNumber()));
     return scan;
 }
 
@@ -462,7 +463,8 @@ QString machineName() {
 }
 
 QString journalPath(const QString& directory) {
-    const QString folder = QFileInfo(QDir::cleanPath(QFileInfo(directory).absoluteFilePath())).path();
+    const QString folder =
+        QFileInfo(QDir::cleanPath(QFileInfo(directory).absoluteFilePath())).path();
     return QDir(folder).filePath(kJournalPrefix + machineName() + QLatin1Char('.') +
                                  QString::number(QCoreApplication::applicationPid()) +
                                  kJournalSuffix);

@@ -34,8 +34,9 @@ struct ShownImage {
 };
 
 /// Reads the image at `src`, decoded straight to `size` when that is valid (scaled by `mode`, so
-/// that a large image never exists in full), whole otherwise. Refuses what is no regular file and what
-/// claims more than `kMaxImagePixels`. Touches neither Python nor a widget: safe on any thread.
+/// that a large image never exists in full), whole otherwise. Refuses what is no regular file and
+/// what claims more than `kMaxImagePixels`. Touches neither Python nor a widget: safe on any
+/// thread.
 ShownImage read_shown_image(const QString& src, QSize size = QSize(),
                             Qt::AspectRatioMode mode = Qt::KeepAspectRatio);
 

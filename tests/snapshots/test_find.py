@@ -83,7 +83,7 @@ def test_the_field_and_the_chips_show_only_the_rows_that_match(rig, shots, qtbot
 
 def test_clearing_restores_every_row_and_the_scroll_position(rig, helper, snap_dir, qtbot):
     for seconds in range(2000, 2030):
-        write_snapshot(snap_dir, seconds, comment="take {}".format(seconds) if seconds % 2 == 0 else "")
+        write_snapshot(snap_dir, seconds, comment="" if seconds % 2 else "take {}".format(seconds))
     browser = ready(rig, qtbot)
     bar = browser.table_thumbs.verticalScrollBar()
     bar.setValue(bar.maximum() // 2)
