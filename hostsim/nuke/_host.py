@@ -2,15 +2,25 @@
 QApplication, and the operating system's clipboard that nodeCopy/nodePaste("%clipboard%") share with
 every other program.
 
-The bottom layer, with `_state`: it uses no other file of this package.
+The bottom layer, with `_state`: it uses no other file of this package, and holds the Qt binding
+(`QtCore`, `QtGui`, `QtWidgets`) that the files above it use.
 """
 
 import os
 import sys
 
-from cobaltRig.qt import QT_MAJOR, QtWidgets
+# A host ships one Qt binding (hosts 16 and later PySide6, earlier ones PySide2) and an add-on takes
+# the one it finds. The simulated host is the version whose binding this interpreter has; an add-on
+# built for the other Qt meets it as it would meet such a real host.
+try:
+    from PySide6 import QtCore, QtGui, QtWidgets
 
-# The simulated host is a version that carries the binding in use: 15 with Qt 5, 16 with Qt 6.
+    QT_MAJOR = 6
+except ImportError:
+    from PySide2 import QtCore, QtGui, QtWidgets
+
+    QT_MAJOR = 5
+
 NUKE_VERSION_MAJOR = 16 if QT_MAJOR == 6 else 15
 NUKE_VERSION_MINOR = 1
 NUKE_VERSION_RELEASE = 2
@@ -33,6 +43,11 @@ def _ensure_application():
 
 # Like the host, importing `nuke` makes sure the application exists.
 application = _ensure_application()
+
+
+def exec_dialog(dialog):
+    """Runs a dialog under the name its binding gives `exec`; returns its result."""
+    return dialog.exec() if QT_MAJOR == 6 else dialog.exec_()
 
 
 def clipboard_text():

@@ -9,15 +9,14 @@ the old width, multiplied first and rounded down. The root's proxy mode halves w
 
 There is no time: every frame of a render is the same image.
 
-Layer: rendering, on the graph (`_graph`) and the bottom layer (`_state`).
+Layer: rendering, on the graph (`_graph`) and the bottom layer (`_state`, `_host`).
 """
 
 import os
 import re
 
-from cobaltRig.qt import QtCore, QtGui, QtWidgets
-
 from . import _graph as G
+from ._host import QtCore, QtGui, QtWidgets
 from ._state import STATE
 
 # The words the host uses when a tree ends in a node that makes no image.

@@ -11,7 +11,7 @@ import os
 
 from . import _graph as G
 from . import _nk
-from ._host import clipboard_text, set_clipboard_text
+from ._host import QtWidgets, clipboard_text, set_clipboard_text
 from ._journal import forget, recorded
 from ._state import STATE
 
@@ -98,8 +98,6 @@ def scriptReadFile(filename):
 def _ask_save_path():
     if not STATE.interactive:
         return None
-    from cobaltRig.qt import QtWidgets
-
     return QtWidgets.QFileDialog.getSaveFileName(None, "Save script", "", "Scripts (*.nk)")[0] or None
 
 

@@ -5,13 +5,14 @@ Dialogs answer in one of two ways. In tests (the default) they take their answer
 so a test notices a dialog it did not expect. In the demo host (`hostctl.set_interactive(True)`) a dialog
 with no queued answer is a real modal Qt dialog.
 
-Layer: UI, on `_undo` and the bottom layer (`_state`, `_script`).
+Layer: UI, on `_undo` and the bottom layer (`_state`, `_host`, `_script`).
 """
 
 import os
 import sys
 
 from . import _script
+from ._host import QtWidgets, exec_dialog
 from ._state import STATE
 from ._undo import run_as_step
 
@@ -33,8 +34,6 @@ def message(prompt):
     """Shows a message. Every text is recorded in hostctl.messages."""
     STATE.messages.append(str(prompt))
     if STATE.interactive:
-        from cobaltRig.qt import QtWidgets
-
         QtWidgets.QMessageBox.information(None, "Message", str(prompt))
 
 
@@ -42,8 +41,6 @@ def ask(prompt):
     queued, answer = _pop_answer("ask", prompt)
     if queued:
         return bool(answer)
-    from cobaltRig.qt import QtWidgets
-
     buttons = QtWidgets.QMessageBox.Yes | QtWidgets.QMessageBox.No
     return QtWidgets.QMessageBox.question(None, "Question", str(prompt), buttons) \
         == QtWidgets.QMessageBox.Yes
@@ -54,8 +51,6 @@ def getInput(prompt, default=""):
     queued, answer = _pop_answer("getInput", prompt)
     if queued:
         return None if answer is None else str(answer)
-    from cobaltRig.qt import QtWidgets
-
     text, ok = QtWidgets.QInputDialog.getText(None, "Input", str(prompt), text=str(default))
     return text if ok else None
 
@@ -149,8 +144,6 @@ class Panel:
             control[2] = value
 
     def _exec(self):
-        from cobaltRig.qt import QtWidgets, exec_dialog
-
         dialog = QtWidgets.QDialog()
         dialog.setWindowTitle(self._title)
         if self._width:

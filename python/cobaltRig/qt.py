@@ -2,8 +2,8 @@
 
 A host ships exactly one binding (PySide2 with Qt 5, PySide6 with Qt 6) and the compiled module
 only works inside the one it was built against, so the choice is made at build time and written
-to ``_binding.py`` beside this file. Everything in the package, the simulated host, the demo host,
-the tests and the benchmarks imports Qt from here:
+to ``_binding.py`` beside this file. Everything in the package, the demo host, the tests and the
+benchmarks imports Qt from here (the simulated host's `nuke`, like a real host, carries its own):
 
     from cobaltRig.qt import QtCore, QtGui, QtWidgets
 
