@@ -7,13 +7,10 @@ from cobaltRig import helper
 WIDGETS = ["looks", "look_uid", "look_new", "look_update", "look_delete", "preset_import",
            "preset_export", "look_divider", "look_knob_values"]
 
-ICON_LABELS = {
-    "look_new": "<img src='look_star.png' /> new",
-    "look_update": "<img src='look_update.png' /> update",
-    "look_delete": "<img src='look_delete.png' /> delete",
-    "preset_import": "<img src='look_import.png' /> import",
-    "preset_export": "<img src='look_export.png' /> export",
-}
+# button: (picture, text)
+BUTTONS = {"look_new": ("look_star", "new"), "look_update": ("look_update", "update"),
+           "look_delete": ("look_delete", "delete"), "preset_import": ("look_import", "import"),
+           "preset_export": ("look_export", "export")}
 
 
 def knob_names(node):
@@ -37,8 +34,9 @@ def test_widgets_in_order_with_labels_and_hidden_knobs(rig, blur, setting, icons
 
     assert look_part(blur) == WIDGETS
     assert blur["looks"].Class() == "Tab_Knob" and blur["looks"].label() == "looks"
-    for name, label in ICON_LABELS.items():
-        assert blur[name].label() == (label if icons else label.split("> ")[1])
+    for name, (picture, text) in BUTTONS.items():
+        icon = "<img src='{}.png' /> ".format(picture) if icons else ""
+        assert blur[name].label() == icon + text
     assert not blur["look_uid"].visible() and not blur["look_knob_values"].visible()
     assert blur["look_divider"].visible() and blur["look_divider"].label() == ""
     assert blur["look_uid"].label() and "'" not in blur["look_uid"].label()
@@ -55,29 +53,26 @@ def test_refused_classes_are_compared_as_exact_text(rig, blur, monkeypatch, node
     assert (look_part(blur) == []) == refused
 
 
-@pytest.mark.parametrize("made_by", ["the artist", "the add-on, then lost a button"])
-def test_an_existing_looks_tab_is_left_as_it_is(rig, nuke, blur, host, made_by):
-    if made_by == "the artist":
+@pytest.mark.parametrize("case", ["made by the artist", "lost a button", "the host refuses"])
+def test_an_existing_looks_tab_is_left_as_it_is_and_a_refusal_adds_nothing(
+        rig, nuke, blur, host, monkeypatch, capsys, case):
+    expected = []
+    if case == "made by the artist":
         blur.addKnob(nuke.Tab_Knob("looks", "my own looks"))
         expected = ["looks"]
-    else:
+    elif case == "lost a button":
         rig.create_looks_widgets(blur)
         blur.removeKnob(blur["look_update"])
         expected = [w for w in WIDGETS if w != "look_update"]
+    else:
+        def refuse(*args, **kwargs):
+            raise RuntimeError("knob refused")
+
+        monkeypatch.setattr(nuke, "PythonKnob", refuse)
     for _ in range(2):
         rig.create_looks_widgets(blur)
     assert look_part(blur) == expected and host.messages == []
-
-
-def test_a_failing_host_adds_nothing_and_reports_nothing(rig, nuke, blur, monkeypatch, capsys,
-                                                         host):
-    def refuse(*args, **kwargs):
-        raise RuntimeError("knob refused")
-
-    monkeypatch.setattr(nuke, "PythonKnob", refuse)
-    rig.create_looks_widgets(blur)
-    assert look_part(blur) == []
-    assert host.messages == [] and capsys.readouterr().err == ""
+    assert capsys.readouterr().err == ""
 
 
 def test_look_knobs_are_found_by_containment(rig, nuke, blur):

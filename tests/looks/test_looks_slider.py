@@ -14,10 +14,13 @@ def cursor(qapp):
     QtGui.QCursor.setPos(CURSOR)
 
 
-def test_nothing_selected_opens_nothing(rig, nuke, chain, open_slider):
+def test_nothing_selected_opens_nothing_and_the_comparison_says_so(rig, nuke, host, chain,
+                                                                  open_slider):
     for node in nuke.allNodes():
         node.setSelected(False)
-    assert open_slider() is None
+    assert open_slider() is None and host.messages == []
+    assert rig.show_look_diff() is None
+    assert host.messages == ["Select a node to compare its looks."]
 
 
 @pytest.mark.parametrize("shown, left, mix", [
