@@ -4,16 +4,9 @@ import pytest
 from cobaltRig import helper
 from cobaltRig.qt import QtCore
 
-from looks_testing import look_knobs, nested_group, press, select, store, with_looks
+from looks_testing import chain_in, look_knobs, nested_group, press, select, store, with_looks
 
 PANELS = {"look_update": "Select a preset to update", "look_delete": "Select a preset to delete"}
-
-
-def chain_in(nuke, group):
-    with group:
-        return (nuke.createNode("CheckerBoard", inpanel=False),
-                nuke.createNode("Blur", inpanel=False),
-                nuke.createNode("Grade", inpanel=False))
 
 
 def containers(nuke, group):
