@@ -75,27 +75,16 @@ def test_an_existing_looks_tab_is_left_as_it_is_and_a_refusal_adds_nothing(
     assert capsys.readouterr().err == ""
 
 
-def test_look_knobs_are_found_by_containment(rig, nuke, blur):
-    rig.create_looks_widgets(blur)
-    for name in ("look_preset_1", "look_preset_10", "my_look_preset_x"):
-        blur.addKnob(nuke.PyScript_Knob(name, name))
-    blur.addKnob(nuke.PyScript_Knob("look_presets", "not a look"))
-
-    assert sorted(k.name() for k in rig.get_preset_knobs(blur)) == [
-        "look_preset_1", "look_preset_10", "my_look_preset_x"]
-    rig.remove_preset_knobs(blur)
-    assert rig.get_preset_knobs(blur) == []
-    assert "look_presets" in knob_names(blur)
-    assert look_part(blur)[:len(WIDGETS)] == WIDGETS
-
-
-def test_deleting_looks_of_the_selection_takes_everything_off(rig, nuke, host):
+def test_look_knobs_are_found_by_containment_and_taken_off_with_or_without_the_tab(
+        rig, nuke, host):
     nodes = [nuke.createNode(cls, inpanel=False) for cls in ("Blur", "Grade", "Transform")]
+    looks = ["look_preset_1", "look_preset_10", "my_look_preset_x"]
     for node in nodes:
         rig.create_looks_widgets(node)
-        node.addKnob(nuke.PyScript_Knob("look_preset_1", "1"))
-    standard = {node.name(): set(knob_names(node)) - set(WIDGETS) - {"look_preset_1"}
-                for node in nodes}
+        for name in looks + ["look_presets"]:  # the last is no look knob
+            node.addKnob(nuke.PyScript_Knob(name, name))
+    assert sorted(k.name() for k in rig.get_preset_knobs(nodes[0])) == looks
+    standard = {node.name(): set(knob_names(node)) - set(WIDGETS) - set(looks) for node in nodes}
     old_uid = nodes[0]["look_uid"].label()
     kept = nodes[2]
     for node in nodes:
@@ -106,6 +95,8 @@ def test_deleting_looks_of_the_selection_takes_everything_off(rig, nuke, host):
     for node in nodes[:2]:
         assert set(knob_names(node)) == standard[node.name()]
     assert look_part(kept)[:len(WIDGETS)] == WIDGETS
+    rig.remove_preset_knobs(kept)  # the looks go, the tab stays
+    assert rig.get_preset_knobs(kept) == [] and look_part(kept) == WIDGETS + ["look_presets"]
 
     rig.create_looks_widgets(nodes[0])
     assert look_part(nodes[0]) == WIDGETS
