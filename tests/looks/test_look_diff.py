@@ -41,11 +41,6 @@ def grade_with_looks(nuke, host, tmp_path, depth=0):
 
 
 @pytest.fixture
-def scene(rig, nuke, host, tmp_path):
-    return grade_with_looks(nuke, host, tmp_path)
-
-
-@pytest.fixture
 def open_diff(rig, nuke, open_window):
     def open_(name):
         nuke.toNode(name).selectOnly()
@@ -117,9 +112,9 @@ def test_each_look_shows_the_knobs_it_changes_or_why_it_cannot(rig, nuke, host, 
     assert host.script_text() == before
 
 
-def test_right_click_sets_one_value_and_double_click_on_a_header_the_look_each_one_undo_step(
-        scene, nuke, host, open_diff, qtbot):
-    window = open_diff(scene)
+def test_a_value_or_a_look_set_from_the_table_is_one_undo_step_and_refresh_reads_the_host(
+        rig, nuke, host, tmp_path, open_diff, qtbot):
+    window = open_diff(grade_with_looks(nuke, host, tmp_path))
     before = host.script_text()
     t = window.table_looks
     rect = t.visualItemRect(t.item(window.row_knobs.index("gamma"), 2))
@@ -150,9 +145,7 @@ def test_right_click_sets_one_value_and_double_click_on_a_header_the_look_each_o
     nuke.undo()
     assert host.script_text() == before
 
-
-def test_refresh_reads_what_changed_in_the_host(scene, nuke, open_diff):
-    window = open_diff(scene)
+    # What changes in the host shows after a refresh, or when the window shows again.
     nuke.toNode("Grade1")["mix"].setValue(0.5)
     assert table(window)[1]["mix"][0] == "1"
     QtTest.QTest.mouseClick(window.push_refresh, LEFT)
