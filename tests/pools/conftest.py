@@ -111,7 +111,7 @@ class TreeUser:
 
     def items(self, window):
         """Every item of the window's tree as {path: item}, kept for the test's life: PySide6
-        declares an item dead once the object of its parent, got through `parent()`, is collected."""
+        declares an item dead once the object of its parent, got through `parent()`, goes."""
         found, it = {}, QtWidgets.QTreeWidgetItemIterator(window.tree)
         while it.value():
             found[it.value().data(0, QtCore.Qt.ItemDataRole.UserRole)] = it.value()
