@@ -2,13 +2,12 @@
 
 import pytest
 
+from looks_testing import chain_in
+
 
 @pytest.fixture
 def chain(nuke):
-    source = nuke.createNode("CheckerBoard", inpanel=False)
-    blur = nuke.createNode("Blur", inpanel=False)
-    grade = nuke.createNode("Grade", inpanel=False)
-    return source, blur, grade
+    return chain_in(nuke, nuke.root())
 
 
 @pytest.fixture

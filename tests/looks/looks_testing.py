@@ -28,6 +28,12 @@ def with_looks(nuke, node, mixes):
     return node
 
 
+def chain_in(nuke, group):
+    """CheckerBoard -> Blur -> Grade inside that group."""
+    with group:
+        return tuple(nuke.createNode(c, inpanel=False) for c in ("CheckerBoard", "Blur", "Grade"))
+
+
 def nested_group(nuke, depth):
     """Group1 at the root, and inside it Group2 and so on, `depth` levels deep: the innermost."""
     group = nuke.root()

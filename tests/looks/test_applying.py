@@ -62,18 +62,6 @@ def test_look_buttons_come_back_in_text_order(rig, nuke, chain):
         assert new[name].command().endswith("'{}', '{}')".format(new[name].tooltip(), index))
 
 
-@pytest.mark.parametrize("wired", [[0, 1], [1], [0, 2], [2]])
-def test_each_input_keeps_its_number(rig, nuke, wired):
-    feeds = [nuke.nodes.Constant(), nuke.nodes.ColorBars(), nuke.nodes.CheckerBoard()]
-    merge = nuke.nodes.Merge2()
-    for i in wired:
-        merge.setInput(i, feeds[i])
-    store(merge)
-    new = press(nuke, merge.name(), "look_preset_1")
-    assert [i for i in range(new.inputs()) if new.input(i) is not None] == wired
-    assert [new.input(i) for i in wired] == [feeds[i] for i in wired]
-
-
 @pytest.mark.parametrize("gone, messages", [("copy", ["cannot find preset node"]),
                                            ("container", [])])
 def test_a_missing_copy_or_container_leaves_the_node(rig, nuke, chain, host, gone, messages):

@@ -4,16 +4,9 @@ import pytest
 from cobaltRig import helper
 from cobaltRig.qt import QtCore
 
-from looks_testing import look_knobs, nested_group, press, select, store, with_looks
+from looks_testing import chain_in, look_knobs, nested_group, press, select, store, with_looks
 
 PANELS = {"look_update": "Select a preset to update", "look_delete": "Select a preset to delete"}
-
-
-def chain_in(nuke, group):
-    with group:
-        return (nuke.createNode("CheckerBoard", inpanel=False),
-                nuke.createNode("Blur", inpanel=False),
-                nuke.createNode("Grade", inpanel=False))
 
 
 def containers(nuke, group):
@@ -73,9 +66,11 @@ def test_the_slider_steps_a_selection_across_groups(rig, nuke, root_looks, open_
     inner, outer = nested_group(nuke, 2), nuke.toNode("Group1")
     nodes = [with_looks(nuke, chain_in(nuke, group)[1], (0.1, 0.2))
              for group in (nuke.root(), outer, inner)]
+    grade = with_looks(nuke, nuke.createNode("Grade", inpanel=False), (0.5,))
+    grade["mix"].setValue(0.6)
     for node in nodes:
         node.selectOnly()  # each in its own group; the others keep theirs
-    select(*nodes)
+    select(*nodes, grade)
     sizes = [len(containers(nuke, g)[0].nodes()) for g in (nuke.root(), outer, inner)]
 
     window = open_slider()
@@ -86,8 +81,12 @@ def test_the_slider_steps_a_selection_across_groups(rig, nuke, root_looks, open_
     stepped = [nuke.toNode("root." + path) for path in paths]
     assert all(n is not old and n["mix"].value() == 0.2 and n.isSelected()
                for n, old in zip(stepped, nodes))
+    assert window.input_look.text() == "2"
+    # Grade has no look 2: it is passed over, keeps its edit and drops out of the selection.
+    assert nuke.selectedNodes() == [stepped[0]] and grade["mix"].value() == 0.6
     press(qtbot, window, QtCore.Qt.Key_Left)
     assert [nuke.toNode("root." + p)["mix"].value() for p in paths] == [0.1] * 3
+    assert nuke.toNode(grade.name()) is grade and grade["mix"].value() == 0.6
     # Stepping neither adds to the containers nor leaves their copies selected.
     assert [len(containers(nuke, g)[0].nodes()) for g in (nuke.root(), outer, inner)] == sizes
     assert not any(n.isSelected() for g in (nuke.root(), outer, inner)

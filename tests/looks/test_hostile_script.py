@@ -9,12 +9,6 @@ from cobaltRig import helper
 from looks_testing import look_knobs, store, stored_copies
 
 
-def add_look_knob(nuke, node, index, tooltip=""):
-    knob = nuke.PyScript_Knob("look_preset_{}".format(index), str(index))
-    knob.setTooltip(tooltip)
-    node.addKnob(knob)
-
-
 @pytest.mark.parametrize("index, message", [
     (2147483646, None),  # the largest number still gets its look
     (2147483647, "no look number is left after 2147483647"),
@@ -25,7 +19,7 @@ def add_look_knob(nuke, node, index, tooltip=""):
 def test_a_look_number_out_of_range_is_refused_before_anything_is_stored(rig, nuke, chain, index,
                                                                           message):
     _, blur, _ = chain
-    add_look_knob(nuke, blur, index)
+    blur.addKnob(nuke.PyScript_Knob("look_preset_{}".format(index), str(index)))
     if message is None:
         store(blur)
         assert look_knobs(blur)[-1] == "look_preset_2147483647"

@@ -7,13 +7,10 @@ from cobaltRig import helper
 WIDGETS = ["looks", "look_uid", "look_new", "look_update", "look_delete", "preset_import",
            "preset_export", "look_divider", "look_knob_values"]
 
-ICON_LABELS = {
-    "look_new": "<img src='look_star.png' /> new",
-    "look_update": "<img src='look_update.png' /> update",
-    "look_delete": "<img src='look_delete.png' /> delete",
-    "preset_import": "<img src='look_import.png' /> import",
-    "preset_export": "<img src='look_export.png' /> export",
-}
+# button: (picture, text)
+BUTTONS = {"look_new": ("look_star", "new"), "look_update": ("look_update", "update"),
+           "look_delete": ("look_delete", "delete"), "preset_import": ("look_import", "import"),
+           "preset_export": ("look_export", "export")}
 
 
 def knob_names(node):
@@ -37,8 +34,9 @@ def test_widgets_in_order_with_labels_and_hidden_knobs(rig, blur, setting, icons
 
     assert look_part(blur) == WIDGETS
     assert blur["looks"].Class() == "Tab_Knob" and blur["looks"].label() == "looks"
-    for name, label in ICON_LABELS.items():
-        assert blur[name].label() == (label if icons else label.split("> ")[1])
+    for name, (picture, text) in BUTTONS.items():
+        icon = "<img src='{}.png' /> ".format(picture) if icons else ""
+        assert blur[name].label() == icon + text
     assert not blur["look_uid"].visible() and not blur["look_knob_values"].visible()
     assert blur["look_divider"].visible() and blur["look_divider"].label() == ""
     assert blur["look_uid"].label() and "'" not in blur["look_uid"].label()
@@ -55,52 +53,38 @@ def test_refused_classes_are_compared_as_exact_text(rig, blur, monkeypatch, node
     assert (look_part(blur) == []) == refused
 
 
-@pytest.mark.parametrize("made_by", ["the artist", "the add-on, then lost a button"])
-def test_an_existing_looks_tab_is_left_as_it_is(rig, nuke, blur, host, made_by):
-    if made_by == "the artist":
+@pytest.mark.parametrize("case", ["made by the artist", "lost a button", "the host refuses"])
+def test_an_existing_looks_tab_is_left_as_it_is_and_a_refusal_adds_nothing(
+        rig, nuke, blur, host, monkeypatch, capsys, case):
+    expected = []
+    if case == "made by the artist":
         blur.addKnob(nuke.Tab_Knob("looks", "my own looks"))
         expected = ["looks"]
-    else:
+    elif case == "lost a button":
         rig.create_looks_widgets(blur)
         blur.removeKnob(blur["look_update"])
         expected = [w for w in WIDGETS if w != "look_update"]
+    else:
+        def refuse(*args, **kwargs):
+            raise RuntimeError("knob refused")
+
+        monkeypatch.setattr(nuke, "PythonKnob", refuse)
     for _ in range(2):
         rig.create_looks_widgets(blur)
     assert look_part(blur) == expected and host.messages == []
+    assert capsys.readouterr().err == ""
 
 
-def test_a_failing_host_adds_nothing_and_reports_nothing(rig, nuke, blur, monkeypatch, capsys,
-                                                         host):
-    def refuse(*args, **kwargs):
-        raise RuntimeError("knob refused")
-
-    monkeypatch.setattr(nuke, "PythonKnob", refuse)
-    rig.create_looks_widgets(blur)
-    assert look_part(blur) == []
-    assert host.messages == [] and capsys.readouterr().err == ""
-
-
-def test_look_knobs_are_found_by_containment(rig, nuke, blur):
-    rig.create_looks_widgets(blur)
-    for name in ("look_preset_1", "look_preset_10", "my_look_preset_x"):
-        blur.addKnob(nuke.PyScript_Knob(name, name))
-    blur.addKnob(nuke.PyScript_Knob("look_presets", "not a look"))
-
-    assert sorted(k.name() for k in rig.get_preset_knobs(blur)) == [
-        "look_preset_1", "look_preset_10", "my_look_preset_x"]
-    rig.remove_preset_knobs(blur)
-    assert rig.get_preset_knobs(blur) == []
-    assert "look_presets" in knob_names(blur)
-    assert look_part(blur)[:len(WIDGETS)] == WIDGETS
-
-
-def test_deleting_looks_of_the_selection_takes_everything_off(rig, nuke, host):
+def test_look_knobs_are_found_by_containment_and_taken_off_with_or_without_the_tab(
+        rig, nuke, host):
     nodes = [nuke.createNode(cls, inpanel=False) for cls in ("Blur", "Grade", "Transform")]
+    looks = ["look_preset_1", "look_preset_10", "my_look_preset_x"]
     for node in nodes:
         rig.create_looks_widgets(node)
-        node.addKnob(nuke.PyScript_Knob("look_preset_1", "1"))
-    standard = {node.name(): set(knob_names(node)) - set(WIDGETS) - {"look_preset_1"}
-                for node in nodes}
+        for name in looks + ["look_presets"]:  # the last is no look knob
+            node.addKnob(nuke.PyScript_Knob(name, name))
+    assert sorted(k.name() for k in rig.get_preset_knobs(nodes[0])) == looks
+    standard = {node.name(): set(knob_names(node)) - set(WIDGETS) - set(looks) for node in nodes}
     old_uid = nodes[0]["look_uid"].label()
     kept = nodes[2]
     for node in nodes:
@@ -111,6 +95,8 @@ def test_deleting_looks_of_the_selection_takes_everything_off(rig, nuke, host):
     for node in nodes[:2]:
         assert set(knob_names(node)) == standard[node.name()]
     assert look_part(kept)[:len(WIDGETS)] == WIDGETS
+    rig.remove_preset_knobs(kept)  # the looks go, the tab stays
+    assert rig.get_preset_knobs(kept) == [] and look_part(kept) == WIDGETS + ["look_presets"]
 
     rig.create_looks_widgets(nodes[0])
     assert look_part(nodes[0]) == WIDGETS

@@ -4,17 +4,14 @@ exactly as it was, one redo the result."""
 import pytest
 from cobaltRig.qt import QtCore
 
-from looks_testing import press, select, with_looks
+from looks_testing import chain_in, press, select, with_looks
 
 
 class Scene:
     def __init__(self, rig, nuke, host, group, open_slider, qtbot):
-        self.rig, self.nuke, self.host = rig, nuke, host
+        self.rig, self.nuke, self.host, self.group = rig, nuke, host, group
         self.open_slider, self.qtbot = open_slider, qtbot
-        with group:
-            nuke.createNode("CheckerBoard", inpanel=False)
-            self.blur = nuke.createNode("Blur", inpanel=False)
-            self.grade = nuke.createNode("Grade", inpanel=False)
+        _, self.blur, self.grade = chain_in(nuke, group)
         with_looks(nuke, self.blur, (0.1, 0.2))
         self.blur["mix"].setValue(0.9)
 
@@ -53,14 +50,14 @@ def store_selection(s):
     s.blur.selectOnly()
     select(s.grade)
     yield
-    with s.nuke.toNode("Group1") if s.nuke.toNode("Group1") else s.nuke.root():
+    with s.group:
         s.rig.batch_set_look()
 
 
 def remove_looks(s):
     s.blur.selectOnly()
     yield
-    with s.nuke.toNode("Group1") if s.nuke.toNode("Group1") else s.nuke.root():
+    with s.group:
         s.rig.delete_selected_nodes_looks()
 
 

@@ -64,18 +64,3 @@ def test_ignore_list_is_split_at_commas_only(rig, nuke, chain, ignore, stored):
         assert nuke.selectedNodes() == [grade] and blur.knob("looks") is None
         assert nuke.allNodes("Group") == []
 
-
-def test_next_index_continues_after_gaps_and_on_copies(rig, nuke, chain):
-    _, blur, _ = chain
-    for _ in range(3):
-        store(blur)
-    blur.removeKnob(blur["look_preset_2"])
-    store(blur)
-    assert look_knobs(blur) == ["look_preset_1", "look_preset_3", "look_preset_4"]
-
-    blur.selectOnly()
-    nuke.nodeCopy("%clipboard%")
-    twin = nuke.nodePaste("%clipboard%")
-    store(twin)
-    assert look_knobs(twin) == ["look_preset_1", "look_preset_3", "look_preset_4", "look_preset_5"]
-    assert twin["look_preset_3"].tooltip() == blur["look_preset_3"].tooltip()

@@ -14,8 +14,8 @@ def helper():
 
 @pytest.fixture
 def make_pool(tmp_path, helper):
-    """make_pool(name, *entries) lays out and stores a pool; entries ending in "/" are folders,
-    others empty files. The first pool made is the current one."""
+    """make_pool(name, *entries): entries ending in "/" are folders, others empty files; the first
+    pool made is the current one."""
     made = {}
 
     def make(name, *entries):
@@ -110,11 +110,8 @@ class TreeUser:
         self.seen = {}
 
     def items(self, window):
-        """Every item of the window's tree as {path: item}.
-
-        The Python objects are kept for the test's life: PySide6 declares an item's object dead when
-        the object of its parent, got through `parent()`, is collected, as a script holding one
-        item of a tree that C++ made would see too."""
+        """Every item of the window's tree as {path: item}, kept for the test's life: PySide6
+        declares an item dead once the object of its parent, got through `parent()`, goes."""
         found, it = {}, QtWidgets.QTreeWidgetItemIterator(window.tree)
         while it.value():
             found[it.value().data(0, QtCore.Qt.ItemDataRole.UserRole)] = it.value()

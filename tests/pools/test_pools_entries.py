@@ -26,18 +26,6 @@ def test_export_nodes_follows_the_selection_and_the_switch(rig, nuke, host, pool
         assert rig.exportwindow.widget.windowTitle() == title and rig.exportwindow.isVisible()
 
 
-def test_the_look_tab_buttons_open_the_windows_for_that_node_alone(rig, nuke, pool):
-    nuke.nodes.Blur().setSelected(True)
-    node = nuke.nodes.Grade()
-    rig.create_looks_widgets(node)
-
-    node["preset_export"].execute()
-    assert rig.exportwindow.node is node and rig.exportwindow.isVisible()
-    assert rig.exportwindow.widget.windowTitle() == "Export Grade look"
-    node["preset_import"].execute()
-    assert rig.i.isVisible() and rig.i.combo_pool.currentText() == "main"
-
-
 @pytest.mark.parametrize("open_window, slot, button", [
     (lambda rig, nuke: rig.export_preset(nuke.nodes.Blur(), "signal value"), "exportwindow",
      "push_cancel"),

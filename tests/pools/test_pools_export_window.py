@@ -88,15 +88,3 @@ def test_creating_a_category(rig, pool, user, messages, answer_input, typed, mes
     if made:
         assert str(pool / "toolsets" / made) in user.items(window)
 
-
-def test_a_change_of_pool_does_not_make_the_class_folder_there(rig, nuke, make_pool, helper, user):
-    make_pool("main", "nodes/", "toolsets/")
-    second = make_pool("other", "nodes/", "toolsets/")
-    window = rig.show_export_window(nuke.nodes.Blur())
-
-    window.combo_pool.setCurrentIndex(1)
-
-    assert window.combo_pool.toolTip() == str(second)
-    assert not (second / "nodes" / "Blur").exists()
-    assert window.tree.currentItem() is None and str(second / "nodes") in user.items(window)
-    assert helper.load_settings()["current_pool"] == "other"

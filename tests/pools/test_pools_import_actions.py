@@ -171,13 +171,19 @@ def test_a_window_replaced_while_its_delete_question_is_open_deletes_nothing(
     assert messages == [] and capsys.readouterr().err == ""
 
 
-def test_a_preset_imported_from_a_look_tab_inside_a_group_lands_in_that_group(rig, nuke, library, user):
+def test_the_look_tab_of_a_node_in_a_group_exports_that_node_and_imports_into_its_group(
+        rig, nuke, library, user):
     group = nuke.nodes.Group(name="Group1")
     with group:
         inner = nuke.nodes.Blur()
+    nuke.nodes.Merge2().setSelected(True)  # the root's selection is not the tab's node
     rig.create_looks_widgets(inner)
-    inner["preset_import"].execute()  # from the look tab, while the host shows the root
-    rig.i.insert_in_dag(str(library / "nodes" / "Grade" / "warm.nk"))
+    inner["preset_export"].execute()
+    assert rig.exportwindow.node is inner and rig.exportwindow.isVisible()
+    assert rig.exportwindow.widget.windowTitle() == "Export Blur look"
 
-    assert [n.Class() for n in nuke.allNodes()] == ["Group"]
+    inner["preset_import"].execute()  # from the look tab, while the host shows the root
+    assert rig.i.isVisible() and rig.i.combo_pool.currentText() == "lib"
+    rig.i.insert_in_dag(str(library / "nodes" / "Grade" / "warm.nk"))
+    assert [n.Class() for n in nuke.allNodes()] == ["Group", "Merge2"]
     assert sorted(n.Class() for n in group.nodes()) == ["Blur", "Grade"]

@@ -37,10 +37,23 @@ def settings_bytes(helper):
 
 
 def test_a_change_of_pool_rewrites_every_entry_of_the_key_and_keeps_the_rest(
-        rig, helper, two_pools, monkeypatch):
+        rig, helper, two_pools, monkeypatch, capsys):
+    window = rig.import_preset()
+    before = settings_bytes(helper)
+
+    def broken_layout(root, level=0):
+        raise RuntimeError("layout failed")
+
+    with monkeypatch.context() as patch:  # a rewrite that fails leaves the file as it was
+        patch.setattr(helper, "prettyprint", broken_layout)
+        window.combo_pool.setCurrentIndex(1)
+    assert "layout failed" in capsys.readouterr().err
+    assert settings_bytes(helper) == before
+
     # Hosts with Python 3.7 have a tostring without the declaration switch.
     monkeypatch.setattr(ET, "tostring", lambda element, encoding=None, method=None: b"")
-    rig.import_preset().combo_pool.setCurrentIndex(1)
+    window.combo_pool.setCurrentIndex(0)
+    window.combo_pool.setCurrentIndex(1)
 
     raw = settings_bytes(helper)
     assert raw.startswith(b"<?xml version='1.0' encoding='utf-8'?>")
@@ -60,14 +73,21 @@ def test_the_next_export_window_opens_on_the_pool_chosen_and_its_slider_sizes_it
     assert window.combo_pool.toolTip() == str(two_pools[1])
     assert str(two_pools[1] / "nodes" / "Blur" / "soft.nk") in user.items(window)
 
+    one, two = two_pools
     export = rig.show_export_window(nuke.nodes.Blur())
-    assert (export.combo_pool.currentText(), export.combo_pool.toolTip()) == ("two", str(two_pools[1]))
-    assert export.tree.currentItem().data(0, QtCore.Qt.UserRole) == str(two_pools[1] / "nodes" / "Blur")
+    assert (export.combo_pool.currentText(), export.combo_pool.toolTip()) == ("two", str(two))
+    assert export.tree.currentItem().data(0, QtCore.Qt.UserRole) == str(two / "nodes" / "Blur")
 
     import_size = window.tree.iconSize()
     export.slider_size.setValue(33)
     assert export.tree.iconSize() == QtCore.QSize(33, 33) and window.tree.iconSize() == import_size
     assert helper.load_settings()["icon_size"] == "33"
+
+    # The class folder is made when the window opens, not on a change of pool.
+    export.combo_pool.setCurrentIndex(0)
+    assert export.combo_pool.toolTip() == str(one) and not (one / "nodes" / "Blur").exists()
+    assert export.tree.currentItem() is None and str(one / "nodes") in user.items(export)
+    assert helper.load_settings()["current_pool"] == "one"
 
 
 def test_new_pool_opens_the_panel_and_changes_nothing_else(rig, helper, two_pools, monkeypatch,
@@ -122,17 +142,3 @@ def test_an_unusable_pool_says_so_in_the_window_and_makes_no_folder(
         window.populate_tree()
         assert window.tree.topLevelItemCount() == 1 and not notice.isVisible()
 
-
-def test_a_failed_rewrite_leaves_the_settings_file_as_it_was(rig, helper, two_pools,
-                                                             monkeypatch, capsys):
-    window = rig.import_preset()
-    before = settings_bytes(helper)
-
-    def broken_layout(root, level=0):
-        raise RuntimeError("layout failed")
-
-    monkeypatch.setattr(helper, "prettyprint", broken_layout)
-    window.combo_pool.setCurrentIndex(1)
-
-    assert "layout failed" in capsys.readouterr().err
-    assert settings_bytes(helper) == before

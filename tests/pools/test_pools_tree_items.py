@@ -44,7 +44,7 @@ def test_a_replaced_item_builder_makes_every_item_and_the_tree_looks_the_same(
     assert by_label["soft"] == {} and by_label["main"]["is_dir"] is True
     assert set(by_label["Blur"]) == {"expanded", "is_dir", "icon"}
 
-    monkeypatch.undo()
+    monkeypatch.setattr(helper, "build_tree_widget_item", original)
     calls.clear()
     window.populate_tree()
     assert calls == [] and states(window, user) == native

@@ -45,24 +45,38 @@ def test_return_saves_into_the_class_folder_and_keypad_enter_does_not(
     assert messages == [SUCCESS] and not window.isVisible()
 
 
+def bad_name(name, why):
+    return "The name '{}' can't be used: a preset name can't {}.".format(name, why)
+
+
+def tree_files(root):
+    return sorted(str(p.relative_to(root)) for p in root.rglob("*"))
+
+
 @pytest.mark.parametrize("name, folder, message", [
     ("   ", "nodes/Blur", "Please enter a name"),
     ("soft", None, "Please select a folder"),
     ("soft", "", "Please select a folder"),
     ("soft", "nodes", "Please select a folder"),
     ("soft", "toolsets", "Please select a folder"),
+    # names that would leave or hide in their folder
+    ("..", "nodes/Blur", bad_name("..", "begin with a dot")),
+    (".hidden", "nodes/Blur", bad_name(".hidden", "begin with a dot")),
+    ("../../../x", "nodes/Blur", bad_name("../../../x", "contain '/'")),
+    ("/tmp/elsewhere", "nodes/Blur", bad_name("/tmp/elsewhere", "contain '/'")),
 ])
 def test_refusals_leave_the_window_open_and_write_nothing(
-        rig, pool, blur, qtbot, user, messages, name, folder, message):
+        rig, pool, blur, qtbot, user, messages, tmp_path, name, folder, message):
     window = rig.show_export_window(blur)
     if folder is None:
         window.tree.setCurrentItem(None)
     else:
         user.click(window, pool / folder if folder else pool)
+    before = tree_files(tmp_path)
     save(qtbot, window, name)
 
     assert messages == [(message, True)] and window.input_name.text() == name
-    assert sorted(p.name for p in pool.rglob("*.nk")) == ["glow.nk", "warm.nk"]
+    assert tree_files(tmp_path) == before
 
 
 @pytest.mark.parametrize("go_ahead, linked", [(False, False), (True, False), (True, True)],
@@ -97,25 +111,30 @@ def test_saving_under_a_clicked_presets_name_asks_first(rig, nuke, pool, qtbot, 
         assert window.isVisible() and messages == []
 
 
-@pytest.mark.parametrize("toolset, name, folder, lands, classes", [
-    (False, "soft", "toolsets/fx", "toolsets/fx/soft.nk", ["Blur"]),  # any folder, any mode
+@pytest.mark.parametrize("source, folder, lands, classes", [
+    ("node", "toolsets/fx", "toolsets/fx/soft.nk", ["Blur"]),  # any folder, any mode
     # a clicked preset stands for the folder that holds it, whatever the mode
-    (False, "soft", "toolsets/fx/glow.nk", "toolsets/fx/soft.nk", ["Blur"]),
+    ("node", "toolsets/fx/glow.nk", "toolsets/fx/soft.nk", ["Blur"]),
     # a toolset is the selection of the moment of saving, not of opening
-    (True, "comp", "toolsets/fx", "toolsets/fx/comp.nk", ["Grade", "Merge2"]),
+    ("toolsets", "toolsets/fx", "toolsets/fx/soft.nk", ["Grade", "Merge2"]),
+    # a node is copied in its own group, not the root's selection
+    ("node in a group", "nodes/Blur", "nodes/Blur/soft.nk", ["Blur"]),
 ])
 def test_where_a_preset_lands_and_what_it_holds(rig, nuke, pool, blur, qtbot, user, messages,
-                                                toolset, name, folder, lands, classes):
-    window = rig.show_export_window("toolsets" if toolset else blur)
+                                                source, folder, lands, classes):
+    if source == "node in a group":
+        with nuke.nodes.Group(name="Group1"):
+            blur = nuke.nodes.Blur(size=3.0)
+    window = rig.show_export_window("toolsets" if source == "toolsets" else blur)
     grade, merge = nuke.nodes.Grade(), nuke.nodes.Merge2()
     grade.selectOnly()
     merge.setSelected(True)
     user.click(window, pool / folder)
-    save(qtbot, window, name)
+    save(qtbot, window, "soft")
 
     assert messages == [SUCCESS]
-    selected = [grade.name(), merge.name()] if toolset else [blur.name()]
-    assert sorted(n.name() for n in nuke.selectedNodes()) == sorted(selected)
+    selected = [blur] if source == "node" else [grade, merge]
+    assert sorted(n.name() for n in nuke.selectedNodes()) == sorted(n.name() for n in selected)
     assert preset_nodes(nuke, pool / lands) == classes
 
 
@@ -134,26 +153,6 @@ def test_a_folder_that_cannot_be_made_is_reported_and_the_host_has_the_last_word
     assert texts[0].startswith("Cannot create directory under this path. ")
     assert len(texts) == 2 and "glow" not in texts[1] and "soft.nk" in texts[1]
     assert window.isVisible()
-
-
-def tree_files(root):
-    return sorted(str(p.relative_to(root)) for p in root.rglob("*"))
-
-
-@pytest.mark.parametrize("name, why", [
-    ("..", "begin with a dot"),
-    ("../../../x", "contain '/'"),
-    ("/tmp/elsewhere", "contain '/'"),
-    (".hidden", "begin with a dot"),
-])
-def test_a_name_that_would_leave_or_hide_in_its_folder_is_refused(
-        rig, pool, blur, qtbot, user, messages, tmp_path, name, why):
-    window = rig.show_export_window(blur)
-    before = tree_files(tmp_path)
-    save(qtbot, window, name)
-
-    assert messages == [("The name '{}' can't be used: a preset name can't {}.".format(name, why), True)]
-    assert tree_files(tmp_path) == before
 
 
 @pytest.mark.parametrize("copy", ["writes nothing", "fails half-way"])
@@ -185,14 +184,3 @@ def test_an_overwrite_the_host_does_not_finish_keeps_the_old_preset(
     else:
         assert messages == [] and "disk full" in capsys.readouterr().err
 
-
-def test_a_node_inside_a_group_is_exported_from_its_group(rig, nuke, pool, qtbot, user, messages):
-    group = nuke.nodes.Group(name="Group1")
-    with group:
-        inner = nuke.nodes.Blur(size=3.0)
-    nuke.nodes.Grade().setSelected(True)  # the root's selection is not what is exported
-    window = rig.show_export_window(inner)
-    save(qtbot, window, "deep")
-
-    assert messages == [SUCCESS]
-    assert preset_nodes(nuke, pool / "nodes" / "Blur" / "deep.nk") == ["Blur"]

@@ -6,8 +6,8 @@ from cobaltRig.qt import QtCore, QtWidgets
 
 @pytest.fixture
 def answer_modal(qapp):
-    """answer_modal(action), called before the code that opens the dialog, runs action(dialog) on the
-    next modal dialog. An answer that fails closes the dialog, so the test fails instead of hanging."""
+    """answer_modal(action), called before the code that opens the dialog, runs action(dialog) on
+    the next modal dialog; a failing answer closes it, so the test fails instead of hanging."""
     errors = []
 
     def arm(action, tries=300):

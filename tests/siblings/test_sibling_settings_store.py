@@ -15,10 +15,6 @@ def write_settings(text):
     return path
 
 
-def read_bytes(path):
-    return pathlib.Path(path).read_bytes()
-
-
 def test_home_follows_the_environment_at_each_call(tmp_path, monkeypatch):
     monkeypatch.setenv("HOME", str(tmp_path / "user"))
     monkeypatch.delenv("COBALTRIG_HOME")
@@ -30,7 +26,7 @@ def test_home_follows_the_environment_at_each_call(tmp_path, monkeypatch):
     assert first == str(tmp_path / "first" / "settings.xml")
     assert second == str(tmp_path / "second" / "settings.xml")
     assert os.path.isfile(first) and os.path.isfile(second)
-    assert read_bytes(second).startswith(b"<?xml version='1.0' encoding='utf-8'?>")
+    assert pathlib.Path(second).read_bytes().startswith(b"<?xml version='1.0' encoding='utf-8'?>")
 
 
 def test_new_store_has_usable_defaults_for_every_key():
@@ -55,11 +51,11 @@ def test_old_file_reads_missing_keys_as_defaults_and_stays_untouched():
         "<?xml version='1.0' encoding='utf-8'?>\n<cobaltRig><settings>"
         '<setting name="icon_size">12</setting></settings></cobaltRig>'
     )
-    before = read_bytes(path)
+    before = pathlib.Path(path).read_bytes()
     settings = helper.load_settings()
     assert (settings["icon_size"], settings["look_icons"]) == ("12", "True")
     assert settings["pools"] == {} and settings["flags"] == []
-    assert read_bytes(path) == before
+    assert pathlib.Path(path).read_bytes() == before
 
 
 @pytest.mark.parametrize("key, value, expected", [
@@ -92,7 +88,7 @@ def test_update_xml_sets_every_element_of_a_duplicated_key_and_keeps_the_permiss
 def test_failed_write_leaves_the_old_file_and_no_leftovers(monkeypatch):
     path = helper.get_settings_xml()
     helper.update_xml("icon_size", "11")
-    before = read_bytes(path)
+    before = pathlib.Path(path).read_bytes()
 
     def refuse(src, dst):
         raise OSError("disk full")
@@ -101,7 +97,7 @@ def test_failed_write_leaves_the_old_file_and_no_leftovers(monkeypatch):
     with pytest.raises(OSError):
         helper.update_xml("icon_size", "12")
     monkeypatch.undo()
-    assert read_bytes(path) == before
+    assert pathlib.Path(path).read_bytes() == before
     assert [n for n in os.listdir(os.path.dirname(path)) if n != "pools"] == ["settings.xml"]
 
 

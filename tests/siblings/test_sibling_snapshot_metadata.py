@@ -26,11 +26,6 @@ def thumb(src, redraws):
     return types.SimpleNamespace(get_src=lambda: src, set_meta_ui_elements=lambda: redraws.append(src))
 
 
-def browser(thumbs, rebuilds):
-    return types.SimpleNamespace(get_thumbnails_list=lambda: thumbs,
-                                 populate_table_thumbs=lambda: rebuilds.append(1))
-
-
 @pytest.mark.parametrize("content", [None, "<broken", "<s><other/></s>"])
 def test_missing_or_unreadable_metadata_reads_empty(snapshot, content):
     if content is not None:
@@ -61,7 +56,9 @@ def test_flag_updates_the_browser(snapshot, tmp_path, shown):
     thumbs = [None, thumb(str(tmp_path / "other.jpg"), redraws)]
     if shown:
         thumbs.append(thumb(snapshot, redraws))
-    helper.set_flag(browser(thumbs, rebuilds), snapshot, ["1", "2", "3"])
+    browser = types.SimpleNamespace(get_thumbnails_list=lambda: thumbs,
+                                    populate_table_thumbs=lambda: rebuilds.append(1))
+    helper.set_flag(browser, snapshot, ["1", "2", "3"])
     assert (redraws, rebuilds) == (([snapshot], []) if shown else ([], [1]))
 
 
