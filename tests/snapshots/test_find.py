@@ -6,7 +6,7 @@ import os
 import pytest
 from cobaltRig.qt import QtCore, QtGui, QtTest, QtWidgets
 
-from test_keys_and_pointer import enter, open_active, type_key
+from conftest import enter, open_active, type_key
 from test_table import write_snapshot
 
 pytestmark = pytest.mark.usefixtures("browser_slot")

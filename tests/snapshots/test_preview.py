@@ -6,7 +6,7 @@ import os
 import pytest
 from cobaltRig.qt import QtCore, QtTest, QtWidgets, shiboken
 
-from conftest import answer_modal, write_jpg
+from conftest import write_jpg
 
 
 @pytest.fixture
@@ -127,15 +127,21 @@ def names(nuke):
     return sorted(n.name() for n in nuke.allNodes())
 
 
-def answer_with_return(seen):
-    """Types Return, as the keyboard gives it, into the next modal box once it is the active window."""
-    def press():
+def answer_box(answer, seen):
+    """Answers the next modal box: clicks the button named `answer`, or for "return" types Return,
+    as the keyboard gives it, into the box once it is the active window."""
+    def find():
         box = QtWidgets.QApplication.activeModalWidget()
         if box is None:
-            return QtCore.QTimer.singleShot(10, press)
+            return QtCore.QTimer.singleShot(10, find)
         seen.append((box.windowTitle(), box.text()))
-        box.activateWindow()
-        QtCore.QTimer.singleShot(50, lambda: type_return(box))
+        if answer == "return":
+            box.activateWindow()
+            return QtCore.QTimer.singleShot(50, lambda: type_return(box))
+        for button in box.findChildren(QtWidgets.QPushButton):
+            if button.text() == answer:
+                return button.click()
+        box.reject()
 
     def type_return(box):
         assert QtWidgets.QApplication.activeWindow() == box
@@ -143,7 +149,7 @@ def answer_with_return(seen):
         # A box that Return leaves open is told apart from one that appended.
         QtCore.QTimer.singleShot(200, lambda: shiboken.isValid(box) and box.reject())
 
-    QtCore.QTimer.singleShot(0, press)
+    QtCore.QTimer.singleShot(0, find)
 
 
 @pytest.mark.parametrize("answer, expected", [
@@ -160,7 +166,7 @@ def test_inserting_a_snapshot_asks_append_or_overwrite(preview, saved_graph, nuk
     monkeypatch.setattr(nuke.Undo, "end",
                         staticmethod(lambda *a: undo.append(("end", names(nuke)))))
     seen = []
-    answer_with_return(seen) if answer == "return" else answer_modal(answer, seen)
+    answer_box(answer, seen)
 
     preview.ask_insert_snapshot()
 

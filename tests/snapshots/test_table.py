@@ -15,11 +15,12 @@ from conftest import rows_follow_the_column, snapshots_in
 pytestmark = pytest.mark.usefixtures("browser_slot")
 
 
-def write_snapshot(directory, seconds, size=(200, 100), nk=True, comment=None, flag=None):
+def write_snapshot(directory, seconds, size=(200, 100), nk=True, comment=None, flag=None,
+                   color=QtGui.QColor(90, 120, 150)):
     """A snapshot triad as the product writes it; returns the image path."""
     stem = os.path.join(str(directory), "{}_comp".format(seconds))
     image = QtGui.QImage(size[0], size[1], QtGui.QImage.Format_RGB32)
-    image.fill(QtGui.QColor(90, 120, 150))
+    image.fill(color)
     assert image.save(stem + ".jpg", "JPG")
     if nk:
         pathlib.Path(stem + ".nk").write_text("# nodes\n")
