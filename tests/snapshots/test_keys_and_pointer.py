@@ -178,25 +178,3 @@ def test_arrows_in_the_list_step_the_preview_through_the_rows(rig, helper, shots
     assert browser.preview_image.image == (elsewhere if shown is None else shots[shown]) == remembered
     if row_after is not None:
         assert table.currentRow() == row_after
-
-
-def test_down_onto_an_image_that_cannot_be_read_says_so_in_the_preview(rig, snap_dir, shots,
-                                                                       qtbot):
-    # The table lists names ending in ".jpg"; one that can't be read keeps its row as a tile.
-    broken = snap_dir / "0999_broken.jpg"
-    broken.write_bytes(b"not an image")
-    browser = rig.show_snapshot_browser()
-    table = browser.table_thumbs
-    assert table.rowCount() == 5 and table.cellWidget(4, 0) is not None
-    table.setCurrentCell(2, 0)
-
-    qtbot.keyClick(table, Qt.Key_Down)
-    qtbot.keyClick(table, Qt.Key_Down)
-
-    preview = browser.preview_image
-    pixmap = preview.image_label.pixmap()
-    assert preview.image == str(broken) and preview.isVisible()
-    assert (pixmap is None or pixmap.isNull()) and preview.image_label.text() == "cannot read"
-    assert preview.image_label.toolTip().startswith("cannot read 0999_broken.jpg: ")
-    preview.zoom_in()
-    assert preview.scaleFactor == 1.0
