@@ -91,19 +91,16 @@ def test_a_directory_that_cannot_be_made_stops_the_window_after_its_message(
     assert capsys.readouterr().err == ""
 
 
-class UrlCatcher(QtCore.QObject):
-    def __init__(self):
-        super().__init__()
-        self.urls = []
-
-    @QtCore.Slot(QtCore.QUrl)
-    def open(self, url):
-        self.urls.append(url)
-
-
 @pytest.fixture
 def opened_urls():
-    catcher = UrlCatcher()
+    class Catcher(QtCore.QObject):
+        urls = []
+
+        @QtCore.Slot(QtCore.QUrl)
+        def open(self, url):
+            self.urls.append(url)
+
+    catcher = Catcher()
     for scheme in ("file", "http", "https"):
         QtGui.QDesktopServices.setUrlHandler(scheme, catcher, "open")
     yield catcher.urls

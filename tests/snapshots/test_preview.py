@@ -69,8 +69,8 @@ def menu_texts(menu):
     return [a.text() or ("---" if a.isSeparator() else "") for a in menu.actions()]
 
 
-def test_the_menu_offers_view_insert_flag_comment_compare_and_clear(preview, shot, helper,
-                                                                    monkeypatch, browser):
+def test_the_menu_offers_view_insert_flag_comment_compare_and_clear(preview, shot, helper, nuke,
+                                                                    messages, monkeypatch, browser):
     preview.set_image(shot)
     flagged = []
     monkeypatch.setattr(helper, "set_flag", lambda b, src, colour: flagged.append((b, src, colour)))
@@ -80,6 +80,16 @@ def test_the_menu_offers_view_insert_flag_comment_compare_and_clear(preview, sho
     assert menu_texts(preview.menu_main) == ["view", "insert snapshot", "insert preview", "flag",
                                              "comment", "compare with current", "---", "clear"]
     assert menu_texts(preview.menu_view) == ["zoom in", "zoom out", "fit"]
+    # Inserting needs the snapshot's own files.
+    preview.action_insert_snapshot.trigger()
+    assert messages == ["Cannot find snapshot nuke file."]
+    preview.action_insert_preview.trigger()
+    [read] = nuke.allNodes("Read")
+    assert read["file"].value() == shot
+    os.remove(shot)
+    preview.action_insert_preview.trigger()
+    assert messages[1:] == ["Cannot find current preview image"]
+    assert len(nuke.allNodes("Read")) == 1
     flags = preview.menu_flags.actions()
     assert len(flags) == 1 + len(helper.load_settings()["flags"])
     # The path is the one remembered when the menu was built.
@@ -94,20 +104,6 @@ def test_the_menu_offers_view_insert_flag_comment_compare_and_clear(preview, sho
     assert preview.scaleFactor == 1.25
     preview.action_clear.trigger()
     assert not preview.isVisible() and remembered(helper) is None
-
-
-def test_insert_preview_and_snapshot_need_their_files(preview, shot, nuke, messages):
-    preview.set_image(shot)
-    preview.ask_insert_snapshot()
-    assert messages == ["Cannot find snapshot nuke file."]
-    preview.insert_preview()
-    [read] = nuke.allNodes("Read")
-    assert read["file"].value() == shot
-
-    os.remove(shot)
-    preview.insert_preview()
-    assert messages[1:] == ["Cannot find current preview image"]
-    assert len(nuke.allNodes("Read")) == 1
 
 
 @pytest.fixture
