@@ -34,22 +34,6 @@ def test_it_opens_frameless_on_top_centred_at_the_stored_size_with_tool_tips_if_
     assert not browser.push_help.toolTip()
 
 
-def test_a_second_opening_replaces_the_first_and_nothing_keeps_it_alive(rig, snap_dir):
-    first = rig.show_snapshot_browser()
-    first_widget = weakref.ref(first)
-    destroyed = []
-    first.widget.destroyed.connect(lambda *a: destroyed.append(True))
-
-    second = rig.show_snapshot_browser()
-
-    assert rig.snapshotbrowser is second and second is not first
-    assert not first.isVisible() and second.isVisible()
-    del first
-    gc.collect()
-    QtCore.QCoreApplication.sendPostedEvents(None, QtCore.QEvent.DeferredDelete)
-    assert first_widget() is None and destroyed == [True]
-
-
 def test_missing_directories_are_made_and_an_empty_root_becomes_the_default(rig, helper,
                                                                             tmp_path):
     current = tmp_path / "elsewhere" / "new shot"
@@ -130,25 +114,36 @@ def test_the_help_menu_opens_the_installed_guide_and_the_support_page(rig, helpe
     assert shown == ["changelog", "about"]
 
 
-def test_the_size_buttons_reopen_at_the_stored_size_and_the_close_button_closes(rig, helper,
-                                                                               snap_dir, qtbot,
-                                                                               comp):
+def test_a_second_opening_or_a_size_button_replaces_the_window_and_nothing_keeps_it_alive(
+        rig, helper, snap_dir, qtbot, comp):
     helper.update_settings({"snapshotbrowser_size_custom": "700,450",
                             "snapshotbrowser_size_current": "1000,650"})
     first = rig.show_snapshot_browser()
+    first_widget = weakref.ref(first)
+    destroyed = []
+    first.widget.destroyed.connect(lambda *a: destroyed.append(True))
 
-    first.push_custom_size.click()
+    second = rig.show_snapshot_browser()
 
-    second = rig.snapshotbrowser
-    assert second is not first and not first.isVisible()
-    assert second.widget.size().toTuple() == (700, 450)
+    assert rig.snapshotbrowser is second and second is not first
+    assert not first.isVisible() and second.isVisible()
+    del first
+    gc.collect()
+    QtCore.QCoreApplication.sendPostedEvents(None, QtCore.QEvent.DeferredDelete)
+    assert first_widget() is None and destroyed == [True]
+
+    second.push_custom_size.click()
+
+    third = rig.snapshotbrowser
+    assert third is not second and not second.isVisible()
+    assert third.widget.size().toTuple() == (700, 450)
     assert helper.load_settings()["snapshotbrowser_size_current"] == "700,450"
-    second.push_close.click()
-    qtbot.waitUntil(lambda: not second.isVisible(), timeout=3000)
-    assert rig.snapshotbrowser is second
+    third.push_close.click()
+    qtbot.waitUntil(lambda: not third.isVisible(), timeout=3000)
+    assert rig.snapshotbrowser is third
     # A closed browser in its slot is still refreshed by a snapshot.
     rig.snapshot()
-    assert len(second.row_sources()) == 1
+    assert len(third.row_sources()) == 1
 
 
 def test_a_browser_deleted_elsewhere_is_refused_and_replaced(rig, snap_dir, comp, messages):

@@ -1,6 +1,5 @@
-"""Comparing in the preview: two snapshots in a wipe, started by "c" over a thumbnail or from its
-menu, its line dragged, W, S and Escape through the focus chain; and the viewer now against the
-remembered preview, which leaves no file and no change in the script behind."""
+"""Comparing in the preview: two snapshots in a wipe driven by keys, its menu and its line, and the
+viewer now against the remembered preview, which leaves no file and no change in the script."""
 
 import os
 

@@ -1,6 +1,5 @@
-"""Keys and the pointer as an artist uses them: keys typed into whatever widget Qt gave the focus
-(after opening, or after a real click), "d" on the thumbnail under the pointer, drags made of
-mouse events that Qt routes itself, and the arrows that step the preview through the list."""
+"""Keys and the pointer as an artist uses them: keys to whatever widget Qt gave the focus, "d" on
+the thumbnail under the pointer, drags that Qt routes itself, and the arrows in the list."""
 
 import os
 
@@ -174,7 +173,8 @@ def test_arrows_in_the_list_step_the_preview_through_the_rows(rig, helper, shots
 
     qtbot.keyClick(table, getattr(Qt, "Key_" + key))
 
-    remembered = helper.load_settings()["current_snapshot_preview"]
-    assert browser.preview_image.image == (elsewhere if shown is None else shots[shown]) == remembered
+    expected = elsewhere if shown is None else shots[shown]
+    assert browser.preview_image.image == expected
+    assert helper.load_settings()["current_snapshot_preview"] == expected
     if row_after is not None:
         assert table.currentRow() == row_after

@@ -1,6 +1,5 @@
-"""The snapshot browser's thumbnail table on directories of real jpgs: listing, lazy images, the
-version slider at start-up, the thumbnails' marks and context menus, and the file actions on the
-table's selection (delete, move, flush, comment)."""
+"""The thumbnail table on directories of real jpgs: listing, lazy images, the slider at start-up,
+the marks and menus of thumbnails, and the file actions on the table's selection."""
 
 import os
 import pathlib
@@ -27,7 +26,8 @@ def write_snapshot(directory, seconds, size=(200, 100), nk=True, comment=None, f
     if comment is not None or flag is not None:
         pathlib.Path(stem + ".xml").write_text(
             "<?xml version='1.0' encoding='UTF-8'?>\n<snapshot><metadata><meta name=\"comment\">{}"
-            "</meta><meta name=\"flag\">{}</meta></metadata></snapshot>\n".format(comment or "", flag or ""))
+            "</meta><meta name=\"flag\">{}</meta></metadata></snapshot>\n".format(comment or "",
+                                                                             flag or ""))
     return stem + ".jpg"
 
 
