@@ -13,10 +13,30 @@ from conftest import snapshots_in
 pytestmark = pytest.mark.usefixtures("browser_slot")
 
 
+@pytest.fixture
+def opened_urls():
+    class Catcher(QtCore.QObject):
+        urls = []
+
+        @QtCore.Slot(QtCore.QUrl)
+        def open(self, url):
+            self.urls.append(url)
+
+    catcher = Catcher()
+    for scheme in ("file", "http", "https"):
+        QtGui.QDesktopServices.setUrlHandler(scheme, catcher, "open")
+    yield catcher.urls
+    for scheme in ("file", "http", "https"):
+        QtGui.QDesktopServices.unsetUrlHandler(scheme)
+
+
 @pytest.mark.parametrize("tooltips", ["True", "False", "true"])
-def test_it_opens_frameless_on_top_centred_at_the_stored_size_with_tool_tips_if_switched_on(
-        rig, helper, snap_dir, tooltips):
+def test_it_opens_frameless_on_top_centred_with_tool_tips_if_switched_on_and_a_help_menu(
+        rig, helper, snap_dir, opened_urls, monkeypatch, tooltips):
     helper.update_settings({"snapshotbrowser_size_current": "900,600", "tooltips": tooltips})
+    shown = []
+    monkeypatch.setattr(helper, "show_changelog", lambda: shown.append("changelog"))
+    monkeypatch.setattr(helper, "show_about_window", lambda: shown.append("about"))
 
     browser = rig.show_snapshot_browser()
 
@@ -32,6 +52,20 @@ def test_it_opens_frameless_on_top_centred_at_the_stored_size_with_tool_tips_if_
     assert bool(browser.push_snapshot.toolTip()) is on
     assert bool(browser.input_custom_height.toolTip()) is on
     assert not browser.push_help.toolTip()
+
+    browser.push_help.click()
+
+    menu = browser.menu_help
+    assert [a.text() for a in menu.actions()] == ["Browse online documentation", "Show changelog",
+                                                  "Support", "About"]
+    for action in menu.actions():
+        action.trigger()
+    guide, support = opened_urls
+    assert guide.isLocalFile() and os.path.isfile(guide.toLocalFile())
+    assert os.path.dirname(guide.toLocalFile()) == os.path.join(os.path.dirname(rig.__file__),
+                                                                "docs")
+    assert support.scheme() == "https"
+    assert shown == ["changelog", "about"]
 
 
 def test_missing_directories_are_made_and_an_empty_root_becomes_the_default(rig, helper,
@@ -73,45 +107,6 @@ def test_a_directory_that_cannot_be_made_stops_the_window_after_its_message(
     with pytest.raises(RuntimeError):
         browser.populate_table_thumbs()
     assert capsys.readouterr().err == ""
-
-
-@pytest.fixture
-def opened_urls():
-    class Catcher(QtCore.QObject):
-        urls = []
-
-        @QtCore.Slot(QtCore.QUrl)
-        def open(self, url):
-            self.urls.append(url)
-
-    catcher = Catcher()
-    for scheme in ("file", "http", "https"):
-        QtGui.QDesktopServices.setUrlHandler(scheme, catcher, "open")
-    yield catcher.urls
-    for scheme in ("file", "http", "https"):
-        QtGui.QDesktopServices.unsetUrlHandler(scheme)
-
-
-def test_the_help_menu_opens_the_installed_guide_and_the_support_page(rig, helper, snap_dir,
-                                                                      opened_urls, monkeypatch):
-    shown = []
-    monkeypatch.setattr(helper, "show_changelog", lambda: shown.append("changelog"))
-    monkeypatch.setattr(helper, "show_about_window", lambda: shown.append("about"))
-    browser = rig.show_snapshot_browser()
-
-    browser.push_help.click()
-
-    menu = browser.menu_help
-    assert [a.text() for a in menu.actions()] == ["Browse online documentation", "Show changelog",
-                                                  "Support", "About"]
-    for action in menu.actions():
-        action.trigger()
-    guide, support = opened_urls
-    assert guide.isLocalFile() and os.path.isfile(guide.toLocalFile())
-    assert os.path.dirname(guide.toLocalFile()) == os.path.join(os.path.dirname(rig.__file__),
-                                                                "docs")
-    assert support.scheme() == "https"
-    assert shown == ["changelog", "about"]
 
 
 def test_a_second_opening_or_a_size_button_replaces_the_window_and_nothing_keeps_it_alive(
