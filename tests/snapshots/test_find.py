@@ -94,28 +94,21 @@ def test_clearing_restores_every_row_and_the_scroll_position(rig, helper, snap_d
     assert browser.slider_versions.maximum() == 30
 
 
-@pytest.mark.parametrize("change, rows", [
-    ("take", [1005, 1003, 1001]),
-    ("delete", [1003]),
-    ("flag", [1003, 1001]),
-])
-def test_the_rows_shown_follow_a_refresh(rig, helper, snap_dir, shots, qtbot, change, rows):
+def test_the_rows_shown_follow_a_refresh(rig, helper, snap_dir, shots, qtbot):
     browser = ready(rig, qtbot)
     type_into_field(browser, "liked")
-    if change == "take":
-        write_snapshot(snap_dir, 1005, comment="liked as well")
-        browser.populate_table_thumbs()
-    elif change == "delete":
-        for path in (shots[1001], shots[1001][:-4] + ".xml", shots[1001][:-4] + ".nk"):
-            os.remove(path)
-        browser.populate_table_thumbs()
-    else:
-        # Flagged the way its menu does it: the thumbnail reads its marks again.
-        helper.set_flag(browser, shots[1003], RED.split(","))
-        click_chip(browser, RED)
-        qtbot.waitUntil(lambda: shown(browser) == rows, timeout=2000)
+    write_snapshot(snap_dir, 1005, comment="liked as well")
+    browser.populate_table_thumbs()
+    assert shown(browser) == [1005, 1003, 1001]
+    for path in (shots[1001], shots[1001][:-4] + ".xml", shots[1001][:-4] + ".nk"):
+        os.remove(path)
+    browser.populate_table_thumbs()
+    assert shown(browser) == [1005, 1003]
+    # Flagged the way its menu does it: the thumbnail reads its marks again.
+    helper.set_flag(browser, shots[1003], RED.split(","))
+    click_chip(browser, RED)
+    qtbot.waitUntil(lambda: shown(browser) == [1003], timeout=2000)
     assert browser.input_find.text() == "liked"
-    assert shown(browser) == rows
 
 
 def test_a_directory_switch_clears_the_find_which_answers_once_the_new_index_is_read(
