@@ -1,5 +1,5 @@
 """Fixtures of the snapshot suites: a snapshot directory in the test's settings, a small comp
-watched by a viewer, recorded messages, and the browser closed after each test."""
+watched by a viewer, recorded messages, the browser closed after each test, and keys as typed."""
 
 import os
 
