@@ -1,10 +1,10 @@
 """Fixtures of the snapshot suites: a snapshot directory in the test's settings, a small comp
-watched by a viewer, recorded messages, and the browser closed after each test."""
+watched by a viewer, recorded messages, the browser closed after each test, and keys as typed."""
 
 import os
 
 import pytest
-from cobaltRig.qt import QtCore, QtGui, QtWidgets
+from cobaltRig.qt import QtCore, QtGui, QtTest, QtWidgets
 
 
 @pytest.fixture
@@ -42,7 +42,7 @@ def comp(nuke):
 
 @pytest.fixture
 def messages(helper, monkeypatch):
-    """Texts of each message box, with whether it had a parent window."""
+    """Texts of each message box."""
     shown = []
     monkeypatch.setattr(helper, "show_message_box",
                         lambda parent, text: shown.append(text))
@@ -91,22 +91,23 @@ def browser_slot(rig):
     QtCore.QCoreApplication.sendPostedEvents(None, QtCore.QEvent.DeferredDelete)
 
 
-def answer_modal(click_text, seen=None):
-    """Clicks the button of the next modal dialog that carries `click_text`."""
-    def answer():
-        box = QtWidgets.QApplication.activeModalWidget()
-        if box is None:
-            QtCore.QTimer.singleShot(10, answer)
-            return
-        if seen is not None:
-            seen.append((box.windowTitle(), box.text() if hasattr(box, "text") else ""))
-        for button in box.findChildren(QtWidgets.QPushButton):
-            if button.text() == click_text:
-                button.click()
-                return
-        box.reject()
+def open_active(rig, qtbot):
+    """Opens the browser as the active window, so that keys reach it through the focus chain."""
+    browser = rig.show_snapshot_browser()
+    browser.widget.activateWindow()
+    qtbot.waitUntil(lambda: QtWidgets.QApplication.activeWindow() == browser.widget,
+                    timeout=3000)
+    return browser
 
-    QtCore.QTimer.singleShot(0, answer)
+
+def enter(widget, kind=QtCore.QEvent.Type.Enter):
+    QtWidgets.QApplication.sendEvent(widget, QtCore.QEvent(kind))
+
+
+def type_key(key):
+    """A key as the keyboard gives it: to the widget that has the focus."""
+    QtTest.QTest.keyClick(QtWidgets.QApplication.focusWidget(), key)
+    QtWidgets.QApplication.processEvents()
 
 
 def image_size(path):

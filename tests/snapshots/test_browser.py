@@ -13,10 +13,30 @@ from conftest import snapshots_in
 pytestmark = pytest.mark.usefixtures("browser_slot")
 
 
+@pytest.fixture
+def opened_urls():
+    class Catcher(QtCore.QObject):
+        urls = []
+
+        @QtCore.Slot(QtCore.QUrl)
+        def open(self, url):
+            self.urls.append(url)
+
+    catcher = Catcher()
+    for scheme in ("file", "http", "https"):
+        QtGui.QDesktopServices.setUrlHandler(scheme, catcher, "open")
+    yield catcher.urls
+    for scheme in ("file", "http", "https"):
+        QtGui.QDesktopServices.unsetUrlHandler(scheme)
+
+
 @pytest.mark.parametrize("tooltips", ["True", "False", "true"])
-def test_it_opens_frameless_on_top_centred_at_the_stored_size_with_tool_tips_if_switched_on(
-        rig, helper, snap_dir, tooltips):
+def test_it_opens_frameless_on_top_centred_with_tool_tips_if_switched_on_and_a_help_menu(
+        rig, helper, snap_dir, opened_urls, monkeypatch, tooltips):
     helper.update_settings({"snapshotbrowser_size_current": "900,600", "tooltips": tooltips})
+    shown = []
+    monkeypatch.setattr(helper, "show_changelog", lambda: shown.append("changelog"))
+    monkeypatch.setattr(helper, "show_about_window", lambda: shown.append("about"))
 
     browser = rig.show_snapshot_browser()
 
@@ -33,21 +53,19 @@ def test_it_opens_frameless_on_top_centred_at_the_stored_size_with_tool_tips_if_
     assert bool(browser.input_custom_height.toolTip()) is on
     assert not browser.push_help.toolTip()
 
+    browser.push_help.click()
 
-def test_a_second_opening_replaces_the_first_and_nothing_keeps_it_alive(rig, snap_dir):
-    first = rig.show_snapshot_browser()
-    first_widget = weakref.ref(first)
-    destroyed = []
-    first.widget.destroyed.connect(lambda *a: destroyed.append(True))
-
-    second = rig.show_snapshot_browser()
-
-    assert rig.snapshotbrowser is second and second is not first
-    assert not first.isVisible() and second.isVisible()
-    del first
-    gc.collect()
-    QtCore.QCoreApplication.sendPostedEvents(None, QtCore.QEvent.DeferredDelete)
-    assert first_widget() is None and destroyed == [True]
+    menu = browser.menu_help
+    assert [a.text() for a in menu.actions()] == ["Browse online documentation", "Show changelog",
+                                                  "Support", "About"]
+    for action in menu.actions():
+        action.trigger()
+    guide, support = opened_urls
+    assert guide.isLocalFile() and os.path.isfile(guide.toLocalFile())
+    assert os.path.dirname(guide.toLocalFile()) == os.path.join(os.path.dirname(rig.__file__),
+                                                                "docs")
+    assert support.scheme() == "https"
+    assert shown == ["changelog", "about"]
 
 
 def test_missing_directories_are_made_and_an_empty_root_becomes_the_default(rig, helper,
@@ -91,67 +109,36 @@ def test_a_directory_that_cannot_be_made_stops_the_window_after_its_message(
     assert capsys.readouterr().err == ""
 
 
-class UrlCatcher(QtCore.QObject):
-    def __init__(self):
-        super().__init__()
-        self.urls = []
-
-    @QtCore.Slot(QtCore.QUrl)
-    def open(self, url):
-        self.urls.append(url)
-
-
-@pytest.fixture
-def opened_urls():
-    catcher = UrlCatcher()
-    for scheme in ("file", "http", "https"):
-        QtGui.QDesktopServices.setUrlHandler(scheme, catcher, "open")
-    yield catcher.urls
-    for scheme in ("file", "http", "https"):
-        QtGui.QDesktopServices.unsetUrlHandler(scheme)
-
-
-def test_the_help_menu_opens_the_installed_guide_and_the_support_page(rig, helper, snap_dir,
-                                                                      opened_urls, monkeypatch):
-    shown = []
-    monkeypatch.setattr(helper, "show_changelog", lambda: shown.append("changelog"))
-    monkeypatch.setattr(helper, "show_about_window", lambda: shown.append("about"))
-    browser = rig.show_snapshot_browser()
-
-    browser.push_help.click()
-
-    menu = browser.menu_help
-    assert [a.text() for a in menu.actions()] == ["Browse online documentation", "Show changelog",
-                                                  "Support", "About"]
-    for action in menu.actions():
-        action.trigger()
-    guide, support = opened_urls
-    assert guide.isLocalFile() and os.path.isfile(guide.toLocalFile())
-    assert os.path.dirname(guide.toLocalFile()) == os.path.join(os.path.dirname(rig.__file__),
-                                                                "docs")
-    assert support.scheme() == "https"
-    assert shown == ["changelog", "about"]
-
-
-def test_the_size_buttons_reopen_at_the_stored_size_and_the_close_button_closes(rig, helper,
-                                                                               snap_dir, qtbot,
-                                                                               comp):
+def test_a_second_opening_or_a_size_button_replaces_the_window_and_nothing_keeps_it_alive(
+        rig, helper, snap_dir, qtbot, comp):
     helper.update_settings({"snapshotbrowser_size_custom": "700,450",
                             "snapshotbrowser_size_current": "1000,650"})
     first = rig.show_snapshot_browser()
+    first_widget = weakref.ref(first)
+    destroyed = []
+    first.widget.destroyed.connect(lambda *a: destroyed.append(True))
 
-    first.push_custom_size.click()
+    second = rig.show_snapshot_browser()
 
-    second = rig.snapshotbrowser
-    assert second is not first and not first.isVisible()
-    assert second.widget.size().toTuple() == (700, 450)
+    assert rig.snapshotbrowser is second and second is not first
+    assert not first.isVisible() and second.isVisible()
+    del first
+    gc.collect()
+    QtCore.QCoreApplication.sendPostedEvents(None, QtCore.QEvent.DeferredDelete)
+    assert first_widget() is None and destroyed == [True]
+
+    second.push_custom_size.click()
+
+    third = rig.snapshotbrowser
+    assert third is not second and not second.isVisible()
+    assert third.widget.size().toTuple() == (700, 450)
     assert helper.load_settings()["snapshotbrowser_size_current"] == "700,450"
-    second.push_close.click()
-    qtbot.waitUntil(lambda: not second.isVisible(), timeout=3000)
-    assert rig.snapshotbrowser is second
+    third.push_close.click()
+    qtbot.waitUntil(lambda: not third.isVisible(), timeout=3000)
+    assert rig.snapshotbrowser is third
     # A closed browser in its slot is still refreshed by a snapshot.
     rig.snapshot()
-    assert len(second.row_sources()) == 1
+    assert len(third.row_sources()) == 1
 
 
 def test_a_browser_deleted_elsewhere_is_refused_and_replaced(rig, snap_dir, comp, messages):

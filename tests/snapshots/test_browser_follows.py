@@ -33,7 +33,8 @@ def test_a_window_opened_without_a_directory_lays_out_the_rows_of_the_one_chosen
         rig, helper, snap_dir):
     for i in range(3):
         write_snapshot(snap_dir, 1000 + i, size=(400, 200))
-    helper.update_settings({"current_snapshot_dir": None, "current_snapshot_preview": None})
+    helper.update_settings({"current_snapshot_dir": None, "current_snapshot_preview": None,
+                            "snapshotbrowser_size_current": "1200,800"})
     browser = rig.show_snapshot_browser()
 
     choose(browser, "shot")
@@ -41,6 +42,10 @@ def test_a_window_opened_without_a_directory_lays_out_the_rows_of_the_one_chosen
     table = browser.table_thumbs
     assert abs(table.columnWidth(0) - table.viewport().width()) <= 1
     rows_follow_the_column(browser, 400, 200)
+    # When the column grows, the pixels are read again at the new width, not blown up.
+    browser.splitter.setSizes([500, 700])
+    browser.adjust_splitter_sizes()
+    assert rows_follow_the_column(browser, 400, 200) > 300
 
 
 def test_a_refresh_keeps_the_thumbnails_of_snapshots_still_listed(rig, snap_dir):

@@ -1,4 +1,4 @@
-"""The frameless browser's fades, keys and dragging, run on the real timer."""
+"""The frameless browser's fades and its keys over the preview, run on the real timer."""
 
 import gc
 import weakref
@@ -6,18 +6,11 @@ import weakref
 import pytest
 from cobaltRig.qt import QtCore, QtGui, QtWidgets
 
+from conftest import enter
+
 pytestmark = pytest.mark.usefixtures("browser_slot")
 
 Qt = QtCore.Qt
-
-
-def faded_out(browser):
-    return browser.fade_method == "" and not browser.isVisible()
-
-
-def hover_preview(browser):
-    QtWidgets.QApplication.sendEvent(browser.preview_image.widget, QtCore.QEvent(QtCore.QEvent.Enter))
-    assert browser.hover_preview
 
 
 @pytest.mark.parametrize("how", ["escape", "close button", "escape twice", "escape fading in"])
@@ -41,7 +34,7 @@ def test_opening_fades_in_and_escape_and_the_close_button_fade_out_and_close(rig
 
     assert browser.fade_method == "out" and browser.isVisible()
     assert browser.fade_connections == (3 if how == "escape twice" else 2)
-    qtbot.waitUntil(lambda: faded_out(browser), timeout=3000)
+    qtbot.waitUntil(lambda: browser.fade_method == "" and not browser.isVisible(), timeout=3000)
     assert browser.widget.windowOpacity() == 0 and not browser.timer_fade.isActive()
     assert rig.snapshotbrowser is browser
     # A new window starts counting its own steps again.
@@ -77,8 +70,7 @@ def test_a_window_replaced_while_fading_out_lives_until_its_last_step(rig, helpe
     (Qt.Key_Up, "", (0, 30)), (Qt.Key_Down, "", (0, -30)),
     (Qt.Key_Left, "", (-30, 0)), (Qt.Key_Right, "", (30, 0)),
 ])
-def test_keys_over_the_preview_zoom_fit_and_scroll(rig, helper, snap_dir, qtbot, monkeypatch,
-                                                   key, text, change):
+def test_keys_over_the_preview_zoom_fit_and_scroll(rig, helper, snap_dir, key, text, change):
     image = snap_dir / "1700000000_shot.jpg"
     QtGui.QImage(3000, 2000, QtGui.QImage.Format_RGB32).save(str(image))
     helper.update_xml("current_snapshot_preview", str(image))
@@ -95,12 +87,13 @@ def test_keys_over_the_preview_zoom_fit_and_scroll(rig, helper, snap_dir, qtbot,
 
     # Without the pointer over the preview these keys do nothing. (Where an earlier test left the
     # pointer decides whether Qt 6 sends the new window an enter event: take the pointer away.)
-    QtWidgets.QApplication.sendEvent(preview.widget, QtCore.QEvent(QtCore.QEvent.Leave))
+    enter(preview.widget, QtCore.QEvent.Leave)
     assert not browser.hover_preview
     QtWidgets.QApplication.sendEvent(
         browser.widget, QtGui.QKeyEvent(QtCore.QEvent.KeyPress, key, Qt.NoModifier, text))
     assert (preview.scaleFactor, bars[0].value(), bars[1].value()) == before
-    hover_preview(browser)
+    enter(preview.widget)
+    assert browser.hover_preview
     QtWidgets.QApplication.sendEvent(
         browser.widget, QtGui.QKeyEvent(QtCore.QEvent.KeyPress, key, Qt.NoModifier, text))
 
@@ -109,26 +102,5 @@ def test_keys_over_the_preview_zoom_fit_and_scroll(rig, helper, snap_dir, qtbot,
         assert after == (before[0],) + (change or (0, 0))
     else:
         factor = after[0]
-        assert {"zoom in": factor > before[0], "zoom out": factor < before[0], "fit": factor == 1.0}[change]
-
-
-def test_dragging_puts_the_pointer_at_a_fixed_place_in_the_window(rig, helper, snap_dir, qtbot):
-    helper.update_xml("snapshotbrowser_size_current", "901,601")
-    browser = rig.show_snapshot_browser()
-    window = browser.widget
-    QtGui.QCursor.setPos(1000, 700)
-    pointer = QtGui.QCursor.pos()
-
-    def move_over(widget):
-        event = QtGui.QMouseEvent(QtCore.QEvent.MouseMove, QtCore.QPointF(5, 5),
-                                  QtCore.QPointF(pointer), Qt.NoButton, Qt.LeftButton,
-                                  Qt.NoModifier)
-        QtWidgets.QApplication.sendEvent(widget, event)
-
-    move_over(window)
-    assert window.pos() == pointer + QtCore.QPoint(-450, -30) == browser.xy
-
-    browser.push_settings.click()
-    QtWidgets.QApplication.processEvents()
-    move_over(browser.group_settings)
-    assert window.pos() == pointer + QtCore.QPoint(-450, -300) == browser.xy
+        assert {"zoom in": factor > before[0], "zoom out": factor < before[0],
+                "fit": factor == 1.0}[change]

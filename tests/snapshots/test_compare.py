@@ -1,13 +1,13 @@
-"""Comparing in the preview: two snapshots in a wipe, started by "c" over a thumbnail or from its
-menu, its line dragged, W, S and Escape through the focus chain; and the viewer now against the
-remembered preview, which leaves no file and no change in the script behind."""
+"""Comparing in the preview: two snapshots in a wipe driven by keys, its menu and its line, and the
+viewer now against the remembered preview, which leaves no file and no change in the script."""
 
 import os
 
 import pytest
 from cobaltRig.qt import QtCore, QtGui, QtTest, QtWidgets
 
-from conftest import snapshots_in, write_jpg
+from conftest import enter, open_active, snapshots_in, type_key
+from test_table import write_snapshot
 
 pytestmark = pytest.mark.usefixtures("browser_slot")
 
@@ -15,31 +15,6 @@ Qt = QtCore.Qt
 App = QtWidgets.QApplication
 RED, BLUE = QtGui.QColor(220, 30, 30), QtGui.QColor(30, 40, 220)
 NOTHING = "There is no snapshot in the preview to compare with. Show one there first."
-
-
-def snapshot(directory, seconds, color, size=(400, 200), comment=None):
-    stem = os.path.join(str(directory), "{}_comp".format(seconds))
-    if comment:
-        with open(stem + ".xml", "w") as handle:
-            handle.write('<snapshot><metadata><meta name="comment">{}</meta></metadata>'
-                         '</snapshot>'.format(comment))
-    return write_jpg(stem + ".jpg", size[0], size[1], color.name())
-
-
-def open_active(rig, qtbot):
-    browser = rig.show_snapshot_browser()
-    browser.widget.activateWindow()
-    qtbot.waitUntil(lambda: App.activeWindow() == browser.widget, timeout=3000)
-    return browser
-
-
-def enter(widget):
-    App.sendEvent(widget, QtCore.QEvent(QtCore.QEvent.Type.Enter))
-
-
-def type_key(key):
-    QtTest.QTest.keyClick(App.focusWidget(), key)
-    App.processEvents()
 
 
 def colour_at(preview, x, y=0.5):
@@ -77,8 +52,9 @@ def drag(widget, start, end):
 @pytest.fixture
 def pair(snap_dir, helper):
     """A red snapshot in the preview and a blue one beside it, with a comment; newest first."""
-    blue = snapshot(snap_dir, 2000, BLUE, comment="the one the supervisor liked, with more words")
-    red = snapshot(snap_dir, 1000, RED)
+    blue = write_snapshot(snap_dir, 2000, (400, 200), color=BLUE,
+                          comment="the one the supervisor liked, with more words")
+    red = write_snapshot(snap_dir, 1000, (400, 200), color=RED)
     helper.update_xml("current_snapshot_preview", red)
     return red, blue
 
@@ -96,8 +72,9 @@ def temp(tmp_path, monkeypatch):
                          ids=["same size", "B flatter"])
 def test_c_or_the_menu_shows_a_left_of_the_line_and_b_right_at_a_width(
         rig, snap_dir, helper, qtbot, how, b_size, below_b):
-    red = snapshot(snap_dir, 1000, RED)
-    blue = snapshot(snap_dir, 2000, BLUE, size=b_size, comment="the one the supervisor liked")
+    red = write_snapshot(snap_dir, 1000, (400, 200), color=RED)
+    blue = write_snapshot(snap_dir, 2000, b_size, color=BLUE,
+                          comment="the one the supervisor liked")
     helper.update_xml("current_snapshot_preview", red)
     browser = open_active(rig, qtbot)
     preview = browser.preview_image

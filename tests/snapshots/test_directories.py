@@ -18,10 +18,6 @@ def entries(browser):
     return [box.itemText(i) for i in range(box.count())]
 
 
-def jpg(directory, stem):
-    return write_jpg(directory / (stem + ".jpg"))
-
-
 def answer_name(name, suggested=None):
     """Types `name` into the next name dialog (None cancels it); records the suggestion."""
     def answer():
@@ -60,10 +56,10 @@ def test_the_box_lists_the_commands_shown_then_the_directories_of_the_root(
         (root / name).mkdir()
     (root / "notes.txt").write_text("")
     monkeypatch.setattr(helper, "parse_advanced_settings", lambda: dict(advanced))
-    shown = jpg(snap_dir, "1700000000_shot")
+    shown = write_jpg(snap_dir / "1700000000_shot.jpg")
     if outside:
         (tmp_path / "elsewhere").mkdir()
-        jpg(tmp_path / "elsewhere", "1700000000_x")
+        write_jpg(tmp_path / "elsewhere" / "1700000000_x.jpg")
         helper.update_xml("current_snapshot_dir", str(tmp_path / "elsewhere"))
 
     browser = rig.show_snapshot_browser()
@@ -77,11 +73,11 @@ def test_the_box_lists_the_commands_shown_then_the_directories_of_the_root(
 def test_opening_selects_the_current_directory_and_switching_brings_rows_slider_and_preview(
         rig, helper, snap_dir):
     root = snap_dir.parent
-    shown = [jpg(snap_dir, "17000000{}0_shot".format(i)) for i in range(3)][::-1]
+    shown = [write_jpg(snap_dir / "17000000{}0_shot.jpg".format(i)) for i in range(3)][::-1]
     other = root / "other"
     other.mkdir()
     (root / "empty").mkdir()
-    older, newer = jpg(other, "1600000000_other"), jpg(other, "1650000000_other")
+    older, newer = (write_jpg(other / name) for name in ("1600000000_o.jpg", "1650000000_o.jpg"))
     browser = rig.show_snapshot_browser()
     slider, preview = browser.slider_versions, browser.preview_image
     assert browser.row_sources() == shown and slider.maximum() == 3 and preview.image == shown[0]
@@ -124,7 +120,7 @@ def test_a_new_directory_is_made_selected_and_named_or_nothing_changes(
         nuke.root()["name"].setValue(script)
     root = snap_dir.parent
     (root / "blocker").write_text("")
-    shown = jpg(snap_dir, "1700000000_shot")
+    shown = write_jpg(snap_dir / "1700000000_shot.jpg")
     browser = rig.show_snapshot_browser()
     before = sorted(os.listdir(str(root)))
     suggested = []
@@ -158,7 +154,7 @@ def test_a_new_directory_is_made_selected_and_named_or_nothing_changes(
 
 def test_deleting_the_current_directory_asks_removes_it_and_leaves_none_current(
         rig, helper, snap_dir, asked, messages, comp):
-    image = jpg(snap_dir, "1700000000_shot")
+    image = write_jpg(snap_dir / "1700000000_shot.jpg")
     helper.update_xml("current_snapshot_preview", image)
     (snap_dir.parent / "keep").mkdir()
     browser = rig.show_snapshot_browser()

@@ -2,11 +2,12 @@
 does, and the rows they leave shown through refreshes, directory switches and the list's keys."""
 
 import os
+import threading
 
 import pytest
 from cobaltRig.qt import QtCore, QtGui, QtTest, QtWidgets
 
-from test_keys_and_pointer import enter, open_active, type_key
+from conftest import enter, open_active, type_key
 from test_table import write_snapshot
 
 pytestmark = pytest.mark.usefixtures("browser_slot")
@@ -19,13 +20,12 @@ RED, GREEN = "205,60,60", "80,170,90"
 @pytest.fixture
 def shots(snap_dir):
     """Stem seconds to image path; the list shows them newest first: 1004 to 1001."""
-    made = {
+    return {
         1001: write_snapshot(snap_dir, 1001, comment="Supervisor LIKED it", flag=RED),
         1002: write_snapshot(snap_dir, 1002, flag=GREEN),
         1003: write_snapshot(snap_dir, 1003, comment="liked the grain"),
         1004: write_snapshot(snap_dir, 1004),
     }
-    return made
 
 
 def shown(browser):
@@ -50,11 +50,6 @@ def type_into_field(browser, text):
 def click_chip(browser, colour):
     chip, = [c for c in browser.find_chips if c.property("flag") == colour]
     QtTest.QTest.mouseClick(chip, Qt.MouseButton.LeftButton)
-
-
-def clear_field():
-    QtTest.QTest.keyClick(App.focusWidget(), Qt.Key.Key_A, Qt.KeyboardModifier.ControlModifier)
-    QtTest.QTest.keyClick(App.focusWidget(), Qt.Key.Key_Backspace)
 
 
 @pytest.mark.parametrize("text, chip, rows", [
@@ -91,38 +86,33 @@ def test_clearing_restores_every_row_and_the_scroll_position(rig, helper, snap_d
     assert where > 0
     type_into_field(browser, "take 200")
     assert shown(browser) == [2008, 2006, 2004, 2002, 2000]
-    clear_field()
+    QtTest.QTest.keyClick(App.focusWidget(), Qt.Key.Key_A, Qt.KeyboardModifier.ControlModifier)
+    QtTest.QTest.keyClick(App.focusWidget(), Qt.Key.Key_Backspace)
     assert browser.input_find.text() == ""
     assert len(shown(browser)) == 30
     assert bar.value() == where
     assert browser.slider_versions.maximum() == 30
 
 
-@pytest.mark.parametrize("change, rows", [
-    ("take", [1005, 1003, 1001]),
-    ("delete", [1003]),
-    ("flag", [1003, 1001]),
-])
-def test_the_rows_shown_follow_a_refresh(rig, helper, snap_dir, shots, qtbot, change, rows):
+def test_the_rows_shown_follow_a_refresh(rig, helper, snap_dir, shots, qtbot):
     browser = ready(rig, qtbot)
     type_into_field(browser, "liked")
-    if change == "take":
-        write_snapshot(snap_dir, 1005, comment="liked as well")
-        browser.populate_table_thumbs()
-    elif change == "delete":
-        for path in (shots[1001], shots[1001][:-4] + ".xml", shots[1001][:-4] + ".nk"):
-            os.remove(path)
-        browser.populate_table_thumbs()
-    else:
-        # Flagged the way its menu does it: the thumbnail reads its marks again.
-        helper.set_flag(browser, shots[1003], RED.split(","))
-        click_chip(browser, RED)
-        qtbot.waitUntil(lambda: shown(browser) == rows, timeout=2000)
+    write_snapshot(snap_dir, 1005, comment="liked as well")
+    browser.populate_table_thumbs()
+    assert shown(browser) == [1005, 1003, 1001]
+    for path in (shots[1001], shots[1001][:-4] + ".xml", shots[1001][:-4] + ".nk"):
+        os.remove(path)
+    browser.populate_table_thumbs()
+    assert shown(browser) == [1005, 1003]
+    # Flagged the way its menu does it: the thumbnail reads its marks again.
+    helper.set_flag(browser, shots[1003], RED.split(","))
+    click_chip(browser, RED)
+    qtbot.waitUntil(lambda: shown(browser) == [1003], timeout=2000)
     assert browser.input_find.text() == "liked"
-    assert shown(browser) == rows
 
 
-def test_a_directory_switch_clears_the_find(rig, snap_dir, shots, qtbot):
+def test_a_directory_switch_clears_the_find_which_answers_once_the_new_index_is_read(
+        rig, snap_dir, shots, qtbot):
     other = snap_dir.parent / "other"
     other.mkdir()
     write_snapshot(other, 3001, comment="nothing liked here")
@@ -135,9 +125,13 @@ def test_a_directory_switch_clears_the_find(rig, snap_dir, shots, qtbot):
     assert browser.input_find.text() == ""
     assert not any(chip.isChecked() for chip in browser.find_chips)
     assert shown(browser) == [3002, 3001]
-    qtbot.waitUntil(lambda: browser.find_state == "ready", timeout=5000)
+    # What the readers found comes back through the event loop, which hasn't run yet.
+    assert browser.find_state == "reading"
     type_into_field(browser, "liked")
-    assert shown(browser) == [3001]
+    assert browser.label_find_state.isVisibleTo(browser.widget)
+    assert shown(browser) == [3002, 3001]
+    qtbot.waitUntil(lambda: shown(browser) == [3001], timeout=5000)
+    assert not browser.label_find_state.isVisibleTo(browser.widget)
 
 
 def test_slider_arrows_and_d_act_on_the_rows_shown(rig, helper, shots, qtbot, asked):
@@ -177,28 +171,8 @@ def test_keys_typed_into_the_field_stay_there_but_escape_and_return(rig, shots, 
     assert browser.fade_method == "out"
 
 
-def test_before_the_index_is_read_the_field_says_so_and_answers_once_it_is(rig, snap_dir, shots,
-                                                                           qtbot):
-    other = snap_dir.parent / "other"
-    other.mkdir()
-    for seconds in (3001, 3002):
-        write_snapshot(other, seconds, comment="liked" if seconds == 3001 else "")
-    browser = ready(rig, qtbot)
-    box = browser.combo_snapshot_dir
-    box.setCurrentIndex(box.findText("other"))
-    # What the readers found comes back through the event loop, which hasn't run yet.
-    assert browser.find_state == "reading"
-    type_into_field(browser, "liked")
-    assert browser.label_find_state.isVisibleTo(browser.widget)
-    assert shown(browser) == [3002, 3001]
-    qtbot.waitUntil(lambda: shown(browser) == [3001], timeout=5000)
-    assert not browser.label_find_state.isVisibleTo(browser.widget)
-
-
 def test_a_replaced_metadata_reader_is_asked_on_this_thread(rig, helper, shots, qtbot,
                                                              monkeypatch):
-    import threading
-
     threads = set()
     original = helper.load_metadata
 

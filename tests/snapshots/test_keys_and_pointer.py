@@ -1,12 +1,12 @@
-"""Keys and the pointer as an artist uses them: keys typed into whatever widget Qt gave the focus
-(after opening, or after a real click), "d" on the thumbnail under the pointer, drags made of
-mouse events that Qt routes itself, and the arrows that step the preview through the list."""
+"""Keys and the pointer as an artist uses them: keys to whatever widget Qt gave the focus, "d" on
+the thumbnail under the pointer, drags that Qt routes itself, and the arrows in the list."""
 
 import os
 
 import pytest
 from cobaltRig.qt import QtCore, QtGui, QtTest, QtWidgets
 
+from conftest import enter, open_active, type_key
 from test_table import select_rows, stems, write_snapshot
 
 pytestmark = pytest.mark.usefixtures("browser_slot")
@@ -40,23 +40,6 @@ def dialogs():
     timer.stop()
 
 
-def open_active(rig, qtbot):
-    browser = rig.show_snapshot_browser()
-    window = browser.widget
-    window.activateWindow()
-    qtbot.waitUntil(lambda: App.activeWindow() == window, timeout=3000)
-    return browser
-
-
-def enter(widget, kind=QtCore.QEvent.Enter):
-    App.sendEvent(widget, QtCore.QEvent(kind))
-
-
-def type_key(key):
-    """A key as the keyboard gives it: to the widget that has the focus."""
-    QtTest.QTest.keyClick(App.focusWidget(), key)
-
-
 def click_thumbnail(browser, row):
     thumb = browser.get_thumbnails_list()[row].widget
     QtTest.QTest.mouseClick(thumb, Qt.LeftButton, Qt.NoModifier, thumb.rect().center())
@@ -79,7 +62,6 @@ def test_keys_mean_the_same_wherever_the_focus_is(rig, helper, shots, asked, dia
         enter(browser.get_thumbnails_list()[2].widget)
 
     type_key(Qt.Key_Down if key == "Down" else key)
-    App.processEvents()
 
     # The directory box never acts on a key it was not clicked for.
     assert dialogs == [] and [q[0] for q in asked if q[0] != "Delete snapshots"] == []
@@ -124,8 +106,10 @@ def test_d_deletes_what_the_pointer_is_on_after_one_question(rig, snap_dir, shot
 
 
 def test_a_drag_by_the_top_bar_follows_the_pointer_across_the_preview(rig, helper, shots, qtbot):
-    helper.update_xml("current_snapshot_preview", shots[0])
-    window = open_active(rig, qtbot).widget
+    helper.update_settings({"current_snapshot_preview": shots[0],
+                            "snapshotbrowser_size_current": "901,601"})
+    browser = open_active(rig, qtbot)
+    window = browser.widget
     window.move(100, 100)
     start = QtCore.QPoint(window.width() // 2, 30)
     assert window.childAt(start) is None
@@ -138,8 +122,16 @@ def test_a_drag_by_the_top_bar_follows_the_pointer_across_the_preview(rig, helpe
         QtGui.QCursor.setPos(pointer)
         QtTest.QTest.mouseMove(handle, window.mapFromGlobal(pointer))
         App.processEvents()
-        assert window.pos() == pointer + QtCore.QPoint(-(window.width() // 2), -30)
+        assert window.pos() == pointer + QtCore.QPoint(-450, -30) == browser.xy
     QtTest.QTest.mouseRelease(handle, Qt.LeftButton, Qt.NoModifier, window.mapFromGlobal(pointer))
+
+    # With the settings shown, the window hangs further below the pointer.
+    browser.push_settings.click()
+    App.processEvents()
+    App.sendEvent(browser.group_settings, QtGui.QMouseEvent(
+        QtCore.QEvent.MouseMove, QtCore.QPointF(5, 5), QtCore.QPointF(pointer), Qt.NoButton,
+        Qt.LeftButton, Qt.NoModifier))
+    assert window.pos() == pointer + QtCore.QPoint(-450, -300) == browser.xy
 
 
 def test_alt_released_elsewhere_does_not_stick_to_the_image(rig, helper, shots, qtbot):
@@ -181,29 +173,8 @@ def test_arrows_in_the_list_step_the_preview_through_the_rows(rig, helper, shots
 
     qtbot.keyClick(table, getattr(Qt, "Key_" + key))
 
-    remembered = helper.load_settings()["current_snapshot_preview"]
-    assert browser.preview_image.image == (elsewhere if shown is None else shots[shown]) == remembered
+    expected = elsewhere if shown is None else shots[shown]
+    assert browser.preview_image.image == expected
+    assert helper.load_settings()["current_snapshot_preview"] == expected
     if row_after is not None:
         assert table.currentRow() == row_after
-
-
-def test_down_onto_an_image_that_cannot_be_read_says_so_in_the_preview(rig, snap_dir, shots,
-                                                                       qtbot):
-    # The table lists names ending in ".jpg"; one that can't be read keeps its row as a tile.
-    broken = snap_dir / "0999_broken.jpg"
-    broken.write_bytes(b"not an image")
-    browser = rig.show_snapshot_browser()
-    table = browser.table_thumbs
-    assert table.rowCount() == 5 and table.cellWidget(4, 0) is not None
-    table.setCurrentCell(2, 0)
-
-    qtbot.keyClick(table, Qt.Key_Down)
-    qtbot.keyClick(table, Qt.Key_Down)
-
-    preview = browser.preview_image
-    pixmap = preview.image_label.pixmap()
-    assert preview.image == str(broken) and preview.isVisible()
-    assert (pixmap is None or pixmap.isNull()) and preview.image_label.text() == "cannot read"
-    assert preview.image_label.toolTip().startswith("cannot read 0999_broken.jpg: ")
-    preview.zoom_in()
-    assert preview.scaleFactor == 1.0

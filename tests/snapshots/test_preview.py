@@ -6,7 +6,7 @@ import os
 import pytest
 from cobaltRig.qt import QtCore, QtTest, QtWidgets, shiboken
 
-from conftest import answer_modal, write_jpg
+from conftest import write_jpg
 
 
 @pytest.fixture
@@ -69,8 +69,8 @@ def menu_texts(menu):
     return [a.text() or ("---" if a.isSeparator() else "") for a in menu.actions()]
 
 
-def test_the_menu_offers_view_insert_flag_comment_compare_and_clear(preview, shot, helper,
-                                                                    monkeypatch, browser):
+def test_the_menu_offers_view_insert_flag_comment_compare_and_clear(preview, shot, helper, nuke,
+                                                                    messages, monkeypatch, browser):
     preview.set_image(shot)
     flagged = []
     monkeypatch.setattr(helper, "set_flag", lambda b, src, colour: flagged.append((b, src, colour)))
@@ -80,6 +80,16 @@ def test_the_menu_offers_view_insert_flag_comment_compare_and_clear(preview, sho
     assert menu_texts(preview.menu_main) == ["view", "insert snapshot", "insert preview", "flag",
                                              "comment", "compare with current", "---", "clear"]
     assert menu_texts(preview.menu_view) == ["zoom in", "zoom out", "fit"]
+    # Inserting needs the snapshot's own files.
+    preview.action_insert_snapshot.trigger()
+    assert messages == ["Cannot find snapshot nuke file."]
+    preview.action_insert_preview.trigger()
+    [read] = nuke.allNodes("Read")
+    assert read["file"].value() == shot
+    os.remove(shot)
+    preview.action_insert_preview.trigger()
+    assert messages[1:] == ["Cannot find current preview image"]
+    assert len(nuke.allNodes("Read")) == 1
     flags = preview.menu_flags.actions()
     assert len(flags) == 1 + len(helper.load_settings()["flags"])
     # The path is the one remembered when the menu was built.
@@ -94,20 +104,6 @@ def test_the_menu_offers_view_insert_flag_comment_compare_and_clear(preview, sho
     assert preview.scaleFactor == 1.25
     preview.action_clear.trigger()
     assert not preview.isVisible() and remembered(helper) is None
-
-
-def test_insert_preview_and_snapshot_need_their_files(preview, shot, nuke, messages):
-    preview.set_image(shot)
-    preview.ask_insert_snapshot()
-    assert messages == ["Cannot find snapshot nuke file."]
-    preview.insert_preview()
-    [read] = nuke.allNodes("Read")
-    assert read["file"].value() == shot
-
-    os.remove(shot)
-    preview.insert_preview()
-    assert messages[1:] == ["Cannot find current preview image"]
-    assert len(nuke.allNodes("Read")) == 1
 
 
 @pytest.fixture
@@ -127,15 +123,21 @@ def names(nuke):
     return sorted(n.name() for n in nuke.allNodes())
 
 
-def answer_with_return(seen):
-    """Types Return, as the keyboard gives it, into the next modal box once it is the active window."""
-    def press():
+def answer_box(answer, seen):
+    """Answers the next modal box: clicks the button named `answer`, or for "return" types Return,
+    as the keyboard gives it, into the box once it is the active window."""
+    def find():
         box = QtWidgets.QApplication.activeModalWidget()
         if box is None:
-            return QtCore.QTimer.singleShot(10, press)
+            return QtCore.QTimer.singleShot(10, find)
         seen.append((box.windowTitle(), box.text()))
-        box.activateWindow()
-        QtCore.QTimer.singleShot(50, lambda: type_return(box))
+        if answer == "return":
+            box.activateWindow()
+            return QtCore.QTimer.singleShot(50, lambda: type_return(box))
+        for button in box.findChildren(QtWidgets.QPushButton):
+            if button.text() == answer:
+                return button.click()
+        box.reject()
 
     def type_return(box):
         assert QtWidgets.QApplication.activeWindow() == box
@@ -143,7 +145,7 @@ def answer_with_return(seen):
         # A box that Return leaves open is told apart from one that appended.
         QtCore.QTimer.singleShot(200, lambda: shiboken.isValid(box) and box.reject())
 
-    QtCore.QTimer.singleShot(0, press)
+    QtCore.QTimer.singleShot(0, find)
 
 
 @pytest.mark.parametrize("answer, expected", [
@@ -160,7 +162,7 @@ def test_inserting_a_snapshot_asks_append_or_overwrite(preview, saved_graph, nuk
     monkeypatch.setattr(nuke.Undo, "end",
                         staticmethod(lambda *a: undo.append(("end", names(nuke)))))
     seen = []
-    answer_with_return(seen) if answer == "return" else answer_modal(answer, seen)
+    answer_box(answer, seen)
 
     preview.ask_insert_snapshot()
 

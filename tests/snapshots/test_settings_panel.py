@@ -1,6 +1,7 @@
 """The browser's settings panel: its fields, saving them, choosing and revealing the root."""
 
 import os
+import pathlib
 
 import pytest
 from cobaltRig.qt import QtCore, QtWidgets
@@ -10,13 +11,9 @@ from conftest import image_size, snapshots_in
 pytestmark = pytest.mark.usefixtures("browser_slot")
 
 
-def settings_file_text(helper):
-    with open(helper.get_settings_xml(), encoding="utf-8") as stream:
-        return stream.read()
-
-
 @pytest.mark.parametrize("width, height, stored, scrollbar", [
-    ("599", "399", "600,400", False), ("600", "400", "600,400", True), ("-5", " 900 ", "600,900", False)])
+    ("599", "399", "600,400", False), ("600", "400", "600,400", True),
+    ("-5", " 900 ", "600,900", False)])
 def test_the_panel_shows_the_stored_settings_and_saves_every_field_in_one_rewrite_and_closes(
         rig, helper, snap_dir, tmp_path, monkeypatch, width, height, stored, scrollbar):
     helper.update_settings({"snapshot_selection": "upstream nodes",
@@ -64,13 +61,14 @@ def test_a_size_that_is_no_number_saves_nothing_and_says_so_on_the_console(
         rig, helper, snap_dir, capsys, field):
     browser = rig.show_snapshot_browser()
     browser.push_settings.click()
-    before = settings_file_text(helper)
+    settings_file = pathlib.Path(helper.get_settings_xml())
+    before = settings_file.read_bytes()
     browser.input_snapshot_render_width.setText("1000")
     getattr(browser, field).setText("wide")
 
     browser.push_save_settings.click()
 
-    assert settings_file_text(helper) == before
+    assert settings_file.read_bytes() == before
     assert browser.show_settings and browser.group_settings.isVisible()
     assert not browser.group_thumbs.isVisible() and not browser.group_preview_image.isVisible()
     assert "'wide' is not a whole number" in capsys.readouterr().err

@@ -1,5 +1,5 @@
-"""Snapshot files as folders hold them: links and aliases, names that are no valid text or nearly
-too long, comments of blanks, flag colours out of range, an empty render width."""
+"""Snapshot files as folders hold them: links and aliases, names nearly too long, comments of
+blanks, flag colours out of range, an empty render width."""
 
 import hashlib
 import os
@@ -98,21 +98,6 @@ def test_a_comment_is_kept_as_written_whatever_its_blanks_and_its_name(rig, help
 
     assert rig.show_comment_window(src, browser).text_comment.toPlainText() == comment + " "
     assert helper.load_metadata(src)["flag"] == "1,2,3" and len(os.listdir(str(snap_dir))) == 3
-
-
-def test_a_directory_name_that_is_no_valid_text_disables_only_its_own_move(rig, snap_dir):
-    write_snapshot(snap_dir, 1000)
-    root = snap_dir.parent
-    os.mkdir(os.path.join(os.fsencode(str(root)), b"caf\xe9"))
-    (root / "other").mkdir()
-    thumb = rig.show_snapshot_browser().get_thumbnails_list()[0]
-
-    thumb.show_right_click_menu()
-
-    entries = {a.text(): a.isEnabled() for a in thumb.menu_move.actions()}
-    assert entries.pop("other") and entries.pop("shot") and list(entries.values()) == [False]
-    move_action(thumb, "other").trigger()
-    assert sorted(os.listdir(str(root / "other"))) == ["1000_comp.jpg", "1000_comp.nk"]
 
 
 def test_an_empty_render_width_names_its_cause_on_the_console(rig, helper, snap_dir, comp,

@@ -15,12 +15,6 @@ def taken(directory, ext):
     return [os.path.join(str(directory), f) for f in snapshots_in(directory) if f.endswith(ext)]
 
 
-def pasted_classes(nuke, path):
-    nuke.scriptClear()
-    nuke.nodePaste(path)
-    return sorted(n.Class() for n in nuke.allNodes())
-
-
 @pytest.mark.parametrize("mode, selected, expected", [
     ("all nodes", [], ["CheckerBoard2", "ColorBars", "Grade", "Viewer"]),
     ("upstream nodes", [], ["CheckerBoard2", "Grade"]),
@@ -55,7 +49,9 @@ def test_the_image_and_the_graph_its_mode_asks_for_are_written(
     if expected is None:
         assert not os.path.exists(nk)
     else:
-        assert pasted_classes(nuke, nk) == expected
+        nuke.scriptClear()
+        nuke.nodePaste(nk)
+        assert sorted(n.Class() for n in nuke.allNodes()) == expected
 
 
 def test_the_render_is_of_the_viewed_node_at_this_frame_at_full_size(rig, nuke, comp, snap_dir,

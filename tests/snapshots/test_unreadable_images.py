@@ -1,16 +1,18 @@
 """Snapshots whose image can't be shown keep their row: a "cannot read" tile that names the file
-and says why, which can still be deleted like any other; a real one-pixel image is no such case.
-Images whose header lies about their size are tried in a child process, in tests/faults."""
+and says why, and so does the preview; a real one-pixel image is no such case. Images whose header
+lies about their size are tried in a child process, in tests/faults."""
 
 import pytest
-from cobaltRig.qt import QtWidgets
+from cobaltRig.qt import QtCore, QtWidgets
 
+from conftest import enter
 from test_table import write_snapshot
 
 pytestmark = pytest.mark.usefixtures("browser_slot")
 
 
-def test_every_listed_snapshot_keeps_its_row(rig, snap_dir, helper):
+def test_every_listed_snapshot_keeps_its_row_and_the_preview_says_which_cannot_be_read(
+        rig, snap_dir, helper, qtbot):
     good = write_snapshot(snap_dir, 1000)
     dot = write_snapshot(snap_dir, 1001, size=(1, 1))
     (snap_dir / "1002_broken.jpg").write_bytes(b"not an image")
@@ -34,3 +36,17 @@ def test_every_listed_snapshot_keeps_its_row(rig, snap_dir, helper):
     # A one-pixel image is an image: shown in a square row.
     assert dot_row.cannot_read == "" and not dot_row.pixmap.isNull()
     assert table.rowHeight(1) == 200 and good_row.pixmap.size().toTuple() == (200, 100)
+
+    # An arrow onto the broken one shows why in the preview, which then has nothing to zoom.
+    table.setCurrentCell(1, 0)
+    preview = browser.preview_image
+    preview.set_image(good)
+    # Arrows over the preview scroll it; where an earlier test left the pointer must not matter.
+    enter(preview.widget, QtCore.QEvent.Leave)
+    qtbot.keyClick(table, QtCore.Qt.Key_Up)
+    pixmap = preview.image_label.pixmap()
+    assert preview.image == str(snap_dir / "1002_broken.jpg") and preview.isVisible()
+    assert (pixmap is None or pixmap.isNull()) and preview.image_label.text() == "cannot read"
+    assert preview.image_label.toolTip().startswith("cannot read 1002_broken.jpg: ")
+    preview.zoom_in()
+    assert preview.scaleFactor == 1.0
