@@ -136,8 +136,6 @@ def test_a_rubber_band_selects_a_drag_moves_and_undo_takes_back_each_step(demo):
     edit = {a.text(): a for a in demo.menuBar().actions()}["&Edit"].menu()
     edit.aboutToShow.emit()
     actions = {a.text().split()[0]: a for a in edit.actions() if a.text()}
-    assert actions["&Undo"].shortcut() == QtGui.QKeySequence("Ctrl+Z")
-    assert actions["&Redo"].shortcut() == QtGui.QKeySequence("Ctrl+Shift+Z")
     assert not actions["&Redo"].isEnabled()
     demo.graph.frame_all()
     view, blur, merge = demo.graph, nuke.toNode("Blur1"), nuke.toNode("Merge1")

@@ -8,9 +8,11 @@ SLOTS = ("snapshotbrowser", "i", "exportwindow", "settingswindow", "slider", "re
          "commentwindow", "lookdiff")
 
 
-def test_import_leaves_the_host_alone_and_the_process_holds_one_qt(settings_home, run_python):
+def test_import_leaves_the_host_alone_the_process_holds_one_qt_and_exits_cleanly(settings_home,
+                                                                                  run_python):
     # The module is linked against the system's Qt; in a host the binding's Qt is loaded first and
-    # must be the only one, or widgets made on one side are foreign objects on the other.
+    # must be the only one, or widgets made on one side are foreign objects on the other. At exit,
+    # a window that Qt deleted before its holder must not take the host down.
     result = run_python(textwrap.dedent(r"""
         import os, re, nuke, hostctl
         from cobaltRig.qt import BINDING, QtCore, QtWidgets
@@ -29,6 +31,9 @@ def test_import_leaves_the_host_alone_and_the_process_holds_one_qt(settings_home
         with open('/proc/self/maps') as maps:
             cores = {line.split()[-1] for line in maps if re.search(r'libQt[56]Core\.so', line)}
         print(len(cores), BINDING, os.path.dirname(QtCore.__file__), *sorted(cores))
+        m.kept_window = m._testing.BridgeProbe()
+        m.kept_window.widget.deleteLater()
+        QtCore.QCoreApplication.sendPostedEvents(None, QtCore.QEvent.DeferredDelete)
     """ % (SLOTS,)))
     assert result.returncode == 0, result.stderr
     count, binding, binding_dir, *cores = result.stdout.split()

@@ -78,9 +78,7 @@ def test_a_window_deleted_elsewhere_raises_and_reopens(rig, nuke, pool_home, kil
 
     fresh = opener(rig, nuke)
     try:
-        assert fresh is not dead
-        assert getattr(rig, slot) is fresh
-        assert fresh.isVisible()
+        assert fresh is not dead and getattr(rig, slot) is fresh and fresh.isVisible()
         call(fresh)
         with pytest.raises(RuntimeError, match=message):
             call(dead)
