@@ -164,7 +164,7 @@ def test_a_rubber_band_selects_a_drag_moves_and_undo_takes_back_each_step(demo):
     assert [(n.xpos(), n.ypos()) for n in (blur, merge)] == moved
 
 
-def test_the_graph_shows_a_group_inside_and_nodes_made_there_land_in_it(demo):
+def test_the_graph_shows_a_group_inside_nodes_made_there_land_in_it_and_it_follows_changes(demo):
     group = nuke.nodes.Group()
     with group:
         inside = nuke.nodes.Blur()
@@ -177,9 +177,7 @@ def test_the_graph_shows_a_group_inside_and_nodes_made_there_land_in_it(demo):
     assert len(demo.graph.items) == 2 and "Root" in demo.graph.label_path.text()
     demo.graph.leave_to("0")
     assert demo.graph.group is nuke.root() and id(group) in demo.graph.items
-
-
-def test_the_graph_follows_changes_made_elsewhere(demo):
+    # Changes made elsewhere reach the graph and the viewer.
     merge = nuke.toNode("Merge1")
     nuke.delete(merge)
     dot = nuke.nodes.Dot(inputs=[nuke.toNode("Blur1")])
