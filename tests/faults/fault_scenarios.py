@@ -129,9 +129,8 @@ def exercise(root, kind):
                     attempt(lambda: window.insert_in_dag(path))
                 attempt(window.close)
         if kind == "advanced":
-            blur = nuke.nodes.Blur()
-            blur.setSelected(True)
-            window = attempt(rig.export_nodes)
+            nuke.nodes.Blur().setSelected(True)
+            attempt(rig.export_nodes)
             if getattr(rig, "exportwindow", None) is not None:
                 attempt(rig.exportwindow.close)
         if kind == "settings":
