@@ -113,7 +113,8 @@ def check_user_knobs():
     assert knobs["pick"].tooltip() == "the colour to key" and knobs["enabled"].value() is True
     assert knobs["mute1"].label() == "Mute" and knobs["mute1"].getLink() == "GradeLG01_.mute1"
     assert knobs["run"].label() == "run it" and knobs["run"].getFlag(nuke.STARTLINE)
-    assert knobs["mode"].values() == ["fast", "very slow", ""] and knobs["mode"].value() == "very slow"
+    assert knobs["mode"].values() == ["fast", "very slow", ""]
+    assert knobs["mode"].value() == "very slow"
     del hostctl.messages[:]
     knobs["run"].execute()
     assert hostctl.messages == ["ran Controls"]
