@@ -18,6 +18,10 @@ KINDS = ("settings", "advanced", "hotkeys", "metadata", "image", "preset")
 VARIANTS = ("missing", "empty", "truncated", "malformed", "non-utf8", "huge", "unreadable",
             "symlinked", "dangling", "directory")
 HUGE = 10 * 1024 * 1024
+# Where each kind's file lies under a scenario's root.
+TARGETS = {"settings": ("home", "settings.xml"), "advanced": ("home", "advanced_settings.xml"),
+           "hotkeys": ("home", "hotkeys.xml"), "metadata": ("shots", "shot_001.xml"),
+           "image": ("shots", "shot_001.jpg"), "preset": ("pool", "nodes", "Blur", "soft.nk")}
 
 
 def layout(root):
@@ -50,15 +54,7 @@ def layout(root):
 
 
 def target(root, kind):
-    home = os.path.join(root, "home")
-    return {
-        "settings": os.path.join(home, "settings.xml"),
-        "advanced": os.path.join(home, "advanced_settings.xml"),
-        "hotkeys": os.path.join(home, "hotkeys.xml"),
-        "metadata": os.path.join(root, "shots", "shot_001.xml"),
-        "image": os.path.join(root, "shots", "shot_001.jpg"),
-        "preset": os.path.join(root, "pool", "nodes", "Blur", "soft.nk"),
-    }[kind]
+    return os.path.join(root, *TARGETS[kind])
 
 
 def break_file(root, path, variant):
@@ -133,9 +129,8 @@ def exercise(root, kind):
                     attempt(lambda: window.insert_in_dag(path))
                 attempt(window.close)
         if kind == "advanced":
-            blur = nuke.nodes.Blur()
-            blur.setSelected(True)
-            window = attempt(rig.export_nodes)
+            nuke.nodes.Blur().setSelected(True)
+            attempt(rig.export_nodes)
             if getattr(rig, "exportwindow", None) is not None:
                 attempt(rig.exportwindow.close)
         if kind == "settings":

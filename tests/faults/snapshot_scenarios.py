@@ -4,8 +4,10 @@ works on the browser as an artist would, and prints what it was told and saw as 
 
 import json
 import os
+import resource
 import subprocess
 import sys
+import time
 
 from fault_scenarios import outcome_of, snapshot as tree  # noqa: F401  (tree: for the tests)
 
@@ -40,6 +42,10 @@ def _rows(browser):
 
 
 def child(scenario, src=None):
+    if scenario == "zoom" and "asan" not in os.environ.get("LD_PRELOAD", ""):
+        # Guard the machine: a header that claims 14 GB could get them. Sanitizer builds reserve
+        # address space of their own, so the guard is left to the timeout there.
+        resource.setrlimit(resource.RLIMIT_AS, (3 << 30, 3 << 30))
     import nuke  # noqa: F401  (the simulated host makes the application)
     from cobaltRig import cobaltRig_w as rig
     from cobaltRig import helper
@@ -54,6 +60,7 @@ def child(scenario, src=None):
         except Exception as error:  # what the host shows for a failed command
             told.append("{}: {}".format(type(error).__name__, error))
 
+    start = time.monotonic()
     browser = rig.show_snapshot_browser()
     _settle()
     outcome = {"told": told}
@@ -81,4 +88,16 @@ def child(scenario, src=None):
         action.trigger()
         _settle()
         outcome["rows"] = _rows(rig.snapshotbrowser)
+    elif scenario == "zoom":  # each row's tooltip and height, then each preview zoomed far in
+        outcome["rows"] = [(t.get_src(), t.widget.toolTip(), browser.table_thumbs.rowHeight(i))
+                           for i, t in enumerate(browser.get_thumbnails_list())]
+        outcome["previews"] = []
+        for path, _, _ in outcome["rows"]:
+            browser.preview_image.set_image(path)
+            for _ in range(20):
+                browser.preview_image.zoom_in()
+            _settle()
+            outcome["previews"].append(browser.preview_image.image_label.toolTip())
+        outcome["seconds"] = time.monotonic() - start
+        outcome["peak_mb"] = resource.getrusage(resource.RUSAGE_SELF).ru_maxrss / 1024
     print("\nOUTCOME " + json.dumps(outcome), flush=True)

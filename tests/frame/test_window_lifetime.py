@@ -1,6 +1,7 @@
 """Windows whose Qt object someone else deleted: a clear error on every call, and a fresh window on
 the next opening instead of a crash."""
 
+import gc
 import os
 
 import pytest
@@ -77,9 +78,7 @@ def test_a_window_deleted_elsewhere_raises_and_reopens(rig, nuke, pool_home, kil
 
     fresh = opener(rig, nuke)
     try:
-        assert fresh is not dead
-        assert getattr(rig, slot) is fresh
-        assert fresh.isVisible()
+        assert fresh is not dead and getattr(rig, slot) is fresh and fresh.isVisible()
         call(fresh)
         with pytest.raises(RuntimeError, match=message):
             call(dead)
@@ -88,11 +87,17 @@ def test_a_window_deleted_elsewhere_raises_and_reopens(rig, nuke, pool_home, kil
         rig.__dict__.pop(slot, None)
 
 
-def test_a_dead_probe_is_refused_by_its_reaction_path_too(rig, qapp):
+@pytest.mark.parametrize("holder_kept", [True, False])
+def test_children_of_a_deleted_probe_raise_instead_of_crashing(rig, qapp, holder_kept):
     probe = rig._testing.BridgeProbe()
-    button = probe.push_apply
-    delete_later(probe)
-    with pytest.raises(RuntimeError, match="the probe window was closed"):
-        probe.set_reaction(print)
-    with pytest.raises(RuntimeError):
-        button.click()  # the child died with its window; PySide2 says so instead of crashing
+    field = probe.input_text
+    if holder_kept:
+        delete_later(probe)
+        with pytest.raises(RuntimeError, match="the probe window was closed"):
+            probe.set_reaction(print)
+    else:
+        del probe
+        gc.collect()
+        QtCore.QCoreApplication.sendPostedEvents(None, QtCore.QEvent.DeferredDelete)
+    with pytest.raises(RuntimeError, match="already deleted"):
+        field.text()

@@ -5,11 +5,6 @@ import pytest
 import nuke
 
 
-def chain(*classes):
-    """Nodes created one below the other, each fed by the one before."""
-    return [nuke.createNode(cls, inpanel=False) for cls in classes]
-
-
 def test_select_only_replaces_and_set_selected_adds_and_both_keep_other_groups():
     a, b, c = (nuke.nodes.NoOp() for _ in range(3))
     a.selectOnly()
@@ -72,7 +67,7 @@ def test_add_knob_appends_remove_knob_refuses_foreign_knobs_and_knobs_is_a_snaps
 
 @pytest.mark.parametrize("cls", ["Dot", "Viewer", "Group", "Constant"])
 def test_create_node_hooks_below_the_selection_and_only_an_inserting_node_takes_its_outputs(cls):
-    read, blur = chain("CheckerBoard", "Blur")
+    read, blur = (nuke.createNode(cls, inpanel=False) for cls in ("CheckerBoard", "Blur"))
     merge = nuke.nodes.Merge2(inputs=[blur, blur])
     viewer = nuke.nodes.Viewer(inputs=[blur])
     blur.selectOnly()
@@ -84,7 +79,7 @@ def test_create_node_hooks_below_the_selection_and_only_an_inserting_node_takes_
 
 
 def test_delete_hands_outputs_to_input_zero_and_kills_the_handle():
-    read, blur, grade = chain("Read", "Blur", "Grade")
+    read, blur, grade = (nuke.createNode(cls, inpanel=False) for cls in ("Read", "Blur", "Grade"))
     nuke.delete(blur)
     assert grade.input(0) is read
     nuke.delete(read)

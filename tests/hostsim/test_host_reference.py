@@ -1,5 +1,5 @@
 """Where the host is strict: dependencies(), evaluated text knobs, selectedNode(), menu arguments,
-menu commands as undo steps, both forms of Undo, and the operating system's clipboard."""
+menu commands as undo steps, and the operating system's clipboard."""
 
 import pytest
 from cobaltRig.qt import QtWidgets
@@ -111,27 +111,6 @@ def test_a_menu_command_is_one_undo_step_even_when_it_fails(command, name):
     nuke.undo()
     assert nuke.allNodes() == []
     nuke.menu("Nodes").removeItem("entry")
-
-
-@pytest.mark.parametrize("instance_only", [False, True])
-def test_undo_groups_in_the_instance_form_work_in_every_version(instance_only):
-    hostctl.set_undo_instance_only(instance_only)
-    undo = nuke.Undo()
-    undo.begin("Two nodes")
-    nuke.nodes.Blur()
-    nuke.nodes.Grade()
-    undo.end()
-    assert undo.undoSize() == 1 and undo.undoDescribe() == "Two nodes"
-    if instance_only:
-        with pytest.raises(TypeError):
-            nuke.Undo.begin("class level")
-    else:
-        nuke.Undo.begin("class level")
-        nuke.Undo.end()
-    with nuke.Undo():
-        nuke.nodes.Dot()
-    nuke.undo()
-    assert nuke.allNodes("Dot") == [] and undo.undoSize() == 1
 
 
 def test_the_clipboard_is_the_operating_systems():

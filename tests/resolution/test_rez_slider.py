@@ -38,13 +38,6 @@ def window(rig, viewer, writes, qtbot):
     window.close()
 
 
-def test_opens_at_the_viewer_step_without_writing_to_it(rig, window, writes):
-    assert rig.rezslider is window and window.isVisible()
-    assert window.input_rez.text() == "4" and window.slider.sliderPosition() == 2
-    assert window.widget.pos() == CURSOR + QtCore.QPoint(-180, -15)
-    assert writes == []
-
-
 @pytest.mark.parametrize("typed, field, position, last_write", [
     ("0", "1", 0, "0.0"),
     ("00", "1", 0, "0.0"),
@@ -75,8 +68,12 @@ def release(widget, key, text, auto_repeat=False):
     QtWidgets.QApplication.sendEvent(widget, event)
 
 
-def test_the_slider_sets_field_and_viewer_the_hotkey_closes_on_its_real_release_and_escape_too(
-        window, viewer, writes, qtbot):
+def test_it_opens_at_the_viewer_step_the_slider_sets_field_and_viewer_and_the_hotkey_closes_it(
+        rig, window, viewer, writes, qtbot):
+    assert rig.rezslider is window and window.isVisible()
+    assert window.input_rez.text() == "4" and window.slider.sliderPosition() == 2
+    assert window.widget.pos() == CURSOR + QtCore.QPoint(-180, -15) and writes == []
+    # The hotkey closes on its real release (not an auto-repeat), and escape too.
     qtbot.keyPress(window.slider, QtCore.Qt.Key_Right)
     assert window.input_rez.text() == "8" and viewer["downrez"].value() == "8"
     release(window.slider, QtCore.Qt.Key_Y, "y", auto_repeat=True)
