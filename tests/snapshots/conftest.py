@@ -80,7 +80,9 @@ def snapshots_in(directory):
 
 @pytest.fixture
 def browser_slot(rig):
-    """Closes and drops the browser a test opened."""
+    """Closes and drops the browser a test opened. The pointer starts off every window: keys act
+    on what it is over (the preview takes the arrows), wherever an earlier test left it."""
+    QtGui.QCursor.setPos(0, 0)
     yield rig
     window = rig.__dict__.pop("snapshotbrowser", None)
     if window is not None:
