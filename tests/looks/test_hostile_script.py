@@ -30,25 +30,6 @@ def test_a_look_number_out_of_range_is_refused_before_anything_is_stored(rig, nu
         assert blur.knob("looks") is not None and nuke.allNodes("Group") == []
 
 
-@pytest.mark.parametrize("remembered, starts_at", [("99999999999", None), ("-7", 1),
-                                                   ("2147483647", 2)])
-def test_a_remembered_look_out_of_range_is_refused(rig, nuke, chain, open_slider, remembered,
-                                                   starts_at):
-    _, blur, _ = chain
-    store(blur)
-    store(blur)
-    blur["looks"].setTooltip(remembered)
-    blur.selectOnly()
-    if starts_at:
-        window = open_slider()
-        assert window.slider.value() == starts_at
-        window.set_slider_index(-10 ** 20)  # kept within the range, as Qt keeps any value
-        assert window.slider.value() == 1
-    else:
-        with pytest.raises(ValueError, match="Blur1: .* out of range"):
-            open_slider()
-
-
 def test_a_node_named_looks_leaves_the_container_the_next_free_name(rig, nuke, chain, host):
     _, blur, _ = chain
     nuke.nodes.NoOp(name="looks")

@@ -23,26 +23,35 @@ def test_nothing_selected_opens_nothing_and_the_comparison_says_so(rig, nuke, ho
     assert host.messages == ["Select a node to compare its looks."]
 
 
-@pytest.mark.parametrize("shown, left, mix", [
-    ("", 160, 0.9),   # nothing remembered: look 1, nothing applied
-    ("2", 240, 0.2),  # a remembered look of 2 or more is applied again at opening
+@pytest.mark.parametrize("shown, look, mix, offset", [
+    ("", 1, 0.9, -160),   # nothing remembered: look 1, nothing applied
+    ("2", 2, 0.2, -240),  # a remembered look of 2 or more is applied again at opening
+    ("-7", 1, 0.9, 480),  # out of range: kept within it, as Qt keeps any value
+    ("2147483647", 3, 0.3, -2 ** 31),
+    ("99999999999", None, 0.9, None),  # more than the host reads as a whole number: refused
 ])
-def test_the_window_opens_left_of_the_cursor_at_the_remembered_look(rig, nuke, chain,
-                                                                     open_slider, shown, left, mix):
+def test_the_window_opens_left_of_the_cursor_at_the_remembered_look(rig, nuke, chain, open_slider,
+                                                                     shown, look, mix, offset):
     _, blur, _ = chain
     with_looks(nuke, blur, (0.1, 0.2, 0.3))
     blur["looks"].setTooltip(shown)
     blur["mix"].setValue(0.9)
     blur.selectOnly()
 
-    window = open_slider()
-
-    assert rig.slider is window and window.isVisible()
-    widget = window.widget
-    assert widget.pos() == CURSOR + QtCore.QPoint(-left, -15)
-    assert (window.slider.minimum(), window.slider.maximum()) == (1, 3)
-    assert window.input_look.text() == (shown or "1") and window.input_look.maxLength() == 2
-    assert nuke.toNode("Blur1")["mix"].value() == mix
+    if look is None:
+        with pytest.raises(ValueError, match="Blur1: .* out of range"):
+            open_slider()
+        assert nuke.toNode("Blur1")["mix"].value() == mix
+    else:
+        window = open_slider()
+        assert rig.slider is window and window.isVisible()
+        assert window.widget.pos() == CURSOR + QtCore.QPoint(offset, -15)
+        assert (window.slider.minimum(), window.slider.maximum()) == (1, 3)
+        assert window.slider.value() == look and window.input_look.text() == str(look)
+        assert window.input_look.maxLength() == 2
+        assert nuke.toNode("Blur1")["mix"].value() == mix
+        window.set_slider_index(-10 ** 20)  # far beyond an int, kept within the range all the same
+        assert window.slider.value() == 1
 
 
 def test_a_failure_in_the_walk_ends_it_silently(rig, nuke, chain, open_slider, qtbot,
