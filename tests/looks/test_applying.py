@@ -48,20 +48,6 @@ def test_a_look_button_replaces_the_node_keeping_what_the_graph_sees(rig, nuke, 
     assert not again.shown()  # a panel that was closed stays closed
 
 
-def test_look_buttons_come_back_in_text_order(rig, nuke, chain):
-    _, blur, _ = chain
-    for _ in range(10):
-        store(blur)
-    blur.removeKnob(blur["look_preset_5"])
-    new = press(nuke, "Blur1", "look_preset_3")
-    assert look_knobs(new) == ["look_preset_{}".format(i)
-                               for i in ("1", "10", "2", "3", "4", "6", "7", "8", "9")]
-    for name in look_knobs(new):
-        index = name.rsplit("_", 1)[1]
-        assert new[name].label() == index
-        assert new[name].command().endswith("'{}', '{}')".format(new[name].tooltip(), index))
-
-
 @pytest.mark.parametrize("gone, messages", [("copy", ["cannot find preset node"]),
                                            ("container", [])])
 def test_a_missing_copy_or_container_leaves_the_node(rig, nuke, chain, host, gone, messages):

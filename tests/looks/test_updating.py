@@ -21,7 +21,8 @@ def blur_with_looks(rig, nuke, chain):
 
 
 @pytest.mark.parametrize("panel", [UPDATE, DELETE])
-def test_cancelling_changes_nothing(rig, nuke, host, blur_with_looks, panel):
+def test_cancelling_changes_nothing_and_a_node_without_looks_is_offered_none(rig, nuke, host,
+                                                                             blur_with_looks, panel):
     title, pulldown, button = panel
     blur = blur_with_looks
     host.set_clipboard("the artist's copy")
@@ -38,12 +39,23 @@ def test_cancelling_changes_nothing(rig, nuke, host, blur_with_looks, panel):
     assert host.clipboard() == "the artist's copy"
     assert [n.Class() for n in nuke.selectedNodes()] == ["NoOp"]
 
+    grade = nuke.toNode("Grade1")
+    rig.create_looks_widgets(grade)
+    host.queue_panel(1, {})
+    grade[button].execute()
+    assert host.panels_shown[1]["pulldowns"] == {pulldown: []} and look_knobs(grade) == []
+    assert stored_copies(nuke) == copies and len(nuke.allNodes("Group")) == 1
 
-def test_update_overwrites_the_copy_and_keeps_the_uid(rig, nuke, host, blur_with_looks):
-    blur = blur_with_looks
-    blur = rig.apply_preset(blur, blur["look_preset_1"].tooltip(), "1")
-    uid = blur["look_preset_2"].tooltip()
-    command = blur["look_preset_2"].command()
+
+def test_update_keeps_the_uid_and_delete_leaves_the_gap(rig, nuke, host, blur_with_looks):
+    blur = rig.apply_preset(blur_with_looks, blur_with_looks["look_preset_1"].tooltip(), "1")
+    # Applying rebuilds the look buttons in text order, each still calling its own look.
+    assert look_knobs(blur) == ["look_preset_1", "look_preset_10", "look_preset_2"]
+    for name in look_knobs(blur):
+        index = name.rsplit("_", 1)[1]
+        assert blur[name].label() == index
+        assert blur[name].command().endswith("'{}', '{}')".format(blur[name].tooltip(), index))
+    uid, command = blur["look_preset_2"].tooltip(), blur["look_preset_2"].command()
     blur["mix"].setValue(0.9)
     host.queue_panel(1, {UPDATE[1]: "2"})
 
@@ -55,28 +67,14 @@ def test_update_overwrites_the_copy_and_keeps_the_uid(rig, nuke, host, blur_with
     assert copy["mix"].value() == 0.9 and look_knobs(copy) == []
     assert len(stored_copies(nuke)) == 10
     blur["look_preset_2"].execute()
-    assert nuke.toNode("Blur1")["mix"].value() == 0.9
+    blur = nuke.toNode("Blur1")
+    assert blur["mix"].value() == 0.9
 
-
-def test_delete_removes_knob_and_copy_and_leaves_the_gap(rig, nuke, host, blur_with_looks):
-    blur = blur_with_looks
     uid = blur["look_preset_10"].tooltip()
     host.queue_panel(1, {DELETE[1]: "10"})
-
     blur["look_delete"].execute()
-
     assert look_knobs(blur) == ["look_preset_1", "look_preset_2"]
     assert uid not in stored_copies(nuke) and len(stored_copies(nuke)) == 9
     assert blur.knob("looks") is not None and host.messages == []
     store(blur)
     assert look_knobs(blur)[-1] == "look_preset_3"
-
-
-@pytest.mark.parametrize("panel", [UPDATE, DELETE])
-def test_a_node_without_looks_offers_an_empty_pulldown(rig, nuke, host, chain, panel):
-    _, blur, _ = chain
-    rig.create_looks_widgets(blur)
-    host.queue_panel(1, {})
-    blur[panel[2]].execute()
-    assert host.panels_shown[0]["pulldowns"] == {panel[1]: []}
-    assert look_knobs(blur) == [] and nuke.allNodes("Group") == []
