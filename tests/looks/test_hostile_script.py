@@ -1,12 +1,12 @@
-"""What a script may hold that the add-on did not write: huge numbers, a node already named
-`looks`, tooltips full of quotes. Each ends in the look working or a clear message."""
+"""What a script may hold that the add-on did not write: huge look numbers and tooltips full of
+quotes. Each ends in the look working or a clear message."""
 
 import ast
 
 import pytest
 from cobaltRig import helper
 
-from looks_testing import look_knobs, store, stored_copies
+from looks_testing import look_knobs, store
 
 
 @pytest.mark.parametrize("index, message", [
@@ -28,18 +28,6 @@ def test_a_look_number_out_of_range_is_refused_before_anything_is_stored(rig, nu
             store(blur)
         assert look_knobs(blur) == ["look_preset_{}".format(index)]
         assert blur.knob("looks") is not None and nuke.allNodes("Group") == []
-
-
-def test_a_node_named_looks_leaves_the_container_the_next_free_name(rig, nuke, chain, host):
-    _, blur, _ = chain
-    nuke.nodes.NoOp(name="looks")
-    store(blur)
-    store(blur)
-    [container] = [n for n in nuke.allNodes("Group") if n.knob("looks_group")]
-    assert container.name() == "looks1" and nuke.toNode("looks").Class() == "NoOp"
-    assert len(stored_copies(nuke)) == 2
-    blur["look_preset_1"].execute()
-    assert host.messages == []
 
 
 @pytest.mark.parametrize("broken, stored_before", [

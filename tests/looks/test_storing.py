@@ -6,8 +6,12 @@ from cobaltRig import helper
 from looks_testing import look_knobs, store, stored_copies
 
 
-def test_first_and_second_store_make_knobs_copies_and_one_container(rig, nuke, chain):
+@pytest.mark.parametrize("artist_node, name", [(None, "looks"), ("NoOp", "looks1")])
+def test_first_and_second_store_make_knobs_copies_and_one_container(rig, nuke, chain, host,
+                                                                    artist_node, name):
     _, blur, _ = chain
+    if artist_node:  # the artist's own node already goes by the container's name
+        nuke.createNode(artist_node, "name looks", inpanel=False)
     blur["label"].setValue("artist's label")
     store(blur)
     blur["mix"].setValue(0.25)
@@ -21,7 +25,8 @@ def test_first_and_second_store_make_knobs_copies_and_one_container(rig, nuke, c
     assert blur["label"].value() == "artist's label" and blur["looks"].tooltip() == ""
 
     [container] = [n for n in nuke.allNodes("Group")]
-    assert container.name() == "looks" and container["tile_color"].value() == 0x089AFDFF
+    assert container.name() == name and nuke.toNode("looks").Class() == (artist_node or "Group")
+    assert container["tile_color"].value() == 0x089AFDFF
     assert [k.name() for k in container.allKnobs()][-3:] == ["looks", "notice", "looks_group"]
     assert container["notice"].value() == "looks container. Don't delete this node"
     assert not container["looks_group"].visible()
@@ -33,6 +38,8 @@ def test_first_and_second_store_make_knobs_copies_and_one_container(rig, nuke, c
     for copy in copies.values():
         assert copy.inputs() == 0 and look_knobs(copy) == []
         assert copy.knob("look_new") is not None  # the look widgets travel with the copy
+    blur["look_preset_1"].execute()  # the container is found by its knob, whatever its name
+    assert nuke.toNode("Blur1")["mix"].value() == 1.0 and host.messages == []
 
 
 def test_nodes_of_different_classes_share_the_container_and_count_their_own(rig, nuke, chain):

@@ -21,8 +21,8 @@ def blur_with_looks(rig, nuke, chain):
 
 
 @pytest.mark.parametrize("panel", [UPDATE, DELETE])
-def test_cancelling_changes_nothing_and_a_node_without_looks_is_offered_none(rig, nuke, host,
-                                                                             blur_with_looks, panel):
+def test_cancelling_changes_nothing_and_a_node_without_looks_is_offered_none(
+        rig, nuke, host, blur_with_looks, panel):
     title, pulldown, button = panel
     blur = blur_with_looks
     host.set_clipboard("the artist's copy")
