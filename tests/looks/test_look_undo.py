@@ -1,19 +1,12 @@
 """Every look operation is one named step of the host's undo list: one undo gives back the script
 exactly as it was, one redo the result."""
 
+from types import SimpleNamespace
+
 import pytest
 from cobaltRig.qt import QtCore
 
 from looks_testing import chain_in, press, select, with_looks
-
-
-class Scene:
-    def __init__(self, rig, nuke, host, group, open_slider, qtbot):
-        self.rig, self.nuke, self.host, self.group = rig, nuke, host, group
-        self.open_slider, self.qtbot = open_slider, qtbot
-        _, self.blur, self.grade = chain_in(nuke, group)
-        with_looks(nuke, self.blur, (0.1, 0.2))
-        self.blur["mix"].setValue(0.9)
 
 
 # Each operation yields once, just before the act whose undo step is checked.
@@ -71,8 +64,11 @@ def test_one_undo_takes_the_operation_back_and_one_redo_brings_it_again(
         rig, nuke, host, open_slider, qtbot, where, operation, step_name):
     host.set_undo_instance_only(where == "instance-only undo")  # as some host versions have it
     group = nuke.nodes.Group() if where == "group" else nuke.root()
-    scene = Scene(rig, nuke, host, group, open_slider, qtbot)
-    act = operation(scene)
+    _, blur, grade = chain_in(nuke, group)
+    with_looks(nuke, blur, (0.1, 0.2))
+    blur["mix"].setValue(0.9)
+    act = operation(SimpleNamespace(rig=rig, host=host, group=group, blur=blur, grade=grade,
+                                    open_slider=open_slider, qtbot=qtbot))
     next(act)
     before, steps = host.script_text(), nuke.Undo().undoSize()
 
