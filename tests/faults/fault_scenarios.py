@@ -1,10 +1,6 @@
-"""Broken files put in front of the add-on's public entry points, in this process or in a child
-running as an unprivileged user (an unreadable file means nothing to root).
-
-A scenario lays out a settings home with a pool, one snapshot and one preset, breaks the file of
-one kind in one way, runs the entry points that read that kind, and returns what the user was told:
-exceptions, message boxes, host messages and console text.
-"""
+"""Broken files put in front of the add-on's public entry points, here or in a child that file
+modes bind: a scenario lays out a settings home with a pool, a snapshot and a preset, breaks one
+kind of file one way, runs the entry points that read it, and gives what the user was told."""
 
 import contextlib
 import importlib
@@ -185,10 +181,8 @@ def run(root, kind, variant):
 
 
 def unprivileged(argv):
-    """`argv` as a command that file modes bind. Root reads and writes past them; as root the
-    child runs without the two capabilities that allow it, and stays root, so the checkout and the
-    interpreter are reachable wherever they lie (a fresh clone in a folder open to its owner alone
-    is not reachable for another user)."""
+    """`argv` as a command that file modes bind: as root, without the two capabilities that pass
+    them, yet still root, so a checkout in a folder open to its owner alone stays reachable."""
     if os.geteuid() != 0:
         return argv
     caps = "-dac_override,-dac_read_search"

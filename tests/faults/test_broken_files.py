@@ -16,11 +16,6 @@ HARMLESS = {"symlinked", "huge"}
 PRESET_GONE = "The file wasn't found. It doesn't exist anymore."
 
 
-@pytest.fixture
-def root(host, tmp_path):
-    return str(tmp_path)
-
-
 def allowed_change(root, kind, variant, path):
     """Files the entry points may write: the file under test (when they could read it or it was
     missing) and, for a missing settings file, the default pool it lays out."""
@@ -38,15 +33,16 @@ CASES = [pytest.param(kind, variant, id="{}-{}".format(kind, variant))
 
 
 @pytest.mark.parametrize("kind, variant", CASES)
-def test_a_broken_file_ends_in_words_and_changes_nothing_else(root, kind, variant):
+def test_a_broken_file_ends_in_words_and_changes_nothing_else(host, tmp_path, kind, variant):
+    root = str(tmp_path)
     if variant == "unreadable":
         outcome = scenarios.run_unprivileged(root, kind, variant)
     else:
         outcome = scenarios.run(root, kind, variant)
 
     before, after = outcome["before"], outcome["after"]
-    changed = sorted(p for p in set(before) | set(after)
-                     if before.get(p) != after.get(p) and not allowed_change(root, kind, variant, p))
+    changed = sorted(p for p in set(before) | set(after) if before.get(p) != after.get(p)
+                     and not allowed_change(root, kind, variant, p))
     assert changed == [], "files changed: {}".format(changed)
     assert not [p for p in after if p.endswith(".tmp")], "a temporary was left"
 

@@ -33,10 +33,9 @@ def temporaries(folder):
 
 
 def kill_rounds(seed, folder, write_forever, check, write_next):
-    """Forks a child that writes forever and kills it, at random moments on odd rounds and, on
-    even ones, the moment a temporary exists (between its creation and the rename); then checks
-    the file is whole and that the next write sweeps what the killed one left. Gives the number
-    of aimed kills that met a temporary."""
+    """Kills a child that writes forever, at random on odd rounds and, on even ones, the moment a
+    temporary exists; checks the file is whole and that the next write sweeps what the killed one
+    left. Gives the number of aimed kills that met a temporary."""
     chance = random.Random(seed)
     aimed_hits = 0
     started = time.monotonic()

@@ -8,6 +8,7 @@ import signal
 import time
 
 import pytest
+from cobaltRig import helper
 from cobaltRig.qt import QtGui, QtWidgets
 
 import snapshot_scenarios as scenarios
@@ -30,8 +31,6 @@ def write_snapshot(directory, stem, metadata=METADATA.format("", "c", "")):
 
 @pytest.fixture
 def shots(tmp_path, settings_home, rig):
-    from cobaltRig import helper
-
     directory = tmp_path / "snapshots" / "shot"
     directory.mkdir(parents=True)
     helper.update_settings({"snapshotbrowser_root": str(directory.parent),
@@ -66,8 +65,6 @@ def test_hostile_metadata_is_refused_by_name_and_its_snapshot_shows_without_mark
 
 
 def test_pipes_under_snapshot_names_are_not_read(shots):
-    from cobaltRig import helper
-
     src = write_snapshot(shots, "1000_comp")
     os.remove(src[:-4] + ".xml")
     os.mkfifo(src[:-4] + ".xml")
@@ -89,10 +86,9 @@ def test_a_window_replaced_during_the_flush_question_flushes_and_the_new_one_sho
     assert os.listdir(str(shots)) == [] and outcome["rows"] == []
 
 
-def split_stems(a, b):
-    def stems(folder):
-        return {os.path.splitext(n)[0] for n in os.listdir(folder)}
-    return stems(a) & stems(b)
+def split_stems(*folders):
+    stems = [{os.path.splitext(n)[0] for n in os.listdir(f)} for f in folders]
+    return set.intersection(*stems)
 
 
 def test_a_move_killed_half_way_is_finished_when_the_browser_opens_again(rig, shots):
