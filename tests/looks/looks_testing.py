@@ -29,7 +29,6 @@ def with_looks(nuke, node, mixes):
 
 
 def chain_in(nuke, group):
-    """CheckerBoard -> Blur -> Grade inside that group."""
     with group:
         return tuple(nuke.createNode(c, inpanel=False) for c in ("CheckerBoard", "Blur", "Grade"))
 
@@ -48,7 +47,6 @@ def select(*nodes):
         node.setSelected(True)
 
 
-def press(qtbot, window, key):
-    """A key stroke on the look slider."""
+def press(qtbot, window, key):  # on the look slider
     qtbot.keyPress(window.slider, key)
     qtbot.keyRelease(window.slider, key)

@@ -11,9 +11,8 @@ EXPRESSION = "{{parent.mix*0.5}}"
 
 
 def grade_with_looks(nuke, host, tmp_path, depth=0):
-    """Grade1 with three looks that change different knobs (look 3 also has a user knob the node
-    lost since), then read back from a script where the node's `add` is animated and its
-    `blackpoint` an expression. Gives the node's full name."""
+    """Grade1 with three looks of different knobs (look 3's user knob lost since), read back with
+    `add` animated and `blackpoint` an expression. Gives the node's full name."""
     group = nested_group(nuke, depth)
     with group:
         grade = nuke.createNode("Grade", inpanel=False)
@@ -63,17 +62,6 @@ def is_dimmed(window, knob, column):
     return window.table_looks.item(row, column).foreground().style() != QtCore.Qt.BrushStyle.NoBrush
 
 
-def break_copy(nuke, how, copy):
-    if how == "another class":
-        with nuke.toNode("looks"):
-            nuke.nodes.Blur(label=copy["label"].value())
-    elif how == "inside a Group":
-        with nuke.toNode("looks"):
-            copy.selectOnly()
-            nuke.makeGroup(False)
-    nuke.delete(copy)
-
-
 TABLE = {
     "blackpoint": ["parent.mix*0.5", "0 0 0 0", "0 0 0 0", "0 0 0 0"],
     "white": ["1 1 1 1", "2 2 2 2", "1 1 1 1", "1 1 1 1"],
@@ -95,8 +83,15 @@ def test_each_look_shows_the_knobs_it_changes_or_why_it_cannot(rig, nuke, host, 
                                                                 open_diff, depth, how, reason):
     name = grade_with_looks(nuke, host, tmp_path, depth)
     if how:
-        break_copy(nuke, how, stored_copies(nuke)[nuke.toNode(name)["look_preset_2"].tooltip()])
-    nuke.toNode(name).selectOnly()
+        copy = stored_copies(nuke)[nuke.toNode(name)["look_preset_2"].tooltip()]
+        with nuke.toNode("looks"):
+            if how == "another class":
+                nuke.nodes.Blur(label=copy["label"].value())
+            elif how == "inside a Group":
+                copy.selectOnly()
+                nuke.makeGroup(False)
+        nuke.delete(copy)
+    nuke.toNode(name).selectOnly()  # as opening does, so that the script text compares
     before = host.script_text()
     window = open_diff(name)
     headers, rows = table(window)
