@@ -10,14 +10,15 @@ from looks_testing import chain_in, press, select, with_looks
 
 
 # Each operation yields once, just before the act whose undo step is checked.
-def store(s):
-    yield
-    s.blur["look_new"].execute()
+def button(name, look=None):
+    """Presses a button of the blur; `look` is the one its panel's pulldown is set to."""
+    def operation(s):
+        if look:
+            s.host.queue_panel(1, {"Select a preset to " + name[len("look_"):]: look})
+        yield
+        s.blur[name].execute()
 
-
-def apply_by_button(s):
-    yield
-    s.blur["look_preset_1"].execute()
+    return operation
 
 
 def slider_step(s):
@@ -25,18 +26,6 @@ def slider_step(s):
     window = s.open_slider()
     yield
     press(s.qtbot, window, QtCore.Qt.Key_Right)
-
-
-def update(s):
-    s.host.queue_panel(1, {"Select a preset to update": "1"})
-    yield
-    s.blur["look_update"].execute()
-
-
-def delete(s):
-    s.host.queue_panel(1, {"Select a preset to delete": "2"})
-    yield
-    s.blur["look_delete"].execute()
 
 
 def store_selection(s):
@@ -56,8 +45,9 @@ def remove_looks(s):
 
 @pytest.mark.parametrize("where", ["root", "group", "instance-only undo"])
 @pytest.mark.parametrize("operation, step_name", [
-    (store, "Store look"), (apply_by_button, "Apply look 1"), (slider_step, "Apply look 2"),
-    (update, "Update look 1"), (delete, "Delete look 2"), (store_selection, "Store looks"),
+    (button("look_new"), "Store look"), (button("look_preset_1"), "Apply look 1"),
+    (slider_step, "Apply look 2"), (button("look_update", "1"), "Update look 1"),
+    (button("look_delete", "2"), "Delete look 2"), (store_selection, "Store looks"),
     (remove_looks, "Remove looks"),
 ])
 def test_one_undo_takes_the_operation_back_and_one_redo_brings_it_again(

@@ -11,13 +11,8 @@ UPDATE = "Select a preset to update"
 
 def merge_wired(*wired):
     """A Merge2 fed on these input numbers only, each by a node of its own."""
-    def make(nuke):
-        merge = nuke.nodes.Merge2()
-        for i in wired:
-            merge.setInput(i, nuke.nodes.Constant())
-        return merge
-
-    return make
+    return lambda nuke: nuke.nodes.Merge2(
+        inputs=[nuke.nodes.Constant() if i in wired else None for i in range(3)])
 
 
 def expression_on_another_node(nuke):

@@ -2,7 +2,7 @@
 
 import pytest
 
-from looks_testing import look_knobs, store, stored_copies
+from looks_testing import look_knobs, store, stored_copies, with_looks
 
 UPDATE = ("Update preset", "Select a preset to update", "look_update")
 DELETE = ("Delete preset", "Select a preset to delete", "look_delete")
@@ -11,10 +11,7 @@ DELETE = ("Delete preset", "Select a preset to delete", "look_delete")
 @pytest.fixture
 def blur_with_looks(rig, nuke, chain):
     """Blur1 with looks 1, 2 and 10, mix 1.0, 0.2 and 0.3 respectively."""
-    _, blur, _ = chain
-    for mix in (1.0, 0.2) + (0.3,) * 8:
-        blur["mix"].setValue(mix)
-        store(blur)
+    blur = with_looks(nuke, chain[1], (1.0, 0.2) + (0.3,) * 8)
     for index in range(3, 10):
         blur.removeKnob(blur["look_preset_{}".format(index)])
     return blur
