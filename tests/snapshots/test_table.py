@@ -206,7 +206,8 @@ def test_delete_takes_the_top_row_of_each_selected_range(rig, helper, snap_dir, 
     assert helper.load_settings()["current_snapshot_preview"] == images[0]
 
 
-def test_move_skips_the_own_directory_and_moves_whole_triads(rig, helper, snap_dir):
+def test_move_skips_the_own_directory_and_moves_whole_triads_within_the_saved_root(
+        rig, helper, snap_dir, tmp_path):
     images = [write_snapshot(snap_dir, 1000 + i, comment="c", nk=i != 1) for i in range(3)][::-1]
     other = snap_dir.parent / "other"
     other.mkdir()
@@ -226,6 +227,15 @@ def test_move_skips_the_own_directory_and_moves_whole_triads(rig, helper, snap_d
     assert browser.row_sources() == [images[2]]
     assert snapshots_in(other) == ["1001_comp.jpg", "1001_comp.xml",
                                    "1002_comp.jpg", "1002_comp.nk", "1002_comp.xml"]
+    # After a new root is saved in the panel, its directories are where a move goes.
+    new_root = tmp_path / "new root"
+    (new_root / "elsewhere").mkdir(parents=True)
+    browser.push_settings.click()
+    browser.input_snapshotbrowser_root.setText(str(new_root))
+    browser.push_save_settings.click()
+    select_rows(browser, (0, 0))
+    move_action(browser.get_thumbnails_list()[0], "elsewhere").trigger()
+    assert len(os.listdir(str(new_root / "elsewhere"))) == 3 and not os.path.exists(images[2])
 
 
 def test_a_move_failing_half_way_puts_the_triad_back_and_says_where(rig, snap_dir, capsys):
