@@ -49,7 +49,7 @@ def stems(directory):
 
 
 def test_only_rows_in_view_are_read_on_this_thread_until_scrolled_to(rig, snap_dir, helper,
-                                                                    monkeypatch):
+                                                                    monkeypatch, qtlog):
     helper.update_xml("snapshotbrowser_size_current", "900,400")
     for i in range(40):
         write_snapshot(snap_dir, 1000 + i, size=(400, 400), comment="take {}".format(i))
@@ -77,6 +77,14 @@ def test_only_rows_in_view_are_read_on_this_thread_until_scrolled_to(rig, snap_d
     assert thumbs[-1].pixmap.size().toTuple() == (200, 200)
     # A script sees the marks of any row, in view or not.
     assert thumbs[20].widget.toolTip() == "take 19"
+    # A resize scales only the rows that hold pixels.
+    assert thumbs[20].pixmap.isNull()
+    for size in [(950, 450), (1000, 500), (960, 480)]:
+        browser.widget.resize(*size)
+        QtWidgets.QApplication.processEvents()
+    browser.splitter.setSizes([300, 600])
+    browser.adjust_splitter_sizes()
+    assert [r.message for r in qtlog.records if "null pixmap" in r.message] == []
 
 
 def test_sizes_read_side_by_side_keep_each_row_its_own(rig, snap_dir, tmp_path):
