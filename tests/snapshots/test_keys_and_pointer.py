@@ -23,8 +23,7 @@ def shots(snap_dir):
 
 @pytest.fixture
 def dialogs():
-    """Titles of the modal dialogs that opened, each closed at once, so that a wrong key cannot
-    leave the test waiting on a dialog."""
+    """Titles of the modal dialogs that opened, each closed at once: a wrong key never hangs."""
     seen = []
 
     def close_modal():

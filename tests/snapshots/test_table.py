@@ -91,13 +91,11 @@ def test_sizes_read_side_by_side_keep_each_row_its_own(rig, snap_dir, tmp_path):
     # The broken images make the readers warn through Qt's message handler, which the test
     # runner hands to Python: readers on other threads must not wait on the interpreter forever.
     shapes = {0: (200, 100), 1: (200, 50), 2: None}
-    wide, tall = write_snapshot(tmp_path, 1), write_snapshot(tmp_path, 2, size=(200, 50))
+    (tmp_path / "broken.jpg").write_bytes(b"not an image")
+    copied = [write_snapshot(tmp_path, 1), write_snapshot(tmp_path, 2, size=(200, 50)),
+              str(tmp_path / "broken.jpg")]
     for i in range(600):
-        stem = snap_dir / "{}_comp".format(1000 + i)
-        if shapes[i % 3] is None:
-            (stem.parent / (stem.name + ".jpg")).write_bytes(b"not an image")
-        else:
-            shutil.copy(wide if i % 3 == 0 else tall, str(stem) + ".jpg")
+        shutil.copy(copied[i % 3], str(snap_dir / "{}_comp.jpg".format(1000 + i)))
 
     browser = rig.show_snapshot_browser()
 
@@ -108,7 +106,6 @@ def test_sizes_read_side_by_side_keep_each_row_its_own(rig, snap_dir, tmp_path):
     # An image that can't be read stands as a tile half as high as the column is wide.
     heights = [table.rowHeight(row) for row in range(600)]
     assert heights == [(shapes[i % 3] or (200, 100))[1] for i in newest_first]
-    assert table.rowCount() == 600
 
 
 @pytest.mark.parametrize("remembered, shown_row", [(1, 1), (None, 0)])
