@@ -68,38 +68,31 @@ def test_it_opens_frameless_on_top_centred_with_tool_tips_if_switched_on_and_a_h
     assert shown == ["changelog", "about"]
 
 
-def test_missing_directories_are_made_and_an_empty_root_becomes_the_default(rig, helper,
-                                                                            tmp_path):
-    current = tmp_path / "elsewhere" / "new shot"
-    helper.update_settings({"snapshotbrowser_root": "", "current_snapshot_dir": str(current)})
-
-    browser = rig.show_snapshot_browser()
-
-    default = helper.get_default_snapshot_root_dir()
-    assert helper.load_settings()["snapshotbrowser_root"] == default
-    assert browser.snapshotbrowser_root == default and os.path.isdir(default)
-    assert browser.input_snapshotbrowser_root.text() == default
-    assert current.is_dir()
-
-
 @pytest.mark.parametrize("which, text", [
+    (None, None),
     ("root", "Cannot create snapshot browser root directory at: '{}'. Please choose a different "
              "path"),
     ("current", "Cannot create current snapshot directory at: '{}'."),
 ])
-def test_a_directory_that_cannot_be_made_stops_the_window_after_its_message(
+def test_missing_directories_are_made_or_one_that_cannot_be_stops_the_window_after_its_message(
         rig, helper, tmp_path, messages, capsys, which, text):
     blocker = tmp_path / "a file"
     blocker.write_text("")
     bad = str(blocker / "snapshots")
-    if which == "root":
-        helper.update_xml("snapshotbrowser_root", bad)
-    else:
-        helper.update_settings({"snapshotbrowser_root": str(tmp_path / "root"),
-                                "current_snapshot_dir": bad})
+    current = bad if which == "current" else str(tmp_path / "elsewhere" / "new shot")
+    helper.update_settings({"snapshotbrowser_root": bad if which == "root" else "",
+                            "current_snapshot_dir": current})
 
     browser = rig.show_snapshot_browser()
 
+    if which is None:
+        # An empty root becomes the default.
+        default = helper.get_default_snapshot_root_dir()
+        assert helper.load_settings()["snapshotbrowser_root"] == default
+        assert browser.snapshotbrowser_root == default and os.path.isdir(default)
+        assert browser.input_snapshotbrowser_root.text() == default
+        assert os.path.isdir(current) and messages == []
+        return
     assert messages == [text.format(bad)]
     assert browser.preview_image is None and browser.table_thumbs is None
     assert rig.snapshotbrowser is browser
