@@ -120,11 +120,21 @@ def test_a_second_opening_or_a_size_button_replaces_the_window_and_nothing_keeps
     QtCore.QCoreApplication.sendPostedEvents(None, QtCore.QEvent.DeferredDelete)
     assert first_widget() is None and destroyed == [True]
 
+    second.widget.destroyed.connect(lambda *a: destroyed.append("second"))
+    second_widget = weakref.ref(second)
     second.push_custom_size.click()
 
     third = rig.snapshotbrowser
     assert third is not second and not second.isVisible()
     assert third.widget.size().toTuple() == (700, 450)
+    # A window its own button replaced lives until the last step of its fade out.
+    del second
+    gc.collect()
+    QtCore.QCoreApplication.sendPostedEvents(None, QtCore.QEvent.DeferredDelete)
+    assert destroyed == [True] and second_widget() is not None
+    qtbot.waitUntil(lambda: second_widget() is None, timeout=3000)
+    QtCore.QCoreApplication.sendPostedEvents(None, QtCore.QEvent.DeferredDelete)
+    assert destroyed == [True, "second"]
     assert helper.load_settings()["snapshotbrowser_size_current"] == "700,450"
     third.push_close.click()
     qtbot.waitUntil(lambda: not third.isVisible(), timeout=3000)
@@ -132,6 +142,9 @@ def test_a_second_opening_or_a_size_button_replaces_the_window_and_nothing_keeps
     # A closed browser in its slot is still refreshed by a snapshot.
     rig.snapshot()
     assert len(third.row_sources()) == 1
+    third.push_maximize.click()
+    screen = QtGui.QGuiApplication.primaryScreen().geometry()
+    assert rig.snapshotbrowser.widget.size() == screen.size()
 
 
 def test_a_browser_deleted_elsewhere_is_refused_and_replaced(rig, snap_dir, comp, messages):
