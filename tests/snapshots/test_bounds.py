@@ -1,31 +1,24 @@
-"""What the browser holds and how far it goes: the zoom stays within bounds of the fitted image,
-fit shows the whole image, and only the rows that hold pixels are scaled."""
+"""How far the preview goes: the zoom stays within bounds of the fitted image, and fit shows the
+whole image."""
 
 import pytest
 from cobaltRig.qt import QtCore, QtWidgets
 
 from conftest import write_jpg
-from test_table import write_snapshot
 
 pytestmark = pytest.mark.usefixtures("browser_slot")
 
 Qt = QtCore.Qt
 
 
-def open_on(rig, helper, image, size="1200,800"):
-    helper.update_xml("snapshotbrowser_size_current", size)
-    helper.update_xml("current_snapshot_preview", image)
-    browser = rig.show_snapshot_browser()
-    QtWidgets.QApplication.processEvents()
-    return browser
-
-
 @pytest.mark.parametrize("shape", [(480, 270), (300, 900)], ids=["landscape", "portrait"])
 def test_fit_shows_the_whole_image_and_the_zoom_steps_from_it_within_bounds(rig, helper,
                                                                              snap_dir, shape):
     image = write_jpg(snap_dir / "1700000000_comp.jpg", *shape)
-    browser = open_on(rig, helper, image)
-    preview = browser.preview_image
+    helper.update_settings({"snapshotbrowser_size_current": "1200,800",
+                            "current_snapshot_preview": image})
+    preview = rig.show_snapshot_browser().preview_image
+    QtWidgets.QApplication.processEvents()
     view = preview.scroll_area.maximumViewportSize()
 
     preview.normal_size()
@@ -55,17 +48,3 @@ def test_fit_shows_the_whole_image_and_the_zoom_steps_from_it_within_bounds(rig,
         preview.zoom_out()
     assert preview.scaleFactor >= 1 / 8
     assert preview.image_label.width() >= whole.width() // 8
-
-
-def test_resizing_scales_only_the_rows_that_hold_pixels(rig, helper, snap_dir, qtlog):
-    images = [write_snapshot(snap_dir, 1000 + i) for i in range(60)]
-    browser = open_on(rig, helper, images[-1], size="900,400")
-    assert browser.get_thumbnails_list()[-1].pixmap.isNull()
-
-    for size in [(950, 450), (1000, 500), (960, 480)]:
-        browser.widget.resize(*size)
-        QtWidgets.QApplication.processEvents()
-    browser.splitter.setSizes([300, 600])
-    browser.adjust_splitter_sizes()
-
-    assert [r.message for r in qtlog.records if "null pixmap" in r.message] == []

@@ -68,38 +68,31 @@ def test_it_opens_frameless_on_top_centred_with_tool_tips_if_switched_on_and_a_h
     assert shown == ["changelog", "about"]
 
 
-def test_missing_directories_are_made_and_an_empty_root_becomes_the_default(rig, helper,
-                                                                            tmp_path):
-    current = tmp_path / "elsewhere" / "new shot"
-    helper.update_settings({"snapshotbrowser_root": "", "current_snapshot_dir": str(current)})
-
-    browser = rig.show_snapshot_browser()
-
-    default = helper.get_default_snapshot_root_dir()
-    assert helper.load_settings()["snapshotbrowser_root"] == default
-    assert browser.snapshotbrowser_root == default and os.path.isdir(default)
-    assert browser.input_snapshotbrowser_root.text() == default
-    assert current.is_dir()
-
-
 @pytest.mark.parametrize("which, text", [
+    (None, None),
     ("root", "Cannot create snapshot browser root directory at: '{}'. Please choose a different "
              "path"),
     ("current", "Cannot create current snapshot directory at: '{}'."),
 ])
-def test_a_directory_that_cannot_be_made_stops_the_window_after_its_message(
+def test_missing_directories_are_made_or_one_that_cannot_be_stops_the_window_after_its_message(
         rig, helper, tmp_path, messages, capsys, which, text):
     blocker = tmp_path / "a file"
     blocker.write_text("")
     bad = str(blocker / "snapshots")
-    if which == "root":
-        helper.update_xml("snapshotbrowser_root", bad)
-    else:
-        helper.update_settings({"snapshotbrowser_root": str(tmp_path / "root"),
-                                "current_snapshot_dir": bad})
+    current = bad if which == "current" else str(tmp_path / "elsewhere" / "new shot")
+    helper.update_settings({"snapshotbrowser_root": bad if which == "root" else "",
+                            "current_snapshot_dir": current})
 
     browser = rig.show_snapshot_browser()
 
+    if which is None:
+        # An empty root becomes the default.
+        default = helper.get_default_snapshot_root_dir()
+        assert helper.load_settings()["snapshotbrowser_root"] == default
+        assert browser.snapshotbrowser_root == default and os.path.isdir(default)
+        assert browser.input_snapshotbrowser_root.text() == default
+        assert os.path.isdir(current) and messages == []
+        return
     assert messages == [text.format(bad)]
     assert browser.preview_image is None and browser.table_thumbs is None
     assert rig.snapshotbrowser is browser
@@ -127,11 +120,21 @@ def test_a_second_opening_or_a_size_button_replaces_the_window_and_nothing_keeps
     QtCore.QCoreApplication.sendPostedEvents(None, QtCore.QEvent.DeferredDelete)
     assert first_widget() is None and destroyed == [True]
 
+    second.widget.destroyed.connect(lambda *a: destroyed.append("second"))
+    second_widget = weakref.ref(second)
     second.push_custom_size.click()
 
     third = rig.snapshotbrowser
     assert third is not second and not second.isVisible()
     assert third.widget.size().toTuple() == (700, 450)
+    # A window its own button replaced lives until the last step of its fade out.
+    del second
+    gc.collect()
+    QtCore.QCoreApplication.sendPostedEvents(None, QtCore.QEvent.DeferredDelete)
+    assert destroyed == [True] and second_widget() is not None
+    qtbot.waitUntil(lambda: second_widget() is None, timeout=3000)
+    QtCore.QCoreApplication.sendPostedEvents(None, QtCore.QEvent.DeferredDelete)
+    assert destroyed == [True, "second"]
     assert helper.load_settings()["snapshotbrowser_size_current"] == "700,450"
     third.push_close.click()
     qtbot.waitUntil(lambda: not third.isVisible(), timeout=3000)
@@ -139,6 +142,9 @@ def test_a_second_opening_or_a_size_button_replaces_the_window_and_nothing_keeps
     # A closed browser in its slot is still refreshed by a snapshot.
     rig.snapshot()
     assert len(third.row_sources()) == 1
+    third.push_maximize.click()
+    screen = QtGui.QGuiApplication.primaryScreen().geometry()
+    assert rig.snapshotbrowser.widget.size() == screen.size()
 
 
 def test_a_browser_deleted_elsewhere_is_refused_and_replaced(rig, snap_dir, comp, messages):

@@ -1,5 +1,5 @@
-"""What the browser shows follows what the artist did last: the root saved in the panel, the
-directory chosen, and the rows that a refresh keeps."""
+"""What the browser shows follows what the artist did last: the directory chosen, and the rows
+that a refresh keeps."""
 
 import os
 
@@ -8,25 +8,9 @@ from cobaltRig.qt import QtCore
 
 from conftest import rows_follow_the_column
 from test_directories import choose
-from test_table import move_action, select_rows, write_snapshot
+from test_table import write_snapshot
 
 pytestmark = pytest.mark.usefixtures("browser_slot")
-
-
-def test_a_move_after_the_root_was_changed_in_the_panel_goes_to_the_new_root(
-        rig, snap_dir, tmp_path):
-    src = write_snapshot(snap_dir, 1000, comment="c")
-    new_root = tmp_path / "new root"
-    (new_root / "elsewhere").mkdir(parents=True)
-    browser = rig.show_snapshot_browser()
-    browser.push_settings.click()
-    browser.input_snapshotbrowser_root.setText(str(new_root))
-    browser.push_save_settings.click()
-    select_rows(browser, (0, 0))
-
-    move_action(browser.get_thumbnails_list()[0], "elsewhere").trigger()
-
-    assert len(os.listdir(str(new_root / "elsewhere"))) == 3 and not os.path.exists(src)
 
 
 def test_a_window_opened_without_a_directory_lays_out_the_rows_of_the_one_chosen(

@@ -50,9 +50,10 @@ def drag(widget, start, end):
 
 
 @pytest.fixture
-def pair(snap_dir, helper):
-    """A red snapshot in the preview and a blue one beside it, with a comment; newest first."""
-    blue = write_snapshot(snap_dir, 2000, (400, 200), color=BLUE,
+def pair(snap_dir, helper, request):
+    """A red snapshot in the preview and a blue one beside it, with a comment; both 400 x 200
+    unless the test gives the blue one's size."""
+    blue = write_snapshot(snap_dir, 2000, getattr(request, "param", (400, 200)), color=BLUE,
                           comment="the one the supervisor liked, with more words")
     red = write_snapshot(snap_dir, 1000, (400, 200), color=RED)
     helper.update_xml("current_snapshot_preview", red)
@@ -68,14 +69,10 @@ def temp(tmp_path, monkeypatch):
 
 
 @pytest.mark.parametrize("how", ["c key", "menu"])
-@pytest.mark.parametrize("b_size, below_b", [((400, 200), "B"), ((200, 50), None)],
-                         ids=["same size", "B flatter"])
+@pytest.mark.parametrize("pair, below_b", [((400, 200), "B"), ((200, 50), None)],
+                         ids=["same size", "B flatter"], indirect=["pair"])
 def test_c_or_the_menu_shows_a_left_of_the_line_and_b_right_at_a_width(
-        rig, snap_dir, helper, qtbot, how, b_size, below_b):
-    red = write_snapshot(snap_dir, 1000, (400, 200), color=RED)
-    blue = write_snapshot(snap_dir, 2000, b_size, color=BLUE,
-                          comment="the one the supervisor liked")
-    helper.update_xml("current_snapshot_preview", red)
+        rig, pair, helper, qtbot, how, below_b):
     browser = open_active(rig, qtbot)
     preview = browser.preview_image
     thumb = browser.get_thumbnails_list()[0]
@@ -92,8 +89,9 @@ def test_c_or_the_menu_shows_a_left_of_the_line_and_b_right_at_a_width(
     # B is scaled to A's width: a flatter B ends above A's bottom.
     assert colour_at(preview, 0.75, 0.95) == below_b
     assert preview.label_compare_a.text() == "1000_comp.jpg"
-    assert preview.label_compare_b.toolTip() == "2000_comp.jpg: the one the supervisor liked"
-    assert helper.load_settings()["current_snapshot_preview"] == red
+    assert preview.label_compare_b.toolTip() == ("2000_comp.jpg: the one the supervisor liked, "
+                                                 "with more\u2026")
+    assert helper.load_settings()["current_snapshot_preview"] == pair[0]
 
 
 def test_the_line_drags_w_hides_b_s_swaps_and_escape_ends_then_closes(rig, pair, qtbot):

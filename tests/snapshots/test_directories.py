@@ -1,6 +1,7 @@
 """The browser's directory box: its entries, switching, and making and deleting directories."""
 
 import os
+import shutil
 
 import pytest
 from cobaltRig.qt import QtCore, QtWidgets
@@ -152,19 +153,38 @@ def test_a_new_directory_is_made_selected_and_named_or_nothing_changes(
     assert browser.row_sources() == []
 
 
-def test_deleting_the_current_directory_asks_removes_it_and_leaves_none_current(
-        rig, helper, snap_dir, asked, messages, comp):
+@pytest.mark.parametrize("case", ["accepted", "declined", "the root", "removed meanwhile"])
+def test_deleting_the_current_directory_asks_removes_it_and_leaves_none_current_or_nothing(
+        rig, helper, snap_dir, asked, messages, comp, case):
     image = write_jpg(snap_dir / "1700000000_shot.jpg")
     helper.update_xml("current_snapshot_preview", image)
     (snap_dir.parent / "keep").mkdir()
+    asked.answer = case != "declined"
     browser = rig.show_snapshot_browser()
+    current = str(snap_dir.parent) if case == "the root" else str(snap_dir)
+    helper.update_xml("current_snapshot_dir", current)
+    if case == "removed meanwhile":
+        shutil.rmtree(str(snap_dir))
 
     choose(browser, DELETE)
 
-    assert asked == [("Delete snapshot directory",
-                      "Are you sure to delete the current snapshot directory 'shot'? The directory "
-                      "including all snapshots will be removed. This can't be undone!",
-                      "delete 'shot'", "45,0,0")]
+    if case == "removed meanwhile":
+        assert messages == ["No such directory."] and "shot" not in entries(browser)
+        assert helper.load_settings()["current_snapshot_dir"] is None
+        return
+    # The root itself is never deleted as a snapshot directory: not even asked.
+    assert asked == ([] if case == "the root" else [(
+        "Delete snapshot directory",
+        "Are you sure to delete the current snapshot directory 'shot'? The directory "
+        "including all snapshots will be removed. This can't be undone!",
+        "delete 'shot'", "45,0,0")])
+    if case != "accepted":
+        assert snap_dir.is_dir() and helper.load_settings()["current_snapshot_dir"] == current
+        if case == "declined":
+            assert messages == [] and browser.combo_snapshot_dir.currentText() == DELETE
+        else:
+            assert len(messages) == 1 and "nothing was deleted" in messages[0]
+        return
     assert not snap_dir.exists() and (snap_dir.parent / "keep").is_dir()
     assert messages == []
     assert entries(browser)[4:] == ["keep"]
@@ -174,28 +194,3 @@ def test_deleting_the_current_directory_asks_removes_it_and_leaves_none_current(
     # No snapshot lands anywhere until a directory is chosen again.
     rig.snapshot()
     assert messages == ["Please set a snapshot directory before creating a snapshot."]
-
-
-@pytest.mark.parametrize("case", ["declined", "the root", "removed meanwhile"])
-def test_a_declined_question_the_root_or_a_directory_gone_deletes_nothing(rig, helper, snap_dir,
-                                                                         asked, messages, case):
-    asked.answer = case != "declined"
-    browser = rig.show_snapshot_browser()
-    current = str(snap_dir.parent) if case == "the root" else str(snap_dir)
-    helper.update_xml("current_snapshot_dir", current)
-    if case == "removed meanwhile":
-        snap_dir.rmdir()
-
-    choose(browser, DELETE)
-
-    if case == "removed meanwhile":
-        assert messages == ["No such directory."] and "shot" not in entries(browser)
-        assert helper.load_settings()["current_snapshot_dir"] is None
-        return
-    # The root itself is never deleted as a snapshot directory: not even asked.
-    assert len(asked) == (case == "declined") and snap_dir.is_dir()
-    if case == "declined":
-        assert messages == [] and browser.combo_snapshot_dir.currentText() == DELETE
-    else:
-        assert len(messages) == 1 and "nothing was deleted" in messages[0]
-    assert helper.load_settings()["current_snapshot_dir"] == current

@@ -76,25 +76,12 @@ def test_the_field_and_the_chips_show_only_the_rows_that_match(rig, shots, qtbot
         assert shown(browser) == ([1003, 1001] if text else [1004, 1003, 1002, 1001])
 
 
-def test_clearing_restores_every_row_and_the_scroll_position(rig, helper, snap_dir, qtbot):
-    for seconds in range(2000, 2030):
-        write_snapshot(snap_dir, seconds, comment="" if seconds % 2 else "take {}".format(seconds))
-    browser = ready(rig, qtbot)
-    bar = browser.table_thumbs.verticalScrollBar()
-    bar.setValue(bar.maximum() // 2)
-    where = bar.value()
-    assert where > 0
-    type_into_field(browser, "take 200")
-    assert shown(browser) == [2008, 2006, 2004, 2002, 2000]
-    QtTest.QTest.keyClick(App.focusWidget(), Qt.Key.Key_A, Qt.KeyboardModifier.ControlModifier)
-    QtTest.QTest.keyClick(App.focusWidget(), Qt.Key.Key_Backspace)
-    assert browser.input_find.text() == ""
-    assert len(shown(browser)) == 30
-    assert bar.value() == where
-    assert browser.slider_versions.maximum() == 30
-
-
-def test_the_rows_shown_follow_a_refresh(rig, helper, snap_dir, shots, qtbot):
+def test_the_rows_shown_follow_a_refresh_and_a_directory_switch_clears_the_find(
+        rig, helper, snap_dir, shots, qtbot):
+    other = snap_dir.parent / "other"
+    other.mkdir()
+    write_snapshot(other, 3001, comment="nothing liked here")
+    write_snapshot(other, 3002)
     browser = ready(rig, qtbot)
     type_into_field(browser, "liked")
     write_snapshot(snap_dir, 1005, comment="liked as well")
@@ -110,16 +97,6 @@ def test_the_rows_shown_follow_a_refresh(rig, helper, snap_dir, shots, qtbot):
     qtbot.waitUntil(lambda: shown(browser) == [1003], timeout=2000)
     assert browser.input_find.text() == "liked"
 
-
-def test_a_directory_switch_clears_the_find_which_answers_once_the_new_index_is_read(
-        rig, snap_dir, shots, qtbot):
-    other = snap_dir.parent / "other"
-    other.mkdir()
-    write_snapshot(other, 3001, comment="nothing liked here")
-    write_snapshot(other, 3002)
-    browser = ready(rig, qtbot)
-    type_into_field(browser, "liked")
-    click_chip(browser, RED)
     box = browser.combo_snapshot_dir
     box.setCurrentIndex(box.findText("other"))
     assert browser.input_find.text() == ""
@@ -134,9 +111,14 @@ def test_a_directory_switch_clears_the_find_which_answers_once_the_new_index_is_
     assert not browser.label_find_state.isVisibleTo(browser.widget)
 
 
-def test_slider_arrows_and_d_act_on_the_rows_shown(rig, helper, shots, qtbot, asked):
+def test_slider_arrows_and_d_act_on_the_rows_shown(rig, helper, shots, qtbot, asked, monkeypatch):
+    # A replaced metadata reader is asked on this thread only.
+    threads, original = set(), helper.load_metadata
+    monkeypatch.setattr(helper, "load_metadata",
+                        lambda src: threads.add(threading.get_ident()) or original(src))
     browser = ready(rig, qtbot)
     type_into_field(browser, "liked")
+    assert threads == {threading.get_ident()}
     table = browser.table_thumbs
     # The slider counts the rows shown: its second step is 1001, the fourth row.
     browser.slider_versions.setValue(2)
@@ -158,43 +140,12 @@ def test_slider_arrows_and_d_act_on_the_rows_shown(rig, helper, shots, qtbot, as
     assert os.path.exists(shots[1002]) and os.path.exists(shots[1004])
 
 
-def test_keys_typed_into_the_field_stay_there_but_escape_and_return(rig, shots, qtbot, asked):
-    browser = ready(rig, qtbot)
-    enter(browser.table_thumbs.cellWidget(0, 0))
-    type_into_field(browser, "d+-h")
-    assert browser.input_find.text() == "d+-h"
-    assert asked == []
-    type_key(Qt.Key.Key_Return)
-    assert App.focusWidget() is browser.table_thumbs
-    QtTest.QTest.mouseClick(browser.input_find, Qt.MouseButton.LeftButton)
-    type_key(Qt.Key.Key_Escape)
-    assert browser.fade_method == "out"
-
-
-def test_a_replaced_metadata_reader_is_asked_on_this_thread(rig, helper, shots, qtbot,
-                                                             monkeypatch):
-    threads = set()
-    original = helper.load_metadata
-
-    def load(src):
-        threads.add(threading.get_ident())
-        return original(src)
-
-    monkeypatch.setattr(helper, "load_metadata", load)
-    browser = ready(rig, qtbot)
-    type_into_field(browser, "grain")
-    assert shown(browser) == [1003]
-    assert threads == {threading.get_ident()}
-
-
 def test_a_window_deleted_while_the_index_is_read_goes_quietly(rig, snap_dir, qtbot):
     for seconds in range(4000, 4600):
-        stem = os.path.join(str(snap_dir), "{}_comp".format(seconds))
-        with open(stem + ".jpg", "wb") as handle:
-            handle.write(b"not a picture")
-        with open(stem + ".xml", "w") as handle:
-            handle.write("<snapshot><metadata><meta name=\"comment\">take {}</meta>"
-                         "</metadata></snapshot>".format(seconds))
+        (snap_dir / "{}_comp.jpg".format(seconds)).write_bytes(b"not a picture")
+        (snap_dir / "{}_comp.xml".format(seconds)).write_text(
+            "<snapshot><metadata><meta name=\"comment\">take {}</meta>"
+            "</metadata></snapshot>".format(seconds))
     browser = rig.show_snapshot_browser()
     qtbot.waitUntil(lambda: browser.find_state != "waiting", timeout=5000)
     window = browser.widget
@@ -205,14 +156,18 @@ def test_a_window_deleted_while_the_index_is_read_goes_quietly(rig, snap_dir, qt
     qtbot.wait(50)
 
 
-
-def test_scrolling_a_found_list_shows_each_row_in_view_in_its_place_and_nothing_else(
-        rig, snap_dir, qtbot):
+def test_scrolling_a_found_list_shows_each_row_in_view_in_its_place_and_clearing_restores_all(
+        rig, snap_dir, qtbot, asked):
     for seconds in range(1000, 1060):  # longer than the view; finding moves most rows
         write_snapshot(snap_dir, seconds, comment="keeper" if seconds % 3 == 0 else None)
     browser = ready(rig, qtbot)
     table, viewport = browser.table_thumbs, browser.table_thumbs.viewport()
+    bar = table.verticalScrollBar()
+    bar.setValue(bar.maximum() // 2)
+    where = bar.value()
+    assert where > 0
     type_into_field(browser, "keeper")
+    assert shown(browser) == list(range(1059, 999, -3))
     for scroll in range(5):
         if scroll:  # a wheel notch down, as the artist scrolls
             centre = QtCore.QPointF(viewport.rect().center())
@@ -228,4 +183,20 @@ def test_scrolling_a_found_list_shows_each_row_in_view_in_its_place_and_nothing_
                 assert widget.isHidden(), row
             else:
                 assert widget.isVisible() and widget.geometry() == rect, row
-    assert table.rowAt(0) > 9 and len(shown(browser)) == 20
+    assert table.rowAt(0) > 9
+    # Clearing the field shows every row again, where the list was before the find.
+    QtTest.QTest.keyClick(App.focusWidget(), Qt.Key.Key_A, Qt.KeyboardModifier.ControlModifier)
+    QtTest.QTest.keyClick(App.focusWidget(), Qt.Key.Key_Backspace)
+    assert browser.input_find.text() == ""
+    assert len(shown(browser)) == 60
+    assert bar.value() == where
+    assert browser.slider_versions.maximum() == 60
+    # Keys typed into the field stay there, over a thumbnail too; Return and Escape do not.
+    enter(table.cellWidget(table.rowAt(0), 0))
+    type_into_field(browser, "d+-h")
+    assert browser.input_find.text() == "d+-h" and asked == []
+    type_key(Qt.Key.Key_Return)
+    assert App.focusWidget() is browser.table_thumbs
+    QtTest.QTest.mouseClick(browser.input_find, Qt.MouseButton.LeftButton)
+    type_key(Qt.Key.Key_Escape)
+    assert browser.fade_method == "out"

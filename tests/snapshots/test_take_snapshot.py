@@ -23,24 +23,39 @@ def taken(directory, ext):
     ("node selection", ["bars", "grade"], ["ColorBars", "Grade"]),
     ("no such mode", [], None),
 ])
-def test_the_image_and_the_graph_its_mode_asks_for_are_written(
-        rig, nuke, helper, comp, snap_dir, graph, messages, mode, selected, expected):
+def test_the_viewed_node_at_this_frame_at_full_size_and_the_graph_its_mode_asks_for_are_written(
+        rig, nuke, helper, comp, snap_dir, graph, messages, tmp_path, monkeypatch, mode, selected,
+        expected):
     helper.update_xml("snapshot_selection", mode)
     if selected == "bars":
         comp["viewer"].setInput(0, comp["bars"])
     else:
         for name in selected:
             comp[name].setSelected(True)
+    if mode == "all nodes":
+        nuke.scriptSaveAs(str(tmp_path / "sq010_comp.v003.nk"))
     before = graph()
     assert nuke.activeViewer().activeInput() == 0  # input 0 is an input like any other
+    seen = []
+    real_execute = nuke.execute
+    monkeypatch.setattr(nuke, "execute", lambda node, first, last: (
+        seen.append((node["file"].value(), first, last, nuke.thisGroup().input(0).name(),
+                     nuke.root()["proxy"].value())),
+        real_execute(node, first, last))[1])
+    nuke.frame(7)
+    nuke.root()["proxy"].setValue(True)
 
     rig.snapshot("clicked flag")
 
     assert messages == []
     [image] = taken(snap_dir, ".jpg")
+    viewed = "ColorBars1" if selected == "bars" else "Grade1"
+    assert seen == [(image, 7, 7, viewed, False)]
+    # The stem carries the saved script's name.
     stem = os.path.splitext(os.path.basename(image))[0]
-    assert STEM.match(stem).group(2) == "Root"
-    assert image_size(image)[0] == 240
+    assert STEM.match(stem).group(2) == ("sq010_comp.v003" if mode == "all nodes" else "Root")
+    # Proxy mode is back on afterwards; during the render it would have halved the image.
+    assert nuke.root()["proxy"].value() is True and image_size(image)[0] == 240
     assert helper.load_settings()["current_snapshot_preview"] == image
     # No temporary node stays, and with no browser open the selection is as the mode leaves it.
     if mode != "upstream nodes":
@@ -54,37 +69,10 @@ def test_the_image_and_the_graph_its_mode_asks_for_are_written(
         assert sorted(n.Class() for n in nuke.allNodes()) == expected
 
 
-def test_the_render_is_of_the_viewed_node_at_this_frame_at_full_size(rig, nuke, comp, snap_dir,
-                                                                      tmp_path, monkeypatch):
-    nuke.scriptSaveAs(str(tmp_path / "sq010_comp.v003.nk"))
-    seen = []
-    real_execute = nuke.execute
-    monkeypatch.setattr(nuke, "execute", lambda node, first, last: (
-        seen.append((node["file"].value(), first, last, nuke.thisGroup().input(0).name(),
-                     nuke.root()["proxy"].value())),
-        real_execute(node, first, last))[1])
-    nuke.frame(7)
-    nuke.root()["proxy"].setValue(True)
-
-    rig.snapshot()
-
-    [image] = taken(snap_dir, ".jpg")
-    assert seen == [(image, 7, 7, "Grade1", False)]
-    # The stem carries the saved script's name.
-    assert STEM.match(os.path.basename(image)).group(2) == "sq010_comp.v003.jpg"
-    # Proxy mode is back on afterwards; during the render it would have halved the image.
-    assert nuke.root()["proxy"].value() is True and image_size(image)[0] == 240
-
-
 def fake_viewer(nuke, monkeypatch, active_input, node):
-    class Window:
-        def activeInput(self, secondary=False):
-            return active_input
-
-        def node(self):
-            return node
-
-    monkeypatch.setattr(nuke, "activeViewer", lambda: Window())
+    window = type("Window", (), {"activeInput": lambda self, secondary=False: active_input,
+                                 "node": lambda self: node})()
+    monkeypatch.setattr(nuke, "activeViewer", lambda: window)
 
 
 @pytest.mark.parametrize("case, text", [
