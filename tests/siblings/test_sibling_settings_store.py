@@ -19,14 +19,12 @@ def test_home_follows_the_environment_at_each_call(tmp_path, monkeypatch):
     monkeypatch.setenv("HOME", str(tmp_path / "user"))
     monkeypatch.delenv("COBALTRIG_HOME")
     assert helper.get_settings_xml() == str(tmp_path / "user" / ".nuke" / "cobaltRig" / "settings.xml")
-    monkeypatch.setenv("COBALTRIG_HOME", str(tmp_path / "first"))
-    first = helper.get_settings_xml()
-    monkeypatch.setenv("COBALTRIG_HOME", str(tmp_path / "second"))
-    second = helper.get_settings_xml()
-    assert first == str(tmp_path / "first" / "settings.xml")
-    assert second == str(tmp_path / "second" / "settings.xml")
-    assert os.path.isfile(first) and os.path.isfile(second)
-    assert pathlib.Path(second).read_bytes().startswith(b"<?xml version='1.0' encoding='utf-8'?>")
+    for name in ("first", "second"):
+        monkeypatch.setenv("COBALTRIG_HOME", str(tmp_path / name))
+        path = helper.get_settings_xml()
+        assert path == str(tmp_path / name / "settings.xml")
+        assert pathlib.Path(path).read_bytes().startswith(b"<?xml version='1.0' encoding='utf-8'?>")
+    assert os.path.isfile(str(tmp_path / "first" / "settings.xml"))
 
 
 def test_new_store_has_usable_defaults_for_every_key():
