@@ -54,20 +54,9 @@ KILLS = [pytest.param(delete_later, id="deleteLater"),
                       marks=pytest.mark.skipif(SANITIZED, reason="shiboken.delete under ASan"))]
 
 
-@pytest.fixture
-def pool_home(tmp_path, settings_home):
-    from cobaltRig import helper
-    pool = tmp_path / "pool"
-    (pool / "nodes").mkdir(parents=True)
-    helper.save_pools({"main": str(pool)})
-    helper.update_xml("current_pool", "main")
-    return pool
-
-
 @pytest.mark.parametrize("kill", KILLS)
 @pytest.mark.parametrize("slot, opener, what, call", WINDOWS, ids=[w[2] for w in WINDOWS])
-def test_a_window_deleted_elsewhere_raises_and_reopens(rig, nuke, pool_home, kill, slot, opener,
-                                                       what, call):
+def test_a_window_deleted_elsewhere_raises_and_reopens(rig, nuke, kill, slot, opener, what, call):
     dead = opener(rig, nuke)
     assert dead is not None and dead.isVisible()
     kill(dead)
