@@ -19,7 +19,7 @@ def states(window, user):
     lambda rig, nuke: rig.show_export_window(nuke.nodes.Blur()),
     lambda rig, nuke: rig.import_preset(),
 ])
-def test_a_replaced_item_builder_makes_every_item_the_tree_looks_the_same_and_no_item_is_reported(
+def test_a_replaced_item_builder_makes_every_item_as_before_and_a_non_item_is_refused(
         rig, nuke, helper, make_pool, user, monkeypatch, open_window):
     make_pool("main", "nodes/Blur/soft.nk", "nodes/Grade/warm.nk", "toolsets/fx/glow.nk", "top.nk")
     native = states(open_window(rig, nuke), user)
