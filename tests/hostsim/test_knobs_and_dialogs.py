@@ -74,7 +74,7 @@ def test_active_viewer_is_the_newest_unless_chosen():
     assert nuke.activeViewer().node() is second
 
 
-def test_panel_answers_come_from_the_queue_are_recorded_and_a_missing_one_fails_the_test():
+def test_dialog_answers_come_from_the_queue_are_recorded_and_a_missing_one_fails_the_test():
     hostctl.queue_panel(1, {"Select a preset to update": "10"})
     hostctl.queue_panel(0)
     panel = nuke.Panel("Update preset")
@@ -92,9 +92,6 @@ def test_panel_answers_come_from_the_queue_are_recorded_and_a_missing_one_fails_
             hostctl.queue_panel(1, queued)
         with pytest.raises(hostctl.UnexpectedDialog):
             panel.show()
-
-
-def test_messages_and_questions():
     nuke.message("cannot find preset node")
     hostctl.queue_answer(False)
     hostctl.queue_answer("typed")
