@@ -45,9 +45,8 @@ def delete_now(window):
     shiboken.delete(window.widget)
 
 
-# With the sanitizer runtime preloaded, shiboken.delete does not run Qt's destructor (plain PySide2
-# widgets included) and leaves the process in a state that aborts later; that variant runs in the
-# normal suite only.
+# Under the sanitizer runtime shiboken.delete skips Qt's destructor (plain PySide2 widgets too)
+# and leaves a process that aborts later: that variant runs in the normal suite only.
 SANITIZED = "libasan" in os.environ.get("LD_PRELOAD", "")
 KILLS = [pytest.param(delete_later, id="deleteLater"),
          pytest.param(delete_now, id="shiboken.delete",

@@ -41,9 +41,8 @@ def test_the_tree_shows_the_whole_pool_with_nothing_disabled(rig, library, user,
 
 
 @pytest.mark.parametrize("text, presets", [
-    # matched against the file name, extension included, case-sensitive; "inner" hangs below the
-    # folder "deep", which the search matches by its own name; "loose" lies directly in nodes and
-    # goes with any search; "top" lies directly in the pool, out of the search's reach
+    # by file name, extension included, case-sensitive; "inner" shows when its folder "deep" does;
+    # "loose" (directly in nodes) goes with any search; "top" (in the pool) is out of its reach
     (".nk", ["Soft", "cold", "despill", "glow", "top", "warm"]),
     ("o", ["Soft", "cold", "glow", "top"]),
     ("S", ["Soft", "top"]),
