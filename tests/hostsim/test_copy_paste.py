@@ -40,6 +40,10 @@ def test_copy_and_paste_round_trip_every_knob_under_a_fresh_name(target, tmp_pat
     assert pasted is not node and (pasted.Class(), pasted.name()) == ("Blur", "Blur2")
     assert knob_facts(pasted) == knob_facts(node)
     assert pasted["look_preset_1"].command() == "print('apply abc123')"
+    hidden = pasted["look_uid"]  # the host keeps a hidden knob as its INVISIBLE flag
+    assert hidden.getFlag(nuke.INVISIBLE) and not hidden.visible()
+    hidden.clearFlag(nuke.INVISIBLE)
+    assert hidden.visible()
     assert nuke.selectedNodes() == [pasted] and not node.isSelected()
     assert (hostctl.clipboard() is not None) == (target == "clipboard")
 

@@ -49,14 +49,6 @@ def test_setters_refuse_values_of_the_wrong_type(knob, bad):
         knob().setValue(bad)
 
 
-def test_visibility_is_the_invisible_flag():
-    knob = nuke.Text_Knob("t", "label", "text")
-    knob.setVisible(False)
-    assert knob.getFlag(nuke.INVISIBLE) and not knob.visible()
-    knob.clearFlag(nuke.INVISIBLE)
-    assert knob.visible()
-
-
 def test_active_viewer_is_the_newest_unless_chosen():
     assert nuke.activeViewer() is None
     source = nuke.nodes.ColorBars()
