@@ -31,8 +31,7 @@ WINDOWS = [
      lambda w: w.get_mode()),
     ("slider", open_look_slider, "look slider", lambda w: w.set_slider_index(1)),
     ("rezslider", open_rez_slider, "resolution slider", lambda w: w.update_widgets("slider")),
-    ("lookdiff", open_look_diff, "look comparison",
-     lambda w: w.refresh()),
+    ("lookdiff", open_look_diff, "look comparison", lambda w: w.refresh()),
 ]
 
 
