@@ -31,8 +31,7 @@ WINDOWS = [
      lambda w: w.get_mode()),
     ("slider", open_look_slider, "look slider", lambda w: w.set_slider_index(1)),
     ("rezslider", open_rez_slider, "resolution slider", lambda w: w.update_widgets("slider")),
-    ("lookdiff", open_look_diff, "look comparison",
-     lambda w: w.refresh()),
+    ("lookdiff", open_look_diff, "look comparison", lambda w: w.refresh()),
 ]
 
 
@@ -45,29 +44,17 @@ def delete_now(window):
     shiboken.delete(window.widget)
 
 
-# With the sanitizer runtime preloaded, shiboken.delete does not run Qt's destructor (plain PySide2
-# widgets included) and leaves the process in a state that aborts later; that variant runs in the
-# normal suite only.
+# Under the sanitizer runtime shiboken.delete skips Qt's destructor (plain PySide2 widgets too)
+# and leaves a process that aborts later: that variant runs in the normal suite only.
 SANITIZED = "libasan" in os.environ.get("LD_PRELOAD", "")
 KILLS = [pytest.param(delete_later, id="deleteLater"),
          pytest.param(delete_now, id="shiboken.delete",
                       marks=pytest.mark.skipif(SANITIZED, reason="shiboken.delete under ASan"))]
 
 
-@pytest.fixture
-def pool_home(tmp_path, settings_home):
-    from cobaltRig import helper
-    pool = tmp_path / "pool"
-    (pool / "nodes").mkdir(parents=True)
-    helper.save_pools({"main": str(pool)})
-    helper.update_xml("current_pool", "main")
-    return pool
-
-
 @pytest.mark.parametrize("kill", KILLS)
 @pytest.mark.parametrize("slot, opener, what, call", WINDOWS, ids=[w[2] for w in WINDOWS])
-def test_a_window_deleted_elsewhere_raises_and_reopens(rig, nuke, pool_home, kill, slot, opener,
-                                                       what, call):
+def test_a_window_deleted_elsewhere_raises_and_reopens(rig, nuke, kill, slot, opener, what, call):
     dead = opener(rig, nuke)
     assert dead is not None and dead.isVisible()
     kill(dead)

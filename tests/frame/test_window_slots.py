@@ -7,22 +7,18 @@ import pytest
     "broken close",   # the old window fails to close
     "no close",       # the slot holds something that is no window at all
 ])
-def test_failures_of_the_old_window_are_swallowed(rig, monkeypatch, capsys, old):
+def test_failures_of_the_old_window_are_swallowed_and_of_the_new_one_leave_the_slot_unset(
+        rig, monkeypatch, capsys, old):
+    from cobaltRig import settings
+
     class Broken:
         def close(self):
             raise RuntimeError("already deleted")
 
-    monkeypatch.setattr(rig, "settingswindow", Broken() if old == "broken close" else 42,
-                        raising=False)
+    rig.settingswindow = Broken() if old == "broken close" else 42  # the failed opening clears it
     window = rig.show_settings()
     assert rig.settingswindow is window
     assert capsys.readouterr().err == ""
-    window.close()
-
-
-def test_failed_construction_propagates_and_leaves_the_slot_unset(rig, monkeypatch):
-    from cobaltRig import settings
-    rig.show_settings().close()
 
     def refuse():
         raise RuntimeError("cannot build")
@@ -30,5 +26,4 @@ def test_failed_construction_propagates_and_leaves_the_slot_unset(rig, monkeypat
     monkeypatch.setattr(settings, "Settings", refuse)
     with pytest.raises(RuntimeError, match="cannot build"):
         rig.show_settings()
-    assert not hasattr(rig, "settingswindow")
-
+    assert not hasattr(rig, "settingswindow") and not window.isVisible()

@@ -32,24 +32,26 @@ def knob_facts(node):
 def test_copy_and_paste_round_trip_every_knob_under_a_fresh_name(target, tmp_path):
     where = CLIP if target == "clipboard" else str(tmp_path / "preset.nk")
     node = node_with_user_knobs()
+    assert nuke.nodeCopy(where) is False   # nothing selected: nothing written
+    assert hostctl.clipboard() is None and not (tmp_path / "preset.nk").exists()
     node.selectOnly()
     assert nuke.nodeCopy(where) is True
     pasted = nuke.nodePaste(where)
     assert pasted is not node and (pasted.Class(), pasted.name()) == ("Blur", "Blur2")
     assert knob_facts(pasted) == knob_facts(node)
     assert pasted["look_preset_1"].command() == "print('apply abc123')"
+    hidden = pasted["look_uid"]  # the host keeps a hidden knob as its INVISIBLE flag
+    assert hidden.getFlag(nuke.INVISIBLE) and not hidden.visible()
+    hidden.clearFlag(nuke.INVISIBLE)
+    assert hidden.visible()
     assert nuke.selectedNodes() == [pasted] and not node.isSelected()
     assert (hostctl.clipboard() is not None) == (target == "clipboard")
 
 
-def test_copy_without_selection_writes_nothing(tmp_path):
-    path = tmp_path / "nothing.nk"
-    assert nuke.nodeCopy(str(path)) is False and not path.exists()
-    assert nuke.nodeCopy(CLIP) is False and hostctl.clipboard() is None
-    # A host told to lose its writes answers as if it had written.
+def test_a_host_told_to_lose_its_writes_answers_as_if_it_had_written(tmp_path):
     nuke.nodes.Blur().selectOnly()
     hostctl.set_copy_writes_nothing()
-    assert nuke.nodeCopy(str(path)) is True and not path.exists()
+    assert nuke.nodeCopy(str(tmp_path / "lost.nk")) is True and not (tmp_path / "lost.nk").exists()
 
 
 def test_paste_hooks_onto_no_cleared_selection_and_lands_in_the_group_context_selecting_there():

@@ -1,6 +1,8 @@
 """Where the host is strict: dependencies(), evaluated text knobs, selectedNode(), menu arguments,
 menu commands as undo steps, and the operating system's clipboard."""
 
+import contextlib
+
 import pytest
 from cobaltRig.qt import QtWidgets
 
@@ -103,10 +105,8 @@ def fails():
 ])
 def test_a_menu_command_is_one_undo_step_even_when_it_fails(command, name):
     item = nuke.menu("Nodes").addCommand("entry", command)
-    try:
+    with contextlib.suppress(RuntimeError):
         item.invoke()
-    except RuntimeError:
-        pass
     assert nuke.Undo.undoSize() == 1 and nuke.Undo.undoDescribe() == name
     nuke.undo()
     assert nuke.allNodes() == []

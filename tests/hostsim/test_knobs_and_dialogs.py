@@ -49,14 +49,6 @@ def test_setters_refuse_values_of_the_wrong_type(knob, bad):
         knob().setValue(bad)
 
 
-def test_visibility_is_the_invisible_flag():
-    knob = nuke.Text_Knob("t", "label", "text")
-    knob.setVisible(False)
-    assert knob.getFlag(nuke.INVISIBLE) and not knob.visible()
-    knob.clearFlag(nuke.INVISIBLE)
-    assert knob.visible()
-
-
 def test_active_viewer_is_the_newest_unless_chosen():
     assert nuke.activeViewer() is None
     source = nuke.nodes.ColorBars()
@@ -74,7 +66,7 @@ def test_active_viewer_is_the_newest_unless_chosen():
     assert nuke.activeViewer().node() is second
 
 
-def test_panel_answers_come_from_the_queue_are_recorded_and_a_missing_one_fails_the_test():
+def test_dialog_answers_come_from_the_queue_are_recorded_and_a_missing_one_fails_the_test():
     hostctl.queue_panel(1, {"Select a preset to update": "10"})
     hostctl.queue_panel(0)
     panel = nuke.Panel("Update preset")
@@ -92,9 +84,6 @@ def test_panel_answers_come_from_the_queue_are_recorded_and_a_missing_one_fails_
             hostctl.queue_panel(1, queued)
         with pytest.raises(hostctl.UnexpectedDialog):
             panel.show()
-
-
-def test_messages_and_questions():
     nuke.message("cannot find preset node")
     hostctl.queue_answer(False)
     hostctl.queue_answer("typed")

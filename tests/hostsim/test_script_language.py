@@ -1,7 +1,5 @@
-"""The host's whole script language: real scripts artists published open, save and open again as
-the same graph, and hand-written scripts show each construct (wiring, groups, gizmos, mask inputs,
-clones, the host's own variables, user knobs of every kind, animations and quoting) read as the
-host reads it, pasted or opened, and written back unchanged."""
+"""The host's script language: published scripts, and hand-written ones showing each construct,
+read as the host reads them and written back unchanged."""
 
 import glob
 import os

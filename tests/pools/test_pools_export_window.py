@@ -32,13 +32,17 @@ def test_folders_are_marked_by_what_is_exported(rig, nuke, helper, make_pool, us
         [p for p in items if p.endswith("/Blur")][-1]
 
 
-def test_a_toolset_makes_no_folder_and_opens_toolsets(rig, pool, user):
+def test_a_toolset_makes_no_folder_opens_toolsets_and_offers_categories_there_only(rig, pool, user):
     window = rig.show_export_window("toolsets")
     assert window.widget.windowTitle() == "Export toolsets look"
     assert window.tree.currentItem() is None and sorted((pool / "nodes").iterdir()) == [pool / "nodes" / "Grade"]
     items = user.items(window)
     assert items[str(pool / "toolsets")].isExpanded() and not items[str(pool / "nodes")].isExpanded()
     assert items[str(pool / "nodes" / "Grade")].isDisabled()
+    for folder, offered in (("nodes", False), ("toolsets/fx", False), ("toolsets", True)):
+        menu = user.open_menu(window, pool / folder)
+        assert menu.isVisible() == offered, folder
+        assert [a.text() for a in menu.actions()] == ["new category"]
 
 
 def test_the_walk_lists_presets_only_outside_dot_folders(rig, nuke, make_pool, user):
@@ -51,15 +55,6 @@ def test_the_walk_lists_presets_only_outside_dot_folders(rig, nuke, make_pool, u
     assert labels == {"": "main", "/nodes": "nodes", "/nodes/Grade": "Grade",
                       "/nodes/Grade/a.nk.nk": "a", "/nodes/loop": "loop",
                       "/toolsets": "toolsets", "/top.nk": "top"}
-
-
-@pytest.mark.parametrize("folder, offered", [("toolsets", True), ("toolsets/fx", False),
-                                             ("nodes", False)])
-def test_new_category_is_offered_on_toolsets_folders_only(rig, pool, user, folder, offered):
-    window = rig.show_export_window("toolsets")
-    menu = user.open_menu(window, pool / folder)
-    assert menu.isVisible() == offered
-    assert [a.text() for a in menu.actions()] == ["new category"]
 
 
 @pytest.mark.parametrize("typed, message, made", [

@@ -148,15 +148,13 @@ def test_a_window_replaced_while_its_delete_question_is_open_deletes_nothing(
     user.open_menu(window, preset)
 
     def ask_dialog(*args, **kwargs):
-        # Like the real question, this one runs an event loop of its own, in which the user
-        # presses the import hotkey again before saying yes.
+        # Like the real question it runs its own event loop, in which the user presses the
+        # import hotkey again before saying yes.
         loop = QtCore.QEventLoop()
 
         def press_hotkey():
             rig.import_preset()
-            # the loop runs on after the press, as the question stays open, however late the
-            # press came on a busy machine
-            QtCore.QTimer.singleShot(20, loop.quit)
+            QtCore.QTimer.singleShot(20, loop.quit)  # after the press, however late it came
 
         QtCore.QTimer.singleShot(0, press_hotkey)
         exec_dialog(loop)

@@ -20,9 +20,14 @@ def shown(window, user):
                   if path.endswith(".nk") and visible(item))
 
 
-def test_the_tree_shows_the_whole_pool_with_nothing_disabled(rig, library, user, helper):
-    helper.update_xml("icon_size", "32")
+@pytest.mark.parametrize("size, transparent", [(32, True), (12, False)])
+def test_the_tree_shows_the_whole_pool_with_nothing_disabled(rig, library, user, helper, advanced,
+                                                             size, transparent):
+    helper.update_xml("icon_size", str(size))
+    advanced(import_window_transparent=str(transparent))
     window = rig.import_preset()
+    assert window.widget.styleSheet() == ("QWidget{ background-color: transparent; }"
+                                          if transparent else helper.STYLE_SHEET)
 
     items = user.items(window)
     assert window.widget.windowTitle() == "Import node/toolset"
@@ -31,23 +36,13 @@ def test_the_tree_shows_the_whole_pool_with_nothing_disabled(rig, library, user,
         [str(library), str(library / "nodes"), str(library / "toolsets")]
     # pool folder aside: nodes, Grade, Blur, toolsets, fx, deep, keys, misc
     assert (window.count_dirItem, window.widget.height()) == (8, 480)
-    assert window.tree.iconSize() == QtCore.QSize(32, 32) and window.slider_size.value() == 32
+    assert window.tree.iconSize() == QtCore.QSize(size, size) and window.slider_size.value() == size
     assert window.tree.currentItem() is None
 
 
-@pytest.mark.parametrize("switch, sheet", [
-    ("True", "QWidget{ background-color: transparent; }"),
-    ("False", None),
-])
-def test_the_transparent_switch(rig, pool, helper, advanced, switch, sheet):
-    advanced(import_window_transparent=switch)
-    assert rig.import_preset().widget.styleSheet() == (sheet or helper.STYLE_SHEET)
-
-
 @pytest.mark.parametrize("text, presets", [
-    # matched against the file name, extension included, case-sensitive; "inner" hangs below the
-    # folder "deep", which the search matches by its own name; "loose" lies directly in nodes and
-    # goes with any search; "top" lies directly in the pool, out of the search's reach
+    # by file name, extension included, case-sensitive; "inner" shows when its folder "deep" does;
+    # "loose" (directly in nodes) goes with any search; "top" (in the pool) is out of its reach
     (".nk", ["Soft", "cold", "despill", "glow", "top", "warm"]),
     ("o", ["Soft", "cold", "glow", "top"]),
     ("S", ["Soft", "top"]),

@@ -64,8 +64,10 @@ def test_a_change_of_pool_rewrites_every_entry_of_the_key_and_keeps_the_rest(
     assert b"hide_disabled_items" not in raw  # a key the file doesn't hold stays absent
 
 
-def test_the_next_export_window_opens_on_the_pool_chosen_and_its_slider_sizes_its_own_tree(
-        rig, nuke, helper, two_pools, user):
+def test_the_next_export_window_opens_on_the_pool_chosen_sizes_its_own_tree_and_opens_new_pool(
+        rig, nuke, helper, two_pools, user, monkeypatch):
+    from cobaltRig import settings
+
     before = settings_bytes(helper)
     window = rig.import_preset()
     assert settings_bytes(helper) == before  # opening a window stores nothing
@@ -89,23 +91,14 @@ def test_the_next_export_window_opens_on_the_pool_chosen_and_its_slider_sizes_it
     assert export.tree.currentItem() is None and str(one / "nodes") in user.items(export)
     assert helper.load_settings()["current_pool"] == "one"
 
-
-def test_new_pool_opens_the_panel_and_changes_nothing_else(rig, helper, two_pools, monkeypatch,
-                                                           user):
-    from cobaltRig import settings
-
+    # "-- new pool --" opens the panel and changes nothing else.
     calls = []
     monkeypatch.setattr(settings, "show_panel_new_pool",
                         lambda parent=None, exportwindow=None: calls.append((parent, exportwindow)))
-    window = rig.show_export_window("toolsets")
-    before, tree_before = settings_bytes(helper), sorted(user.items(window))
-
-    window.combo_pool.setCurrentIndex(window.combo_pool.count() - 1)
-
-    assert calls == [(None, window)]
-    assert window.combo_pool.currentText() == "-- new pool --"
-    assert window.combo_pool.toolTip() == str(two_pools[0])
-    assert sorted(user.items(window)) == tree_before
+    before, tree_before = settings_bytes(helper), sorted(user.items(export))
+    export.combo_pool.setCurrentIndex(export.combo_pool.count() - 1)
+    assert calls == [(None, export)] and export.combo_pool.currentText() == "-- new pool --"
+    assert export.combo_pool.toolTip() == str(one) and sorted(user.items(export)) == tree_before
     assert settings_bytes(helper) == before
 
 

@@ -147,8 +147,7 @@ def test_a_folder_that_cannot_be_made_is_reported_and_the_host_has_the_last_word
     (pool / "toolsets" / "fx").write_text("a file in the way")
     save(qtbot, window, "soft")
 
-    # the preset can't be written either: that is said with the file's name, the window stays and
-    # no success is claimed
+    # nor can the preset: said with the file's name, the window stays and no success is claimed
     texts = [text for text, _ in messages]
     assert texts[0].startswith("Cannot create directory under this path. ")
     assert len(texts) == 2 and "glow" not in texts[1] and "soft.nk" in texts[1]

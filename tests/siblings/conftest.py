@@ -33,19 +33,3 @@ def answer_modal(qapp):
     yield arm
     assert not errors, errors
 
-
-@pytest.fixture
-def click_button():
-    """click_button(text) is an answer that clicks the dialog's button with that text."""
-
-    def make(text):
-        def action(dialog):
-            for button in dialog.findChildren(QtWidgets.QAbstractButton):
-                if button.text().replace("&", "") == text:
-                    button.click()
-                    return
-            raise AssertionError("no button {!r} in {!r}".format(text, dialog.windowTitle()))
-
-        return action
-
-    return make

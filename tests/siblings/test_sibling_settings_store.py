@@ -19,14 +19,12 @@ def test_home_follows_the_environment_at_each_call(tmp_path, monkeypatch):
     monkeypatch.setenv("HOME", str(tmp_path / "user"))
     monkeypatch.delenv("COBALTRIG_HOME")
     assert helper.get_settings_xml() == str(tmp_path / "user" / ".nuke" / "cobaltRig" / "settings.xml")
-    monkeypatch.setenv("COBALTRIG_HOME", str(tmp_path / "first"))
-    first = helper.get_settings_xml()
-    monkeypatch.setenv("COBALTRIG_HOME", str(tmp_path / "second"))
-    second = helper.get_settings_xml()
-    assert first == str(tmp_path / "first" / "settings.xml")
-    assert second == str(tmp_path / "second" / "settings.xml")
-    assert os.path.isfile(first) and os.path.isfile(second)
-    assert pathlib.Path(second).read_bytes().startswith(b"<?xml version='1.0' encoding='utf-8'?>")
+    for name in ("first", "second"):
+        monkeypatch.setenv("COBALTRIG_HOME", str(tmp_path / name))
+        path = helper.get_settings_xml()
+        assert path == str(tmp_path / name / "settings.xml")
+        assert pathlib.Path(path).read_bytes().startswith(b"<?xml version='1.0' encoding='utf-8'?>")
+    assert os.path.isfile(str(tmp_path / "first" / "settings.xml"))
 
 
 def test_new_store_has_usable_defaults_for_every_key():
@@ -74,15 +72,20 @@ def test_update_xml_round_trip(key, value, expected):
     assert list(fresh["pools"]) == ["default"]
 
 
-def test_update_xml_sets_every_element_of_a_duplicated_key_and_keeps_the_permissions():
+def test_update_xml_sets_every_element_of_a_duplicated_key_keeps_the_rest_and_lays_out_once():
     path = write_settings(
-        "<cobaltRig><settings><setting name='icon_size'>1</setting><setting name='x'>y</setting>"
-        "<setting name='icon_size'>2</setting></settings></cobaltRig>"
+        "<cobaltRig><settings><setting name='icon_size'>1</setting>"
+        "<setting name='x'> two  blanks </setting><setting name='icon_size'>2</setting></settings>"
+        "</cobaltRig>"
     )
     os.chmod(path, 0o640)
     helper.update_xml("icon_size", "30")
-    texts = [e.text for e in ET.parse(path).getroot().iter("setting") if e.get("name") == "icon_size"]
-    assert texts == ["30", "30"] and os.stat(path).st_mode & 0o777 == 0o640
+    once = pathlib.Path(path).read_bytes()
+    helper.update_xml("icon_size", "30")
+    assert pathlib.Path(path).read_bytes() == once and b"\n    <setting" in once
+    texts = [(e.get("name"), e.text) for e in ET.parse(path).getroot().iter("setting")]
+    assert texts == [("icon_size", "30"), ("x", " two  blanks "), ("icon_size", "30")]
+    assert os.stat(path).st_mode & 0o777 == 0o640
 
 
 def test_failed_write_leaves_the_old_file_and_no_leftovers(monkeypatch):
@@ -113,16 +116,6 @@ def test_pools_and_flags_keep_file_order():
     helper.add_pool("beta", "/b")
     helper.remove_pool("alpha")
     assert list(helper.load_settings()["pools"]) == ["zeta", "mid", "beta"]
-
-
-def test_prettyprint_is_stable_and_keeps_values():
-    root = ET.fromstring("<r><settings><setting name='a'> two  blanks </setting></settings><x/></r>")
-    helper.prettyprint(root)
-    once = ET.tostring(root)
-    helper.prettyprint(root)
-    assert ET.tostring(root) == once
-    assert root.find("settings/setting").text == " two  blanks "
-    assert b"\n    <setting" in once
 
 
 def test_advanced_settings_and_hotkeys(settings_home):

@@ -74,8 +74,7 @@ def test_new_pool_appears_in_the_export_window_and_is_selected(answer_modal, exp
     combo = export_window.combo_pool
     assert [combo.itemText(i) for i in range(combo.count())] == ["default", "studio", settings.NEW_POOL_ENTRY]
     assert combo.currentText() == "studio"
-    # The window reacts once, to the new pool, and never to the "new pool" entry again; then
-    # the class folder of the exported node is made in the new pool.
+    # Once, to the new pool, never to "new pool" again; then the class folder is made there.
     assert export_window.reactions == ["studio", "class folder"]
     assert helper.load_settings()["pools"]["studio"] == pool_dir
 
